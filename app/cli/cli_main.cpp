@@ -1,0 +1,74 @@
+#include "cli_command.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace korvel::cli {
+
+QTextStream& out() {
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+QTextStream& err() {
+    static QTextStream stream(stderr);
+    return stream;
+}
+
+namespace {
+
+std::vector<Command> allCommands() {
+    std::vector<Command> commands;
+    for (auto part : {archiveCommands, mounterCommands, configuratorCommands}) {
+        auto more = part();
+        commands.insert(commands.end(), more.begin(), more.end());
+    }
+    return commands;
+}
+
+void printHelp(const std::vector<Command>& commands) {
+    out() << "Usage: korvel-cli COMMAND [OPTIONS]\n\n"
+          << "Korvel's command-line front end: lists, extracts and patches POD archives, manages a game's\n"
+          << "POD.INI and edits the game's settings. Paths are host paths.\n\nCommands:\n";
+    for (const Command& command : commands)
+        out() << "  " << command.name.leftJustified(14) << command.summary << '\n';
+    out() << "\nRun 'korvel-cli COMMAND --help' for a command's options.\n"
+          << "Exit status: 0 success, 1 refused input (message on stderr), 2 usage error.\n";
+    out().flush();
+}
+
+} // namespace
+
+} // namespace korvel::cli
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("korvel-cli"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
+                                                .arg(KORVEL_VERSION_MAJOR)
+                                                .arg(KORVEL_VERSION_MINOR)
+                                                .arg(KORVEL_VERSION_PATCH));
+    using namespace korvel::cli;
+    const QStringList args = app.arguments().mid(1);
+    const std::vector<Command> commands = allCommands();
+    if (args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h") ||
+        args.first() == QLatin1String("help")) {
+        printHelp(commands);
+        return args.isEmpty() ? kExitUsage : kExitOk;
+    }
+    if (args.first() == QLatin1String("--version")) {
+        out() << "korvel-cli " << QCoreApplication::applicationVersion() << '\n';
+        return kExitOk;
+    }
+    for (const Command& command : commands) {
+        if (command.name == args.first()) {
+            const int status = command.run(args.mid(1));
+            out().flush();
+            err().flush();
+            return status;
+        }
+    }
+    err() << "korvel-cli: unknown command '" << args.first() << "'. Run 'korvel-cli --help'.\n";
+    return kExitUsage;
+}

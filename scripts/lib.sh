@@ -1,0 +1,32 @@
+# Shared by the scripts: installs what the build needs (Debian/Ubuntu) and builds into build/.
+# shellcheck shell=bash
+set -euo pipefail
+
+KORVEL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+KORVEL_BUILD=${KORVEL_BUILD:-$KORVEL_ROOT/build}
+
+korvel_packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
+                 libbenchmark-dev xvfb xauth)
+
+korvel_install_deps() {
+    local missing=()
+    for pkg in "${korvel_packages[@]}" "$@"; do
+        dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed" || missing+=("$pkg")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
+}
+
+# korvel_build DIR [cmake options...]
+korvel_build() {
+    local dir=$1
+    shift
+    local werror=OFF
+    [ "${CI:-}" = "true" ] && werror=ON
+    cmake -S "$KORVEL_ROOT" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORVEL_WERROR=$werror "$@" >/dev/null
+    cmake --build "$dir" -j "$(nproc)"
+}

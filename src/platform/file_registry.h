@@ -1,0 +1,45 @@
+#pragma once
+
+#include "registry_tree.h"
+
+#include <QDateTime>
+#include <QString>
+
+namespace korvel {
+
+// The registry of systems without one: a file per user holding keys and string values.
+//
+// Every change is made under a lock file (so two running instances never lose each other's
+// writes), on the file's latest content (re-read when another process changed it), and saved
+// through a temporary file and an atomic replace. A damaged file is never overwritten: it is kept
+// aside under a new name and reported once through takeWarnings().
+class FileRegistry : public RegistryService {
+public:
+    explicit FileRegistry(QString filePath);
+
+    // $KORVEL_REGISTRY when set, else registry.json in the user's configuration folder.
+    static QString defaultPath();
+
+    const QString& filePath() const { return m_path; }
+
+    bool keyExists(RegistryRoot root, const std::string& subkey) override;
+    bool createKey(RegistryRoot root, const std::string& subkey) override;
+    bool deleteKey(RegistryRoot root, const std::string& subkey) override;
+    std::optional<std::string> readValue(RegistryRoot root, const std::string& subkey,
+                                         const std::string& name) override;
+    bool writeValue(RegistryRoot root, const std::string& subkey, const std::string& name,
+                    const std::string& data) override;
+    QStringList takeWarnings() override;
+
+private:
+    void refresh();
+    template <typename Change> bool change(Change&& apply);
+
+    QString m_path;
+    RegistryTree m_tree;
+    QDateTime m_loadedModified;
+    qint64 m_loadedSize = -1;
+    QStringList m_warnings;
+};
+
+} // namespace korvel

@@ -1,0 +1,221 @@
+#include "file_services.h"
+
+#include "game_path.h"
+#include "game_text.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
+namespace korvel {
+
+namespace {
+
+bool hasWildcard(std::string_view text) { return text.find_first_of("*?") != std::string_view::npos; }
+
+bool isHiddenName(const QFileInfo& info) {
+#ifdef Q_OS_WIN
+    return info.isHidden();
+#else
+    return info.fileName().startsWith(QLatin1Char('.'));
+#endif
+}
+
+} // namespace
+
+bool wildcardMatch(std::string_view pattern, std::string_view name) {
+    if (pattern == "*.*")
+        pattern = "*";
+    // Iterative match with one back-track point: linear in practice, no recursion.
+    size_t p = 0, n = 0, starP = std::string_view::npos, starN = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && (pattern[p] == '?' || upperGameChar(pattern[p]) == upperGameChar(name[n]))) {
+            ++p;
+            ++n;
+        } else if (p < pattern.size() && pattern[p] == '*') {
+            starP = p++;
+            starN = n;
+        } else if (starP != std::string_view::npos) {
+            p = starP + 1;
+            n = ++starN;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == '*')
+        ++p;
+    return p == pattern.size();
+}
+
+FileServices::FileServices(const PathMap& paths) : m_paths(paths) {}
+
+std::vector<std::string> FileServices::search(const std::string& pattern, SearchFilter filter) const {
+    std::vector<std::string> names;
+    const std::string folder = FolderOf(pattern);
+    const std::string last = FileNameOf(pattern);
+    if (last.empty())
+        return names;
+    const QString hostFolder = folder.empty() ? m_paths.toHost(".") : m_paths.toHost(folder);
+    if (hostFolder.isEmpty())
+        return names;
+    QDir dir(hostFolder);
+    if (!dir.exists())
+        return names;
+
+    auto accepts = [&](const QFileInfo& info) {
+        if (isHiddenName(info))
+            return false;
+        switch (filter) {
+        case SearchFilter::NormalFiles:
+            return info.isFile();
+        case SearchFilter::FilesAndFolders:
+            return info.isFile() || info.isDir();
+        case SearchFilter::Folders:
+            return info.isDir();
+        }
+        return false;
+    };
+
+    if (!hasWildcard(last)) {
+        // A plain name: look it up directly (without regard to case), as the system's search does.
+        const QString host = m_paths.toHost(joinGamePath(folder, last));
+        QFileInfo info(host);
+        if (info.exists() && accepts(info))
+            names.push_back(toGameText(info.fileName()));
+        return names;
+    }
+
+    const auto entries = dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& info : entries) {
+        const std::string name = toGameText(info.fileName());
+        if (accepts(info) && wildcardMatch(last, name))
+            names.push_back(name);
+    }
+    std::sort(names.begin(), names.end(),
+              [](const std::string& a, const std::string& b) { return upperGame(a) < upperGame(b); });
+    if (filter == SearchFilter::Folders && wildcardMatch(last, ".")) {
+        const std::string gameFolder = withoutTrailingBackslash(folder);
+        if (!PathMap::isDriveRoot(gameFolder) && dir.absolutePath() != QLatin1String("/"))
+            names.insert(names.begin(), {".", ".."});
+    }
+    return names;
+}
+
+bool FileServices::FileExists(const std::string& path) const {
+    return !search(path, SearchFilter::NormalFiles).empty();
+}
+
+bool FileServices::folderExists(const std::string& path) const {
+    const QString host = m_paths.toHost(path);
+    return !host.isEmpty() && QFileInfo(host).isDir();
+}
+
+std::optional<qint64> FileServices::fileSize(const std::string& path) const {
+    QFileInfo info(m_paths.toHost(path));
+    if (!info.isFile())
+        return std::nullopt;
+    return info.size();
+}
+
+std::optional<std::string> FileServices::shortPathName(const std::string& path) const {
+#ifdef Q_OS_WIN
+    char buffer[MAX_PATH];
+    DWORD n = GetShortPathNameA(path.c_str(), buffer, MAX_PATH);
+    if (n == 0 || n >= MAX_PATH)
+        return std::nullopt;
+    return std::string(buffer, n);
+#else
+    const QString host = m_paths.toHost(path);
+    if (host.isEmpty() || !QFileInfo::exists(host))
+        return std::nullopt;
+    return path;
+#endif
+}
+
+Result<std::string> FileServices::readAll(const std::string& path, qint64 limit) const {
+    const QString host = m_paths.toHost(path);
+    QFile file(host);
+    if (host.isEmpty() || !file.open(QIODevice::ReadOnly)) {
+        return readError(QStringLiteral("Could not open %1: %2")
+                             .arg(fromGameText(path), host.isEmpty() ? QStringLiteral("no drive is mapped for it")
+                                                                     : file.errorString()));
+    }
+    if (file.size() > limit)
+        return readError(QStringLiteral("%1 is too large to read.").arg(fromGameText(path)));
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return readError(QStringLiteral("Could not read %1: %2").arg(fromGameText(path), file.errorString()));
+    return std::string(bytes.constData(), static_cast<size_t>(bytes.size()));
+}
+
+Status FileServices::writeAll(const std::string& path, const std::string& bytes) const {
+    const QString host = m_paths.toHost(path);
+    if (host.isEmpty())
+        return writeError(QStringLiteral("Could not save %1: no drive is mapped for it.").arg(fromGameText(path)));
+    return writeFileAtomically(host, QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
+}
+
+Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes) {
+    QSaveFile file(hostPath);
+    auto failed = [&](const QString& reason) {
+        return writeError(QStringLiteral("Could not save %1: %2. The old file was left unchanged.")
+                              .arg(QDir::toNativeSeparators(hostPath), reason));
+    };
+    if (!file.open(QIODevice::WriteOnly))
+        return failed(file.errorString());
+    if (file.write(bytes) != bytes.size()) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        return failed(reason);
+    }
+    if (!file.commit())
+        return failed(file.errorString());
+    return {};
+}
+
+bool FileServices::makeDirectory(const std::string& path) const {
+    const QString host = m_paths.toHost(withoutTrailingBackslash(path));
+    if (host.isEmpty() || QFileInfo::exists(host))
+        return false;
+    return QDir().mkdir(host);
+}
+
+bool FileServices::copyFile(const std::string& from, const std::string& to) const {
+    const QString source = m_paths.toHost(from);
+    const QString target = m_paths.toHost(to);
+    if (source.isEmpty() || target.isEmpty() || !QFileInfo(source).isFile())
+        return false;
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly))
+        return false;
+    QSaveFile out(target);
+    if (!out.open(QIODevice::WriteOnly))
+        return false;
+    QByteArray chunk;
+    while (!(chunk = in.read(1 << 20)).isEmpty()) {
+        if (out.write(chunk) != chunk.size()) {
+            out.cancelWriting();
+            return false;
+        }
+    }
+    return in.error() == QFileDevice::NoError && out.commit();
+}
+
+bool FileServices::moveToTrash(const std::vector<std::string>& paths) const {
+    bool all = true;
+    for (const std::string& path : paths) {
+        const QString host = m_paths.toHost(path);
+        if (host.isEmpty() || !QFile::moveToTrash(host))
+            all = false;
+    }
+    return all;
+}
+
+} // namespace korvel

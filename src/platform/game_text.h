@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <string_view>
+#include <optional>
+#include <vector>
+
+namespace korvel {
+
+// Game-side text (archive names, POD.INI, monster.ini, player.pro, registry values) is kept as the
+// Windows-1252 bytes the game wrote. These convert it only at the edges: to show it, or to name a
+// host file.
+QString fromGameText(std::string_view bytes);
+std::string toGameText(const QString& text);
+
+// Upper-casing as the game's code page does it (ASCII and the accented letters of Windows-1252).
+std::string upperGame(std::string_view text);
+char upperGameChar(char c);
+bool equalsIgnoreCase(std::string_view a, std::string_view b);
+bool endsWithIgnoreCase(std::string_view text, std::string_view suffix);
+
+// Blanks are the space character only, as the old string functions define them.
+std::string trimBlanks(std::string_view text);
+std::string trimLeadingBlanks(std::string_view text);
+std::string trimTrailingBlanks(std::string_view text);
+
+// Replaces every occurrence of `what` (exact, case-sensitive); an empty `what` changes nothing.
+std::string replaceAll(std::string_view text, std::string_view what, std::string_view with);
+
+// Splits at every separator; an empty text gives one empty piece.
+std::vector<std::string> splitText(std::string_view text, char separator);
+std::string joinText(const std::vector<std::string>& pieces, char separator);
+
+// Leading-number conversion of the old runtime: optional blanks, sign and digits; anything else
+// ends the number. Returns nullopt when the text does not start with a number.
+std::optional<double> leadingNumber(std::string_view text);
+
+} // namespace korvel

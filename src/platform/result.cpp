@@ -1,0 +1,21 @@
+#include "result.h"
+
+namespace korvel {
+
+QString Failure::title() const {
+    switch (kind) {
+    case FailureKind::ReadError:
+        return QStringLiteral("Read Error");
+    case FailureKind::UnexpectedError:
+        return QStringLiteral("Unexpected Error");
+    case FailureKind::FatalError:
+        return QStringLiteral("Fatal Error");
+    case FailureKind::WriteError:
+        return QStringLiteral("Write Error");
+    case FailureKind::Refused:
+        return QStringLiteral("Information");
+    }
+    return QStringLiteral("Unexpected Error");
+}
+
+} // namespace korvel

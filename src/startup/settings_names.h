@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Every value name the program keeps in its settings store, with its default, in one place.
+namespace korvel::settings {
+
+inline constexpr std::string_view kProgramKey = "HKEY_CURRENT_USER\\Software\\Dunmere\\Korvel";
+inline std::string profileKey(std::string_view profile) { return std::string(kProgramKey) + "\\" + std::string(profile); }
+
+inline constexpr std::string_view kError = "Error"; // what a failed read yields
+inline constexpr char kListSeparator = '|';
+inline constexpr char kTrackRowSeparator = '*';
+
+// Program key.
+inline constexpr std::string_view kInstalledGames = "InstalledGames";
+inline constexpr std::string_view kAssociate = "Associate";
+inline constexpr std::string_view kTrackList = "TrackList";
+
+// Profile subkey: the profile itself.
+inline constexpr std::string_view kLocation = "Location";
+inline constexpr std::string_view kLocationIni = "Location-INI";
+inline constexpr std::string_view kLocationExe = "Location-EXE";
+inline constexpr std::string_view kMmpa = "MMPA";
+inline constexpr std::string_view kConfigurator = "Configurator";
+
+// Profile subkey: preferences.
+inline constexpr std::string_view kLogo = "Logo";
+inline constexpr std::string_view kScreen = "Screen";
+inline constexpr std::string_view kSlider = "Slider";
+inline constexpr std::string_view kAsPod = "AS-POD";
+inline constexpr std::string_view kAsPlayer = "AS-Player";
+inline constexpr std::string_view kAsMonster = "AS-Monster";
+inline constexpr std::string_view kAsChange = "AS-Change";
+inline constexpr std::string_view kAsExit = "AS-Exit";
+inline constexpr std::string_view kFlat = "Flat";
+inline constexpr std::string_view kSlide = "Slide";
+inline constexpr std::string_view kAutosort = "Autosort";
+inline constexpr std::string_view kLock = "Lock";
+inline constexpr std::string_view kBrowse = "Browse";
+inline constexpr std::string_view kBrowseDir = "BrowseDir";
+inline constexpr std::string_view kExtraDirs = "ExtraDirs";
+inline constexpr std::string_view kLeft = "Left";
+inline constexpr std::string_view kTop = "Top";
+inline constexpr std::string_view kRecent = "Recent";
+inline constexpr std::string_view kFirstRun = "FirstRun";
+
+// Defaults written by start-up when a stored value fails its test.
+inline constexpr std::string_view kDefaultAssociate = "0";
+inline constexpr std::string_view kDefaultLogo = "1";
+inline constexpr std::string_view kDefaultScreen = "M";
+inline constexpr std::string_view kDefaultSlider = "3060";
+inline constexpr std::string_view kDefaultOff = "0"; // AS-*, Flat, Lock, Browse
+inline constexpr std::string_view kDefaultSlide = "1";
+inline constexpr std::string_view kDefaultAutosort = "1";
+inline const std::string kDefaultExtraDirs(1, '\0'); // an empty list
+inline constexpr std::string_view kDefaultLeft = "915";
+inline constexpr std::string_view kDefaultTop = "1200";
+inline constexpr std::string_view kDefaultMmpa = "99";
+
+inline constexpr int kSliderMin = 740;
+inline constexpr int kSliderMax = 5380;
+
+} // namespace korvel::settings

@@ -1,0 +1,85 @@
+#include "platform/file_registry.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace korvel;
+
+namespace {
+constexpr auto HKCU = RegistryRoot::CurrentUser;
+const std::string kKey = "Software\\Dunmere\\Korvel";
+} // namespace
+
+TEST(FileRegistry, keepsKeysAndValuesOfAnyBytesAcrossInstances) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/sub/registry.json";
+    {
+        FileRegistry registry(path);
+        EXPECT_FALSE(registry.writeValue(HKCU, kKey, "Associate", "1")); // no key yet: nothing written
+        ASSERT_TRUE(registry.createKey(HKCU, kKey + "\\MTM2"));
+        EXPECT_TRUE(registry.keyExists(HKCU, kKey)); // parents are created too
+        EXPECT_TRUE(registry.writeValue(HKCU, kKey, "ExtraDirs", std::string(1, '\0')));
+        EXPECT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "Location", "C:\\Games\\MTM2 \xe9"));
+    }
+    FileRegistry again(path);
+    EXPECT_EQ(again.readValue(HKCU, kKey, "extradirs"), std::string(1, '\0'));
+    EXPECT_EQ(again.readValue(HKCU, "SOFTWARE\\dunmere\\korvel\\mtm2", "Location"), "C:\\Games\\MTM2 \xe9");
+    EXPECT_FALSE(again.readValue(HKCU, kKey, "Missing").has_value());
+    EXPECT_TRUE(again.takeWarnings().isEmpty());
+}
+
+TEST(FileRegistry, twoInstancesDoNotLoseEachOthersWrites) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/registry.json";
+    FileRegistry first(path);
+    FileRegistry second(path);
+    ASSERT_TRUE(first.createKey(HKCU, kKey));
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(first.writeValue(HKCU, kKey, "A" + std::to_string(i), "first"));
+        ASSERT_TRUE(second.writeValue(HKCU, kKey, "B" + std::to_string(i), "second"));
+    }
+    FileRegistry reader(path);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(reader.readValue(HKCU, kKey, "A" + std::to_string(i)), "first");
+        EXPECT_EQ(reader.readValue(HKCU, kKey, "B" + std::to_string(i)), "second");
+    }
+    EXPECT_EQ(first.readValue(HKCU, kKey, "B19"), "second"); // sees the other's change
+}
+
+TEST(FileRegistry, keepsADamagedFileAsideAndReportsItOnce) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/registry.json";
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("{ this is not a registry");
+    }
+    FileRegistry registry(path);
+    const QStringList warnings = registry.takeWarnings();
+    ASSERT_EQ(warnings.size(), 1);
+    EXPECT_TRUE(warnings.first().contains("damaged"));
+    EXPECT_TRUE(registry.takeWarnings().isEmpty());
+    const QStringList aside = QDir(dir.path()).entryList({"registry.json.damaged-*"});
+    ASSERT_EQ(aside.size(), 1);
+    QFile kept(dir.path() + "/" + aside.first());
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), QByteArray("{ this is not a registry"));
+    // The store works on from empty.
+    EXPECT_TRUE(registry.createKey(HKCU, kKey));
+    EXPECT_TRUE(registry.keyExists(HKCU, kKey));
+}
+
+TEST(FileRegistry, deletesOnlyKeysWithoutSubkeys) {
+    QTemporaryDir dir;
+    FileRegistry registry(dir.path() + "/registry.json");
+    ASSERT_TRUE(registry.createKey(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
+    ASSERT_TRUE(registry.createKey(RegistryRoot::ClassesRoot, "Korvel shell"));
+    EXPECT_FALSE(registry.deleteKey(RegistryRoot::ClassesRoot, "Korvel"));
+    EXPECT_TRUE(registry.deleteKey(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
+    EXPECT_FALSE(registry.keyExists(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
+    EXPECT_TRUE(registry.keyExists(RegistryRoot::ClassesRoot, "Korvel\\shell\\open"));
+    EXPECT_FALSE(registry.deleteKey(RegistryRoot::ClassesRoot, "Nothing"));
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvel::testing {
+
+// Builds POD1 and POD2 archives in memory, sound or deliberately broken.
+//
+// Data is laid out after the directory in entry order. Every field that a broken archive needs to
+// get wrong can be overridden per entry or for the whole header.
+class PodWriter {
+public:
+    struct Entry {
+        std::string name; // bytes as stored; may hold "\" separators
+        std::string data;
+        std::optional<std::int32_t> size;  // stored size instead of data.size()
+        std::optional<std::int32_t> start; // stored offset instead of the real one
+    };
+
+    PodWriter& comment(std::string text);
+    PodWriter& add(std::string name, std::string data);
+    PodWriter& add(Entry entry);
+    // Header count instead of the number of entries.
+    PodWriter& count(std::int32_t value);
+    // POD2 magic instead of "POD2" (e.g. "pod2" or "POD3").
+    PodWriter& magic(std::string value);
+    // Bytes appended at the very end of the archive.
+    PodWriter& trailer(std::string bytes);
+
+    std::string pod1() const;
+    std::string pod2() const;
+
+    std::vector<Entry>& entries() { return m_entries; }
+
+private:
+    std::string m_comment;
+    std::vector<Entry> m_entries;
+    std::optional<std::int32_t> m_count;
+    std::string m_magic = "POD2";
+    std::string m_trailer;
+};
+
+// Little-endian helpers for fixtures that patch bytes by hand.
+void putInt32(std::string& bytes, size_t offset, std::int32_t value);
+std::int32_t getInt32(const std::string& bytes, size_t offset);
+
+// A track-information text whose line `raceLine` (0-based) holds `raceCode` and line 4 `line4`.
+std::string trackInfoText(int raceLine, const std::string& raceCode, const std::string& line4 = "Some Track");
+
+} // namespace korvel::testing
