@@ -27,6 +27,7 @@ QTextStream& err();
 // Commands of each part of the program, listed by `korvel-cli --help`.
 std::vector<Command> archiveCommands();
 std::vector<Command> mounterCommands();
+std::vector<Command> startupCommands();
 std::vector<Command> configuratorCommands();
 
 } // namespace korvel::cli

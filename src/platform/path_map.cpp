@@ -96,23 +96,27 @@ QString PathMap::matchComponent(const QString& dir, const QString& name) const {
     QFileInfo direct(dir + QLatin1Char('/') + name);
     if (direct.exists() || direct.isSymLink())
         return name;
-    QFileInfo dirInfo(dir);
-    if (!dirInfo.isDir())
-        return name;
-    const QDateTime modified = dirInfo.lastModified();
-    auto it = m_listings.find(dir);
-    if (it == m_listings.end() || it->modified != modified) {
-        Listing listing;
-        listing.modified = modified;
-        const QStringList names = QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                                      QDir::NoDotAndDotDot);
-        for (const QString& entry : names)
-            listing.byFoldedName.insert(entry.toCaseFolded(), entry);
-        if (m_listings.size() > 4096)
-            m_listings.clear();
-        it = m_listings.insert(dir, listing);
+    const QString folded = name.toCaseFolded();
+    // A cached listing is trusted for names it holds; a name it lacks may be new, so the folder is
+    // listed again before the name is given up (timestamps are too coarse to tell).
+    auto cached = m_listings.constFind(dir);
+    if (cached != m_listings.constEnd()) {
+        const QString actual = cached->byFoldedName.value(folded);
+        if (!actual.isEmpty() && QFileInfo::exists(dir + QLatin1Char('/') + actual))
+            return actual;
     }
-    return it->byFoldedName.value(name.toCaseFolded(), name);
+    if (!QFileInfo(dir).isDir())
+        return name;
+    Listing listing;
+    const QStringList names =
+        QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString& entry : names)
+        listing.byFoldedName.insert(entry.toCaseFolded(), entry);
+    if (m_listings.size() > 4096)
+        m_listings.clear();
+    const QString actual = listing.byFoldedName.value(folded, name);
+    m_listings.insert(dir, std::move(listing));
+    return actual;
 }
 
 QString PathMap::resolveComponents(QString base, const std::string& rest) const {

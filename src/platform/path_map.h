@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QHash>
 #include <QString>
 
@@ -52,7 +51,6 @@ private:
     std::map<char, QString> m_drives; // upper-case letter -> host folder, no trailing "/"
 
     struct Listing {
-        QDateTime modified;
         QHash<QString, QString> byFoldedName;
     };
     mutable QHash<QString, Listing> m_listings;
