@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/result.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvel {
+
+class FileServices;
+
+// One driver of player.pro: the name shown in the list and the whole record, each line followed
+// by "\r\n", name line included. Records are copied, never edited.
+struct DriverEntry {
+    std::string name;
+    std::string record;
+    // Bold entries are never removed. Nothing in the program makes an entry bold.
+    bool bold = false;
+
+    bool operator==(const DriverEntry&) const = default;
+};
+
+// The drivers read from player.pro, in file order.
+struct DriverList {
+    enum class State {
+        Unread,  // never read, or the file does not start with the mark: nothing was loaded
+        Read,    // every record the count announces was read
+        Damaged, // the file ended inside a record (or its count is not a number): the entries
+                 // hold the complete records before that point
+    };
+    State state = State::Unread;
+    std::vector<DriverEntry> entries;
+
+    int count() const { return static_cast<int>(entries.size()); }
+};
+
+struct DriverLoad {
+    DriverList list;
+    std::optional<Failure> failure; // why the list is not Read; none for a file without the mark
+};
+
+inline constexpr std::string_view kPlayerProfileMark = "103";
+
+// Game folder + "\player.pro".
+std::string playerProfilePath(std::string_view gameFolder);
+
+// Reads the records of a player.pro text.
+DriverLoad parsePlayerProfile(std::string_view text);
+// The file text for the list: "103", the count, "1", then every record, each line ending in
+// "\r\n" and nothing after the last record.
+std::string playerProfileText(const DriverList& list);
+
+// Reads the game's player.pro.
+DriverLoad LoadDrivers(const FileServices& files, std::string_view gameFolder);
+
+// Removes every selected entry that is not bold (`selected` runs parallel to the entries; missing
+// flags count as unselected) and returns how many went. The walk restarts from the first entry
+// after each removal, as the list is renumbered.
+int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected);
+
+// Writes the list to the game's player.pro (atomically) and reads it back. Refused unless the list
+// was read completely from the file, so a save never drops drivers the program could not read.
+Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverList& list);
+
+} // namespace korvel
