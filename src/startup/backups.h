@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/dialogs.h"
+#include "platform/file_services.h"
+#include "session.h"
+#include "settings_store.h"
+
+#include <string>
+
+namespace korvel {
+
+// Copies POD.INI, player.pro and system\monster.ini of the game folder `location` into its
+// "backup" folder, replacing older copies, and tells the user where they went. A missing file is
+// skipped without a word.
+void MakeBackups(const FileServices& files, Dialogs& dialogs, const std::string& location);
+
+// The registry entries Monster Truck Madness 2 and its multiplayer lobby read, for `folder`, the
+// game folder without a trailing "\".
+struct GameRegistryEntry {
+    std::string key;
+    std::string value;
+    std::string text;
+};
+std::vector<GameRegistryEntry> gameRegistryEntries(const std::string& folder);
+
+// Asks for the game's executable and writes the game's registry entries for its folder, which also
+// becomes the session's game folder until the program ends. False when the user cancelled.
+bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session);
+
+} // namespace korvel
