@@ -1,0 +1,129 @@
+#include "unmounted_scan.h"
+
+#include "platform/game_path.h"
+#include "platform/game_text.h"
+#include "platform/short_path.h"
+#include "pod_ini.h"
+
+#include <algorithm>
+#include <array>
+
+namespace korvel {
+
+namespace {
+
+bool hasPodSuffix(std::string_view name) {
+    return name.size() >= 4 && upperGame(name.substr(name.size() - 4)) == ".POD";
+}
+
+class Collector {
+public:
+    Collector(const FileServices& files, const ScanInputs& inputs, const PathKeySet& mounted)
+        : m_files(files), m_inputs(inputs), m_mounted(mounted) {}
+
+    // Every name of `folder`\*.pod; `prefix` turns a name into the candidate path.
+    void scan(const std::string& folder, const std::string& prefix) {
+        for (const std::string& name : m_files.search(folder + "\\*.pod", SearchFilter::NormalFiles)) {
+            if (!hasPodSuffix(name))
+                continue;
+            add(upperGame(prefix + name));
+        }
+    }
+
+    std::vector<MountedEntry> take() { return std::move(m_rows); }
+
+private:
+    void add(const std::string& candidate) {
+        MountedEntry row;
+        row.path = ShortPath(m_files, m_inputs.shortGameFolder, candidate, false);
+        if (m_mounted.count(upperGame(row.path)))
+            return;
+        row.text = ArchiveDisplayName(row.path);
+        row.status = std::string(kStatusUnmounted);
+        m_rows.push_back(std::move(row));
+    }
+
+    const FileServices& m_files;
+    const ScanInputs& m_inputs;
+    const PathKeySet& m_mounted;
+    std::vector<MountedEntry> m_rows;
+};
+
+} // namespace
+
+std::string displaySortKey(std::string_view text) {
+    // Ignoring case, with punctuation before digits and digits before letters, as the list views
+    // of the desktop sort: "\ADDON\X.POD" comes before "ZETA.POD".
+    static const std::array<unsigned char, 256> weight = [] {
+        std::array<unsigned char, 256> table{};
+        int next = 0;
+        auto isAlnum = [](int c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+        for (int c = 0; c < 0x80; ++c) {
+            if (!isAlnum(c))
+                table[static_cast<size_t>(c)] = static_cast<unsigned char>(next++);
+        }
+        for (int c = '0'; c <= '9'; ++c)
+            table[static_cast<size_t>(c)] = static_cast<unsigned char>(next++);
+        for (int c = 'A'; c <= 'Z'; ++c)
+            table[static_cast<size_t>(c)] = static_cast<unsigned char>(next++);
+        for (int c = 0x80; c < 0x100; ++c)
+            table[static_cast<size_t>(c)] = static_cast<unsigned char>(c);
+        return table;
+    }();
+    std::string key;
+    key.reserve(text.size());
+    for (char c : text)
+        key += static_cast<char>(weight[static_cast<unsigned char>(upperGameChar(c))]);
+    return key;
+}
+
+PathKeySet pathKeys(const std::vector<MountedEntry>& rows) {
+    PathKeySet keys;
+    keys.reserve(rows.size() * 2);
+    for (const MountedEntry& row : rows)
+        keys.insert(upperGame(row.path));
+    return keys;
+}
+
+std::vector<MountedEntry> ScanUnmounted(const FileServices& files, const ScanInputs& inputs,
+                                        const PathKeySet& mounted) {
+    Collector collector(files, inputs, mounted);
+    const std::string& game = inputs.gameFolder;
+
+    // The game folder itself (its "." entry) and its first-level subfolders, in search order.
+    for (const std::string& folder : files.search(game + "\\*", SearchFilter::Folders)) {
+        if (folder == "..")
+            continue;
+        if (folder == ".")
+            collector.scan(game, std::string());
+        else
+            collector.scan(game + "\\" + folder, folder + "\\");
+    }
+
+    const std::string& extra = inputs.extraDirs;
+    if (!extra.empty() && extra != "Error") {
+        const std::string gamePrefix = upperGame(game) + "\\";
+        for (std::string folder : splitText(extra, '|')) {
+            if (!folder.empty() && folder.back() == '\\')
+                folder.pop_back();
+            const std::string prefix = replaceAll(upperGame(folder), gamePrefix, "") + "\\";
+            if (folder.empty() || folder.find('\0') != std::string::npos)
+                continue; // names no folder (the one-NUL empty form)
+            collector.scan(folder, prefix);
+        }
+    }
+
+    std::vector<MountedEntry> rows = collector.take();
+    std::vector<std::pair<std::string, size_t>> keys;
+    keys.reserve(rows.size());
+    for (size_t i = 0; i < rows.size(); ++i)
+        keys.emplace_back(displaySortKey(rows[i].text), i);
+    std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<MountedEntry> sorted;
+    sorted.reserve(rows.size());
+    for (const auto& key : keys)
+        sorted.push_back(std::move(rows[key.second]));
+    return sorted;
+}
+
+} // namespace korvel
