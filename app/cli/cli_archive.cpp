@@ -1,7 +1,339 @@
+// The archive commands: list, extract, export, convert, compatiblize and palette.
+
 #include "cli_command.h"
+
+#include "configurator/track_tools.h"
+#include "palette/palette.h"
+#include "platform/file_services.h"
+#include "platform/game_text.h"
+#include "platform/path_map.h"
+#include "pod/extraction.h"
+#include "pod/listing_export.h"
+#include "pod/pod_directory.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstdio>
+#include <optional>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#define korvel_isatty _isatty
+#define korvel_fileno _fileno
+#else
+#include <unistd.h>
+#define korvel_isatty isatty
+#define korvel_fileno fileno
+#endif
 
 namespace korvel::cli {
 
-std::vector<Command> archiveCommands() { return {}; }
+namespace {
+
+// The host's drives and the file services over them, for one command.
+struct HostFiles {
+    PathMap paths = PathMap::forHost();
+    FileServices files{paths};
+
+    std::optional<std::string> game(const QString& hostPath) const {
+        return paths.toGame(QFileInfo(hostPath).absoluteFilePath());
+    }
+};
+
+int refusedWith(const Failure& failure) {
+    err() << failure.message << '\n';
+    return kExitRefused;
+}
+
+int usage(const QString& command, const QString& text) {
+    err() << "korvel-cli " << command << ": " << text << "\nRun 'korvel-cli " << command << " --help'.\n";
+    return kExitUsage;
+}
+
+// Parses the arguments; returns an exit status when the command should stop here (help or usage).
+std::optional<int> parse(QCommandLineParser& parser, const QString& command, const QString& description,
+                         const QStringList& args, int minPositional, int maxPositional) {
+    parser.setApplicationDescription(description);
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    parser.addOption(help);
+    if (!parser.parse(QStringList{QStringLiteral("korvel-cli ") + command} + args))
+        return usage(command, parser.errorText());
+    if (parser.isSet(help)) {
+        out() << parser.helpText();
+        return kExitOk;
+    }
+    const qsizetype count = parser.positionalArguments().size();
+    if (count < minPositional || (maxPositional >= 0 && count > maxPositional))
+        return usage(command, QStringLiteral("wrong number of arguments."));
+    return std::nullopt;
+}
+
+Result<PodDirectory> listArchive(const HostFiles& host, const QString& archive) {
+    const std::optional<std::string> path = host.game(archive);
+    if (!path)
+        return refused(QStringLiteral("No drive holds %1.").arg(archive));
+    return ListPOD(host.files, *path);
+}
+
+QString text(const std::string& gameText) {
+    return fromGameText(gameText);
+}
+
+const PodEntry* findEntry(const PodDirectory& listing, const QString& name) {
+    const std::string wanted = trimBlanks(toGameText(name));
+    for (const PodEntry& entry : listing.entries)
+        if (equalsIgnoreCase(trimBlanks(entry.name), wanted))
+            return &entry;
+    return nullptr;
+}
+
+int runList(const QStringList& args) {
+    QCommandLineParser parser;
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print one JSON object."));
+    const QCommandLineOption sort(QStringLiteral("sort"), QStringLiteral("Sort the rows by name."));
+    parser.addOptions({json, sort});
+    parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive to list."));
+    if (auto status = parse(parser, QStringLiteral("list"), QStringLiteral("Lists the files stored in a POD archive."),
+                            args, 1, 1))
+        return *status;
+
+    HostFiles host;
+    QElapsedTimer clock;
+    clock.start();
+    const Result<PodDirectory> listing = listArchive(host, parser.positionalArguments().first());
+    if (!listing)
+        return refusedWith(listing.failure());
+    const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
+    const std::vector<const PodEntry*> rows = displayOrder(*listing, parser.isSet(sort));
+
+    if (parser.isSet(json)) {
+        QJsonArray entries;
+        for (const PodEntry* entry : rows) {
+            entries.append(QJsonObject{{QStringLiteral("name"), text(entry->name)},
+                                       {QStringLiteral("size"), entry->size},
+                                       {QStringLiteral("start"), entry->start},
+                                       {QStringLiteral("end"), entry->end}});
+        }
+        const QJsonObject object{{QStringLiteral("archive"), text(listing->fileName)},
+                                 {QStringLiteral("format"), text(listing->formatName())},
+                                 {QStringLiteral("comment"), text(listing->comment)},
+                                 {QStringLiteral("size"), static_cast<double>(listing->archiveSize)},
+                                 {QStringLiteral("type"), text(listing->typeText)},
+                                 {QStringLiteral("editor"), text(listing->editorText)},
+                                 {QStringLiteral("total"), listing->headerCount},
+                                 {QStringLiteral("entries"), entries},
+                                 {QStringLiteral("status"), listedStatusText(*listing, seconds)}};
+        out() << QJsonDocument(object).toJson(QJsonDocument::Indented);
+        return kExitOk;
+    }
+
+    QString lines;
+    lines += QStringLiteral("POD Name: ") + text(listing->nameText()) + QLatin1Char('\n');
+    lines += QStringLiteral("POD Size: ") + text(listing->sizeText()) + QLatin1Char('\n');
+    lines += QStringLiteral("POD Type: ") + text(listing->typeText) + QLatin1Char('\n');
+    lines += QStringLiteral("Editor Used: ") + text(listing->editorText) + QLatin1Char('\n');
+    lines += QStringLiteral("Total Files: ") + text(listing->totalText()) + QStringLiteral("\n\n");
+    out() << lines;
+    for (const PodEntry* entry : rows) {
+        out() << text(entry->name) << '\t' << AddCommas(entry->size).c_str() << '\t' << AddCommas(entry->start).c_str()
+              << '\t' << AddCommas(entry->end).c_str() << '\n';
+    }
+    return kExitOk;
+}
+
+// A progress line on stderr for extractions that take a while, when stderr is a terminal.
+class ProgressLine {
+public:
+    ProgressLine() : m_enabled(korvel_isatty(korvel_fileno(stderr)) != 0) { m_clock.start(); }
+
+    void update(int done, int total, const std::string& name) {
+        if (!m_enabled || m_clock.elapsed() < 500 || (done < total && m_last.isValid() && m_last.elapsed() < 100))
+            return;
+        m_last.start();
+        QString line = QStringLiteral("%1/%2 %3").arg(done).arg(total).arg(text(name)).left(78);
+        err() << '\r' << line.leftJustified(79) << (done == total ? "\r" : "");
+        if (done == total)
+            err() << QString(79, QLatin1Char(' ')) << '\r';
+        err().flush();
+    }
+
+private:
+    bool m_enabled;
+    QElapsedTimer m_clock;
+    QElapsedTimer m_last;
+};
+
+int runExtract(const QStringList& args) {
+    QCommandLineParser parser;
+    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("The folder to extract into (made if missing)."),
+                                QStringLiteral("DIR"));
+    parser.addOption(to);
+    parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive."));
+    parser.addPositionalArgument(QStringLiteral("NAME"),
+                                 QStringLiteral("Entries to extract (any case); all when none is given."),
+                                 QStringLiteral("[NAME...]"));
+    if (auto status = parse(parser, QStringLiteral("extract"),
+                            QStringLiteral("Extracts files from a POD archive. Missing folders are made and existing "
+                                           "files are replaced whole."),
+                            args, 1, -1))
+        return *status;
+    if (!parser.isSet(to) || parser.value(to).isEmpty())
+        return usage(QStringLiteral("extract"), QStringLiteral("--to DIR is required."));
+
+    HostFiles host;
+    const QStringList positional = parser.positionalArguments();
+    const Result<PodDirectory> listing = listArchive(host, positional.first());
+    if (!listing)
+        return refusedWith(listing.failure());
+
+    std::vector<size_t> rows;
+    if (positional.size() == 1) {
+        rows = allRows(*listing);
+    } else {
+        for (const QString& name : positional.mid(1)) {
+            const std::string wanted = trimBlanks(toGameText(name));
+            const size_t before = rows.size();
+            for (size_t i = 0; i < listing->entries.size(); ++i)
+                if (equalsIgnoreCase(trimBlanks(listing->entries[i].name), wanted))
+                    rows.push_back(i);
+            if (rows.size() == before)
+                return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(name)));
+        }
+    }
+
+    const QString destination = QFileInfo(parser.value(to)).absoluteFilePath();
+    if (!QDir().mkpath(destination))
+        return refusedWith(writeError(QStringLiteral("Could not create the folder %1.").arg(destination)));
+    const std::optional<std::string> gameDestination = host.game(destination);
+    if (!gameDestination)
+        return refusedWith(refused(QStringLiteral("No drive holds %1.").arg(destination)));
+
+    ProgressLine progress;
+    const Result<ExtractSummary> summary =
+        ExtractFiles(host.files, *listing, rows, *gameDestination, ExtractOptions{true, true},
+                     [&progress](int done, int total, const std::string& name) { progress.update(done, total, name); });
+    if (!summary)
+        return refusedWith(summary.failure());
+    out() << extractedSummaryText(*summary) << '\n';
+    return kExitOk;
+}
+
+int runExport(const QStringList& args) {
+    QCommandLineParser parser;
+    const QCommandLineOption sort(QStringLiteral("sort"), QStringLiteral("Sort the rows by name."));
+    parser.addOption(sort);
+    parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive."));
+    if (auto status =
+            parse(parser, QStringLiteral("export"),
+                  QStringLiteral("Writes the archive's listing to a text file beside it (NAME.txt)."), args, 1, 1))
+        return *status;
+    HostFiles host;
+    const Result<PodDirectory> listing = listArchive(host, parser.positionalArguments().first());
+    if (!listing)
+        return refusedWith(listing.failure());
+    const Result<std::string> written = exportListing(host.files, *listing, parser.isSet(sort));
+    if (!written)
+        return refusedWith(written.failure());
+    if (written->empty())
+        return kExitOk; // nothing to export, as the desktop does it
+    out() << exportCreatedText(QDir::toNativeSeparators(host.files.hostPath(*written))) << '\n';
+    return kExitOk;
+}
+
+int runPatch(const QStringList& args, bool convert) {
+    const QString command = convert ? QStringLiteral("convert") : QStringLiteral("compatiblize");
+    QCommandLineParser parser;
+    parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive (patched in place)."));
+    parser.addPositionalArgument(QStringLiteral("ENTRY"), QStringLiteral("The entry to patch."));
+    if (convert)
+        parser.addPositionalArgument(QStringLiteral("TYPE"),
+                                     QStringLiteral("drag, circuit, rally, rumble or bomb-tag."));
+    const QString description = convert ? QStringLiteral("Changes a track's race type inside its archive.")
+                                        : QStringLiteral("Makes a truck compatible with the original 4x4 Evolution.");
+    if (auto status = parse(parser, command, description, args, convert ? 3 : 2, convert ? 3 : 2))
+        return *status;
+    const QStringList positional = parser.positionalArguments();
+    std::optional<RaceType> type;
+    if (convert) {
+        type = raceTypeFromName(positional[2].toStdString());
+        if (!type)
+            return usage(command, QStringLiteral("unknown race type '%1'.").arg(positional[2]));
+    }
+
+    HostFiles host;
+    const Result<PodDirectory> listing = listArchive(host, positional[0]);
+    if (!listing)
+        return refusedWith(listing.failure());
+    const PodEntry* entry = findEntry(*listing, positional[1]);
+    if (!entry)
+        return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(positional[1])));
+
+    const std::string path = listing->path();
+    if (!convert) {
+        const Result<qint64> patched = compatiblizeTruck(host.files, path, entry->start);
+        if (!patched)
+            return refusedWith(patched.failure());
+        out() << compatiblizedText() << '\n';
+        return kExitOk;
+    }
+    const Result<qint64> patched = convertRaceType(host.files, path, entry->start, *type);
+    if (!patched)
+        return refusedWith(patched.failure());
+    const Result<PodDirectory> relisted = ListPOD(host.files, path);
+    if (!relisted)
+        return refusedWith(relisted.failure());
+    out() << "POD Type: " << text(relisted->typeText) << '\n';
+    return kExitOk;
+}
+
+int runPalette(const QStringList& args) {
+    QCommandLineParser parser;
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print an array of [r, g, b]."));
+    parser.addOption(json);
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("A 768-byte palette file."));
+    if (auto status =
+            parse(parser, QStringLiteral("palette"), QStringLiteral("Shows the 256 colours of a palette."), args, 1, 1))
+        return *status;
+    HostFiles host;
+    const QString file = parser.positionalArguments().first();
+    const std::optional<std::string> path = host.game(file);
+    if (!path)
+        return refusedWith(refused(QStringLiteral("No drive holds %1.").arg(file)));
+    const Result<Palette> palette = loadPalette(host.files, *path);
+    if (!palette)
+        return refusedWith(palette.failure());
+    if (parser.isSet(json)) {
+        QJsonArray colors;
+        for (const PaletteColor& color : palette->colors)
+            colors.append(QJsonArray{color.red, color.green, color.blue});
+        out() << QJsonDocument(colors).toJson(QJsonDocument::Compact) << '\n';
+        return kExitOk;
+    }
+    for (int i = 0; i < kPaletteColors; ++i)
+        out() << paletteTooltip(i, palette->colors[static_cast<size_t>(i)]) << '\n';
+    return kExitOk;
+}
+
+} // namespace
+
+std::vector<Command> archiveCommands() {
+    return {
+        {QStringLiteral("list"), QStringLiteral("List the files of a POD archive"), runList},
+        {QStringLiteral("extract"), QStringLiteral("Extract files from a POD archive"), runExtract},
+        {QStringLiteral("export"), QStringLiteral("Write an archive's listing to a text file"), runExport},
+        {QStringLiteral("convert"), QStringLiteral("Change a track's race type in its archive"),
+         [](const QStringList& args) { return runPatch(args, true); }},
+        {QStringLiteral("compatiblize"), QStringLiteral("Make a truck work with the original 4x4 Evolution"),
+         [](const QStringList& args) { return runPatch(args, false); }},
+        {QStringLiteral("palette"), QStringLiteral("Show the colours of a palette file"), runPalette},
+    };
+}
 
 } // namespace korvel::cli
