@@ -1,7 +1,264 @@
 #include "cli_command.h"
 
+#include "mounter/mounter.h"
+#include "platform/file_services.h"
+#include "platform/game_path.h"
+#include "platform/game_text.h"
+#include "platform/path_map.h"
+#include "platform/process_shell.h"
+#include "platform/registry_tree.h"
+#include "platform/services.h"
+#include "platform/short_path.h"
+#include "startup/session.h"
+#include "startup/settings_names.h"
+#include "startup/settings_store.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 namespace korvel::cli {
 
-std::vector<Command> mounterCommands() { return {}; }
+namespace {
+
+// The command line itself is the user's confirmation: questions are answered Yes, messages go to
+// stderr, and nothing is ever chosen in a dialog.
+class CommandLineDialogs : public Dialogs {
+public:
+    MessageAnswer message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) override {
+        switch (buttons) {
+        case MessageButtons::YesNo:
+        case MessageButtons::YesNoCancel:
+            return MessageAnswer::Yes;
+        case MessageButtons::OkCancel:
+        case MessageButtons::Ok:
+            err() << title << ": " << text << '\n';
+            return MessageAnswer::Ok;
+        }
+        return MessageAnswer::Ok;
+    }
+    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
+    std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
+    std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
+};
+
+constexpr const char* kProfile = "korvel-cli";
+
+const QStringList kCommands = {QStringLiteral("show"),        QStringLiteral("mount"),  QStringLiteral("unmount"),
+                               QStringLiteral("top"),         QStringLiteral("up"),     QStringLiteral("down"),
+                               QStringLiteral("bottom"),      QStringLiteral("delete"), QStringLiteral("mount-all"),
+                               QStringLiteral("unmount-all"), QStringLiteral("clean")};
+
+int refusedWith(const QString& message) {
+    err() << message << '\n';
+    return kExitRefused;
+}
+
+int usage(const QString& text) {
+    err() << "mounter: " << text << "\nRun 'korvel-cli mounter --help' for the options.\n";
+    return kExitUsage;
+}
+
+QJsonArray rowsJson(const EntryList& list) {
+    QJsonArray rows;
+    for (const MountedEntry& row : list.rows()) {
+        rows.append(QJsonObject{{QStringLiteral("display"), fromGameText(row.text)},
+                                {QStringLiteral("status"), fromGameText(row.status)},
+                                {QStringLiteral("path"), fromGameText(row.path)}});
+    }
+    return rows;
+}
+
+void printState(const Mounter& mounter, bool json) {
+    if (json) {
+        const QJsonObject state{{QStringLiteral("counter"), mounter.counterText()},
+                                {QStringLiteral("mounted"), rowsJson(mounter.mounted())},
+                                {QStringLiteral("unmounted"), rowsJson(mounter.unmounted())}};
+        out() << QJsonDocument(state).toJson(QJsonDocument::Indented);
+        return;
+    }
+    out() << mounter.counterText() << '\n';
+    for (const EntryList* list :
+         {static_cast<const EntryList*>(&mounter.mounted()), static_cast<const EntryList*>(&mounter.unmounted())}) {
+        for (const MountedEntry& row : list->rows())
+            out() << fromGameText(row.text) << '\t' << fromGameText(row.status) << '\t' << fromGameText(row.path)
+                  << '\n';
+    }
+}
+
+// Selects exactly the rows named by their stored paths (ignoring case); the names not found are returned.
+QStringList selectNamed(EntryList& list, const QStringList& names) {
+    list.clearSelection();
+    QStringList missing;
+    for (const QString& name : names) {
+        const std::string path = toGameText(name);
+        bool found = false;
+        for (int row = 0; row < list.size(); ++row) {
+            if (equalsIgnoreCase(list.at(row).path, path)) {
+                list.setSelected(row, true);
+                found = true;
+            }
+        }
+        if (!found)
+            missing << name;
+    }
+    return missing;
+}
+
+int runMounter(const QStringList& args) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Shows and changes a game's POD.INI, the list of mounted archives.\n\n"
+                       "Commands:\n"
+                       "  show                 the counter, the mounted rows, then the unmounted rows (tab-separated:\n"
+                       "                       display text, status, stored path); never rewrites POD.INI\n"
+                       "  mount FILE...        mount archive files (host paths)\n"
+                       "  unmount ENTRY...     unmount mounted rows, named by their stored path as 'show' prints it\n"
+                       "  top|up|down|bottom ENTRY...  move mounted rows\n"
+                       "  delete ENTRY...      send unmounted archives to the recycle bin\n"
+                       "  mount-all, unmount-all, clean (drop the rows whose archive was not found)\n\n"
+                       "Every command but 'show' and 'delete' saves POD.INI; each then prints the lists as 'show' does."));
+    parser.addHelpOption();
+    parser.addOption({QStringLiteral("game"), QStringLiteral("The game folder."), QStringLiteral("DIR")});
+    parser.addOption({QStringLiteral("ini"), QStringLiteral("The POD.INI to use (default: the game folder's)."),
+                      QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("extra-dirs"),
+                      QStringLiteral("More folders to look for unmounted archives in, joined by '|'."),
+                      QStringLiteral("A|B")});
+    parser.addOption(
+        {QStringLiteral("mmpa"), QStringLiteral("The counter's maximum (default 99)."), QStringLiteral("N"), "99"});
+    parser.addOption({QStringLiteral("json"), QStringLiteral("Print the lists as JSON.")});
+    parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do (see above)."));
+    if (!parser.parse(QStringList{QStringLiteral("korvel-cli mounter")} + args))
+        return usage(parser.errorText());
+    if (parser.isSet(QStringLiteral("help"))) {
+        out() << parser.helpText();
+        return kExitOk;
+    }
+    QStringList positional = parser.positionalArguments();
+    if (positional.isEmpty())
+        return usage(QStringLiteral("no command given."));
+    const QString command = positional.takeFirst();
+    if (!kCommands.contains(command))
+        return usage(QStringLiteral("unknown command '%1'.").arg(command));
+    const bool takesNames = command != QLatin1String("show") && command != QLatin1String("mount-all") &&
+                            command != QLatin1String("unmount-all") && command != QLatin1String("clean");
+    if (takesNames && positional.isEmpty())
+        return usage(QStringLiteral("'%1' needs at least one name.").arg(command));
+    if (!takesNames && !positional.isEmpty())
+        return usage(QStringLiteral("unexpected argument '%1'.").arg(positional.first()));
+    const bool json = parser.isSet(QStringLiteral("json"));
+
+    const PathMap paths = PathMap::forHost();
+    FileServices files(paths);
+    const QString gameHost = parser.value(QStringLiteral("game"));
+    if (gameHost.isEmpty())
+        return usage(QStringLiteral("--game DIR is required."));
+    if (!QFileInfo(gameHost).isDir())
+        return refusedWith(QStringLiteral("Game folder not found: %1").arg(gameHost));
+    const std::optional<std::string> location = paths.toGame(QFileInfo(gameHost).absoluteFilePath());
+    if (!location)
+        return refusedWith(QStringLiteral("No drive holds the game folder %1.").arg(gameHost));
+
+    Session session;
+    session.currentGame = kProfile;
+    session.location = withoutTrailingBackslash(*location);
+    if (PathMap::isDriveRoot(session.location))
+        session.location = session.location.substr(0, 2);
+    session.mmpa = toGameText(parser.value(QStringLiteral("mmpa")));
+    session.asPod = session.asChange = "0"; // saved explicitly below
+    session.shortGameFolder = ShortPath(files, std::string(), session.location, true) + "\\";
+    if (parser.isSet(QStringLiteral("ini"))) {
+        const std::optional<std::string> ini =
+            paths.toGame(QFileInfo(parser.value(QStringLiteral("ini"))).absoluteFilePath());
+        if (!ini)
+            return refusedWith(QStringLiteral("No drive holds %1.").arg(parser.value(QStringLiteral("ini"))));
+        session.locationIni = *ini;
+    } else {
+        session.locationIni = session.location + "\\POD.INI";
+    }
+
+    RegistryTree registry;
+    CommandLineDialogs dialogs;
+    ProcessShell shell(paths);
+    Services services{paths, files, registry, dialogs, shell};
+    SettingsStore settings(registry, dialogs);
+    settings.CreateKey(settings::profileKey(kProfile));
+    settings.writeProfile(kProfile, settings::kExtraDirs, settings::kDefaultExtraDirs);
+    Mounter mounter(session, settings, services);
+    if (parser.isSet(QStringLiteral("extra-dirs"))) {
+        std::vector<std::string> folders;
+        for (const QString& folder : parser.value(QStringLiteral("extra-dirs")).split(QLatin1Char('|'))) {
+            if (folder.isEmpty())
+                continue;
+            if (std::optional<std::string> game = paths.toGame(QFileInfo(folder).absoluteFilePath()))
+                folders.push_back(*game);
+        }
+        mounter.setExtraDirsOverride(joinText(folders, '|'));
+    }
+
+    if (Status loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
+        return refusedWith(loaded.failure().message);
+    mounter.ScanUnmounted();
+
+    Status status;
+    if (command == QLatin1String("show")) {
+        printState(mounter, json);
+        return kExitOk;
+    } else if (command == QLatin1String("mount")) {
+        std::vector<std::string> chosen;
+        for (const QString& file : positional) {
+            const QFileInfo info(file);
+            if (!info.isFile())
+                return refusedWith(QStringLiteral("File not found!\n%1").arg(file));
+            const std::optional<std::string> game = paths.toGame(info.absoluteFilePath());
+            if (!game)
+                return refusedWith(QStringLiteral("No drive holds %1.").arg(file));
+            chosen.push_back(*game);
+        }
+        status = mounter.mountFiles(chosen);
+    } else if (command == QLatin1String("delete")) {
+        if (const QStringList missing = selectNamed(mounter.unmounted(), positional); !missing.isEmpty())
+            return refusedWith(QStringLiteral("Not among the unmounted archives: %1").arg(missing.join(", ")));
+        if (Status deleted = mounter.DeleteSelectedArchives(); !deleted)
+            return refusedWith(deleted.failure().message);
+        printState(mounter, json);
+        return kExitOk;
+    } else if (command == QLatin1String("mount-all")) {
+        mounter.MountAll();
+    } else if (command == QLatin1String("unmount-all")) {
+        mounter.UnmountAll();
+    } else if (command == QLatin1String("clean")) {
+        status = mounter.CleanMissing();
+    } else {
+        if (const QStringList missing = selectNamed(mounter.mounted(), positional); !missing.isEmpty())
+            return refusedWith(QStringLiteral("Not in the mounted list: %1").arg(missing.join(", ")));
+        if (command == QLatin1String("unmount"))
+            status = mounter.UnmountSelected();
+        else if (command == QLatin1String("top"))
+            status = mounter.MoveSelectedToTop();
+        else if (command == QLatin1String("up"))
+            status = mounter.MoveSelectedUp();
+        else if (command == QLatin1String("down"))
+            status = mounter.MoveSelectedDown();
+        else
+            status = mounter.MoveSelectedToBottom();
+    }
+    if (status.ok())
+        status = mounter.SaveMountedList();
+    if (!status)
+        return refusedWith(status.failure().message);
+    printState(mounter, json);
+    return kExitOk;
+}
+
+} // namespace
+
+std::vector<Command> mounterCommands() {
+    return {{QStringLiteral("mounter"), QStringLiteral("Show and change a game's POD.INI (mount, unmount, reorder)"),
+             runMounter}};
+}
 
 } // namespace korvel::cli
