@@ -265,3 +265,18 @@ TEST(RequestFromArguments, quotesAnExistingFileAndJoinsAnythingElse) {
     EXPECT_EQ(requestFromArguments({"Monster", "Truck", "Madness", "2"}, drive.paths()), "Monster Truck Madness 2");
     EXPECT_EQ(requestFromArguments({}, drive.paths()), "");
 }
+
+TEST(Startup, archiveOpenedBeforeAnyProfileExistsWaitsForTheFirstProfile) {
+    StartupRig rig;
+    buildGameFolder(rig.drive, GameLayout{});
+    rig.drive.dialogs().chooseFiles({"C:\\Games\\MTM2\\monster.exe"}).typeInput(QStringLiteral("MTM2"));
+    rig.chooser.play = [](GameProfiles& logic) {
+        logic.AddGame(false);
+        logic.Load();
+    };
+    ASSERT_EQ(rig.startup.Main("\"C:\\Downloads\\track.pod\""), StartupResult::ShowMainWindow);
+    EXPECT_TRUE(rig.drive.dialogs().messageTexts().front().startsWith("Welcome!"));
+    EXPECT_EQ(rig.session.currentGame, "MTM2");
+    EXPECT_EQ(rig.session.openedFolder, "C:\\Downloads\\");
+    EXPECT_EQ(rig.session.openedFile, "track.pod");
+}
