@@ -1,0 +1,310 @@
+#include "options_dialog.h"
+
+#include "platform/dialogs.h"
+#include "platform/game_text.h"
+#include "startup/session.h"
+#include "startup/settings_names.h"
+#include "startup/settings_store.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace korvel {
+
+namespace {
+
+const QString kFolderPrompt = QStringLiteral("Choose the directory to start in:");
+
+QGroupBox* frame(const char* name, const QString& caption) {
+    auto* box = new QGroupBox(caption);
+    box->setObjectName(QString::fromLatin1(name));
+    return box;
+}
+
+QLabel* heading(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    QFont bold = label->font();
+    bold.setBold(true);
+    label->setFont(bold);
+    return label;
+}
+
+QPushButton* button(const char* name, const QString& caption, QWidget* parent) {
+    auto* push = new QPushButton(caption, parent);
+    push->setObjectName(QString::fromLatin1(name));
+    push->setAutoDefault(false);
+    return push;
+}
+
+} // namespace
+
+OptionsDialog::OptionsDialog(SettingsStore& store, const Session& session, Dialogs& dialogs, QWidget* parent)
+    : QDialog(parent), m_store(store), m_profile(session.currentGame), m_configurator(session.configurator),
+      m_dialogs(dialogs) {
+    setObjectName(QStringLiteral("frmOptions"));
+    setWindowTitle(QStringLiteral("Options"));
+
+    m_tabs = new QTabWidget(this);
+    m_tabs->setObjectName(QStringLiteral("tabOptions"));
+    m_tabs->addTab(buildGeneral(), QStringLiteral("General"));
+    m_tabs->addTab(buildAutosave(), QStringLiteral("Autosave"));
+    m_tabs->addTab(buildLock(), QStringLiteral("Lock"));
+    m_tabs->addTab(buildPaths(), QStringLiteral("Paths"));
+    connect(m_tabs, &QTabWidget::currentChanged, this, &OptionsDialog::focusPage);
+
+    auto* ok = button("cmdOK", QStringLiteral("OK"), this);
+    ok->setDefault(true);
+    auto* cancel = button("cmdCancel", QStringLiteral("Cancel"), this);
+    connect(ok, &QPushButton::clicked, this, &OptionsDialog::save);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_tabs);
+    layout->addLayout(buttons);
+
+    load();
+}
+
+QCheckBox* OptionsDialog::check(const char* name, const QString& caption, QWidget* parent) {
+    auto* box = new QCheckBox(caption, parent);
+    box->setObjectName(QString::fromLatin1(name));
+    return box;
+}
+
+QWidget* OptionsDialog::buildGeneral() {
+    QGroupBox* page = frame("fraGeneral", QStringLiteral("General Settings"));
+    m_chkConfigurator = check(
+        "chkConfigurator",
+        QStringLiteral("Enable the Configurator and all associated \"Monster Truck Madness 2\"-only options"), page);
+    m_chkAutosort = check("chkAutosort", QStringLiteral("Sort the Extractor listing by name"), page);
+    m_chkSlide = check("chkSlide", QStringLiteral("Enable sliding screens"), page);
+    m_chkFlat = check("chkFlat", QStringLiteral("Enable flat buttons"), page);
+    connect(m_chkConfigurator, &QCheckBox::clicked, this, &OptionsDialog::confirmConfigurator);
+    auto* layout = new QVBoxLayout(page);
+    for (QCheckBox* box : {m_chkConfigurator, m_chkAutosort, m_chkSlide, m_chkFlat})
+        layout->addWidget(box);
+    layout->addStretch(1);
+    return page;
+}
+
+QWidget* OptionsDialog::buildAutosave() {
+    QGroupBox* page = frame("fraAutosave", QStringLiteral("Autosave Settings"));
+    m_chkPod = check("chkPOD", QStringLiteral("Mounted PODs list (POD.INI)"), page);
+    m_chkPlayer = check("chkPlayer", QStringLiteral("Driver profiles (PLAYER.PRO)"), page);
+    m_chkMonster = check("chkMonster", QStringLiteral("Game settings (MONSTER.INI)"), page);
+    m_chkChange = check("chkChange", QStringLiteral("The file is changed"), page);
+    m_chkExit = check("chkExit", QStringLiteral("Korvel exits"), page);
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(heading(QStringLiteral("Save automatically"), page));
+    for (QCheckBox* box : {m_chkPod, m_chkPlayer, m_chkMonster})
+        layout->addWidget(box);
+    layout->addSpacing(8);
+    layout->addWidget(heading(QStringLiteral("Autosave when..."), page));
+    layout->addWidget(m_chkChange);
+    layout->addWidget(m_chkExit);
+    layout->addStretch(1);
+    return page;
+}
+
+QWidget* OptionsDialog::buildLock() {
+    QGroupBox* page = frame("fraLock", QStringLiteral("Lock your startup screen to.."));
+    m_lock = new QButtonGroup(page);
+    m_lock->setObjectName(QStringLiteral("optLock"));
+    const std::array<QString, 4> captions{QStringLiteral("Don't Lock"), QStringLiteral("Configurator"),
+                                          QStringLiteral("Extractor"), QStringLiteral("Mounter")};
+    auto* layout = new QVBoxLayout(page);
+    for (int i = 0; i < 4; ++i) {
+        auto* option = new QRadioButton(captions[static_cast<size_t>(i)], page);
+        option->setObjectName(QStringLiteral("optLock%1").arg(i));
+        m_lock->addButton(option, i);
+        m_lockOptions[static_cast<size_t>(i)] = option;
+        layout->addWidget(option);
+    }
+    layout->addStretch(1);
+    return page;
+}
+
+QWidget* OptionsDialog::buildPaths() {
+    QGroupBox* page = frame("fraPaths", QStringLiteral("Path Settings"));
+    m_chkBrowse = check("chkBrowse", QStringLiteral("\"Browse\" starts in this directory:"), page);
+    m_browseDir = new QLineEdit(page);
+    m_browseDir->setObjectName(QStringLiteral("txtBrowseDir"));
+    m_cmdBrowseDir = button("cmdBrowseDir", QStringLiteral("..."), page);
+    m_cmdBrowseDir->setToolTip(kFolderPrompt);
+    m_extraDirs = new QListWidget(page);
+    m_extraDirs->setObjectName(QStringLiteral("lstExtraDirs"));
+    auto* add = button("cmdAdd", QStringLiteral("&Add..."), page);
+    auto* remove = button("cmdRemove", QStringLiteral("&Remove"), page);
+    auto* show = button("cmdShow", QStringLiteral("Show"), page);
+
+    connect(m_chkBrowse, &QCheckBox::toggled, this, &OptionsDialog::updateBrowseEnabled);
+    connect(m_cmdBrowseDir, &QPushButton::clicked, this, &OptionsDialog::browseDir);
+    connect(add, &QPushButton::clicked, this, &OptionsDialog::addExtraDir);
+    connect(remove, &QPushButton::clicked, this, &OptionsDialog::removeExtraDir);
+    connect(show, &QPushButton::clicked, this, &OptionsDialog::showExtraDir);
+    connect(m_extraDirs, &QListWidget::itemDoubleClicked, this, &OptionsDialog::removeExtraDir);
+
+    auto* browseRow = new QHBoxLayout;
+    browseRow->addWidget(m_browseDir, 1);
+    browseRow->addWidget(m_cmdBrowseDir);
+    auto* listButtons = new QVBoxLayout;
+    listButtons->addWidget(add);
+    listButtons->addWidget(remove);
+    listButtons->addWidget(show);
+    listButtons->addStretch(1);
+    auto* listRow = new QHBoxLayout;
+    listRow->addWidget(m_extraDirs, 1);
+    listRow->addLayout(listButtons);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(m_chkBrowse);
+    layout->addLayout(browseRow);
+    layout->addSpacing(8);
+    layout->addWidget(heading(QStringLiteral("Extra Search Directories"), page));
+    layout->addLayout(listRow, 1);
+    return page;
+}
+
+void OptionsDialog::load() {
+    if (!m_configurator) {
+        m_chkPlayer->setEnabled(false);
+        m_chkMonster->setEnabled(false);
+        m_lockOptions[1]->setEnabled(false);
+    }
+    auto read = [this](std::string_view name) { return m_store.readProfile(m_profile, name); };
+    const std::array<std::pair<QCheckBox*, std::string_view>, 9> checks{{
+        {m_chkPod, settings::kAsPod},
+        {m_chkPlayer, settings::kAsPlayer},
+        {m_chkMonster, settings::kAsMonster},
+        {m_chkChange, settings::kAsChange},
+        {m_chkExit, settings::kAsExit},
+        {m_chkFlat, settings::kFlat},
+        {m_chkSlide, settings::kSlide},
+        {m_chkAutosort, settings::kAutosort},
+        {m_chkBrowse, settings::kBrowse},
+    }};
+    for (const auto& [box, name] : checks)
+        box->setChecked(read(name) == "1");
+    m_chkConfigurator->setChecked(read(settings::kConfigurator) == "True");
+    const double lock = leadingNumber(read(settings::kLock)).value_or(0.0);
+    for (int i = 0; i < 4; ++i) {
+        if (lock == i)
+            m_lockOptions[static_cast<size_t>(i)]->setChecked(true);
+    }
+    m_browseDir->setText(fromGameText(read(settings::kBrowseDir)));
+    for (const std::string& dir : splitText(read(settings::kExtraDirs), settings::kListSeparator)) {
+        if (!dir.empty() && dir != settings::kDefaultExtraDirs)
+            m_extraDirs->addItem(fromGameText(dir));
+    }
+    updateBrowseEnabled();
+}
+
+void OptionsDialog::updateBrowseEnabled() {
+    const bool on = m_chkBrowse->isChecked();
+    m_browseDir->setEnabled(on);
+    m_cmdBrowseDir->setEnabled(on);
+}
+
+void OptionsDialog::confirmConfigurator(bool checked) {
+    if (!checked)
+        return;
+    const MessageAnswer answer = m_dialogs.message(
+        QStringLiteral("WARNING!"),
+        QStringLiteral("Enabling this option *will* cause Korvel to fail if the currently loaded game profile is not "
+                       "Monster Truck Madness 2! Are you sure you wish to enable it?"),
+        MessageIcon::Exclamation, MessageButtons::YesNo);
+    if (answer != MessageAnswer::Yes)
+        m_chkConfigurator->setChecked(false);
+}
+
+void OptionsDialog::addExtraDir() {
+    if (const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text())))
+        m_extraDirs->addItem(fromGameText(*folder));
+}
+
+void OptionsDialog::removeExtraDir() {
+    const int row = m_extraDirs->currentRow();
+    QListWidgetItem* item = m_extraDirs->currentItem();
+    if (row < 0 || !item || !item->isSelected())
+        return;
+    delete m_extraDirs->takeItem(row);
+    m_extraDirs->setFocus();
+    if (m_extraDirs->count() > 0)
+        m_extraDirs->setCurrentRow(std::min(row, m_extraDirs->count() - 1));
+}
+
+void OptionsDialog::showExtraDir() {
+    QListWidgetItem* item = m_extraDirs->currentItem();
+    if (!item || !item->isSelected())
+        return;
+    m_dialogs.message(QStringLiteral("Information"), item->text(), MessageIcon::Information);
+}
+
+void OptionsDialog::browseDir() {
+    if (const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text())))
+        m_browseDir->setText(fromGameText(*folder));
+}
+
+void OptionsDialog::focusPage(int index) {
+    QWidget* target = nullptr;
+    switch (index) {
+    case 0:
+        target = m_chkConfigurator;
+        break;
+    case 1:
+        target = m_chkPod;
+        break;
+    case 2:
+        target = m_lock->checkedButton() && m_lock->checkedButton()->isEnabled() ? m_lock->checkedButton()
+                                                                                 : m_lockOptions[0];
+        break;
+    case 3:
+        target = m_chkBrowse;
+        break;
+    default:
+        return;
+    }
+    target->setFocus(Qt::TabFocusReason);
+}
+
+void OptionsDialog::save() {
+    const std::string key = settings::profileKey(m_profile);
+    m_store.CreateKey(key);
+    auto flag = [](const QCheckBox* box) { return std::string(box->isChecked() ? "1" : "0"); };
+    m_store.WriteValue(key, std::string(settings::kAsPod), flag(m_chkPod));
+    m_store.WriteValue(key, std::string(settings::kAsPlayer), flag(m_chkPlayer));
+    m_store.WriteValue(key, std::string(settings::kAsMonster), flag(m_chkMonster));
+    m_store.WriteValue(key, std::string(settings::kAsChange), flag(m_chkChange));
+    m_store.WriteValue(key, std::string(settings::kAsExit), flag(m_chkExit));
+    m_store.WriteValue(key, std::string(settings::kFlat), flag(m_chkFlat));
+    m_store.WriteValue(key, std::string(settings::kSlide), flag(m_chkSlide));
+    m_store.WriteValue(key, std::string(settings::kConfigurator), m_chkConfigurator->isChecked() ? "True" : "False");
+    m_store.WriteValue(key, std::string(settings::kAutosort), flag(m_chkAutosort));
+    m_store.WriteValue(key, std::string(settings::kBrowse), flag(m_chkBrowse));
+    m_store.WriteValue(key, std::string(settings::kBrowseDir), toGameText(m_browseDir->text()));
+    std::vector<std::string> dirs;
+    for (int i = 0; i < m_extraDirs->count(); ++i)
+        dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
+    m_store.WriteValue(key, std::string(settings::kExtraDirs),
+                       dirs.empty() ? settings::kDefaultExtraDirs : joinText(dirs, settings::kListSeparator));
+    const int lock = m_lock->checkedId();
+    m_store.WriteValue(key, std::string(settings::kLock), std::to_string(lock < 0 ? 0 : lock));
+    emit saved();
+    accept();
+}
+
+} // namespace korvel

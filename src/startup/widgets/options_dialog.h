@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QDialog>
+
+#include <array>
+#include <string>
+
+class QButtonGroup;
+class QCheckBox;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QRadioButton;
+class QTabWidget;
+
+namespace korvel {
+
+class Dialogs;
+class SettingsStore;
+struct Session;
+
+// `frmOptions`: the loaded profile's preferences on four pages (General, Autosave, Lock, Paths).
+// The dialog works on its controls only; OK writes everything to the profile's key and announces
+// it with saved(), Cancel writes nothing.
+class OptionsDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    OptionsDialog(SettingsStore& store, const Session& session, Dialogs& dialogs, QWidget* parent = nullptr);
+
+    // OK: writes the values in their fixed order, then closes.
+    void save();
+    // The extra-folder list's buttons.
+    void addExtraDir();
+    void removeExtraDir();
+    void showExtraDir();
+    void browseDir();
+
+signals:
+    // Everything was written; the main window re-applies the button looks.
+    void saved();
+
+private:
+    QWidget* buildGeneral();
+    QWidget* buildAutosave();
+    QWidget* buildLock();
+    QWidget* buildPaths();
+    QCheckBox* check(const char* name, const QString& caption, QWidget* parent);
+    void load();
+    void confirmConfigurator(bool checked);
+    void updateBrowseEnabled();
+    void focusPage(int index);
+
+    SettingsStore& m_store;
+    std::string m_profile;
+    bool m_configurator;
+    Dialogs& m_dialogs;
+
+    QTabWidget* m_tabs = nullptr;
+    QCheckBox* m_chkConfigurator = nullptr;
+    QCheckBox* m_chkAutosort = nullptr;
+    QCheckBox* m_chkSlide = nullptr;
+    QCheckBox* m_chkFlat = nullptr;
+    QCheckBox* m_chkPod = nullptr;
+    QCheckBox* m_chkPlayer = nullptr;
+    QCheckBox* m_chkMonster = nullptr;
+    QCheckBox* m_chkChange = nullptr;
+    QCheckBox* m_chkExit = nullptr;
+    QButtonGroup* m_lock = nullptr;
+    std::array<QRadioButton*, 4> m_lockOptions{};
+    QCheckBox* m_chkBrowse = nullptr;
+    QLineEdit* m_browseDir = nullptr;
+    QPushButton* m_cmdBrowseDir = nullptr;
+    QListWidget* m_extraDirs = nullptr;
+};
+
+} // namespace korvel

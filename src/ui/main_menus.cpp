@@ -1,0 +1,58 @@
+#include "main_menus.h"
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+namespace korvel::ui {
+
+namespace {
+
+QAction* named(QAction* action, const char* name) {
+    action->setObjectName(QString::fromLatin1(name));
+    return action;
+}
+
+QMenu* namedMenu(QMenu* menu, const char* name) {
+    menu->setObjectName(QString::fromLatin1(name));
+    menu->menuAction()->setObjectName(QString::fromLatin1(name));
+    return menu;
+}
+
+} // namespace
+
+MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
+    QMenuBar* bar = window.menuBar();
+    bar->setObjectName(QStringLiteral("menuBar"));
+
+    m_file = namedMenu(bar->addMenu(QStringLiteral("&File")), "mnuFile");
+    m_switch = named(m_file->addAction(QStringLiteral("&Switch Game...")), "mnuSwitch");
+    m_associate = named(m_file->addAction(QStringLiteral("&Associate .POD Files with Korvel")), "mnuAssociate");
+    m_associate->setCheckable(true);
+    m_options = named(m_file->addAction(QStringLiteral("&Options...")), "mnuOptions");
+    m_file->addSeparator();
+    m_palette = named(m_file->addAction(QStringLiteral("&Palette Viewer...")), "mnuPalette");
+    m_mass = named(m_file->addAction(QStringLiteral("&Mass Extract...")), "mnuMass");
+    m_file->addSeparator();
+    m_exit = named(m_file->addAction(QStringLiteral("E&xit")), "mnuExit");
+
+    m_tracks = namedMenu(bar->addMenu(QStringLiteral("&Tracks")), "mnuTracks");
+    m_trackList = named(m_tracks->addAction(QStringLiteral("(no tracks available)")), "mnuTrackList");
+    m_trackList->setData(0);
+    m_tracksSep = named(m_tracks->addSeparator(), "mnuTracksSep1");
+    m_update = named(m_tracks->addAction(QStringLiteral("&Update Track List")), "mnuUpdate");
+
+    m_help = namedMenu(bar->addMenu(QStringLiteral("&Help")), "mnuHelp");
+    m_about = named(m_help->addAction(QStringLiteral("&About Korvel...")), "mnuAbout");
+
+    m_configurator = namedMenu(new QMenu(&window), "mnuConfigurator");
+    m_fixRegistry = named(m_configurator->addAction(QStringLiteral("&Fix Game Registry Entries")), "mnuFixRegistry");
+}
+
+void MainMenus::setTracksAvailable(bool available) {
+    m_tracks->menuAction()->setVisible(available);
+    m_tracks->setEnabled(available);
+}
+
+} // namespace korvel::ui

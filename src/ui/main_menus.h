@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QObject>
+
+class QAction;
+class QMainWindow;
+class QMenu;
+
+namespace korvel::ui {
+
+// The main window's menu bar: File (switch game, association, options, palette viewer, mass
+// extraction, exit), Tracks (the Configurator profile's downloadable tracks) and Help, plus the
+// Configurator pane's pop-up menu. Actions carry their control names as object names.
+class MainMenus : public QObject {
+    Q_OBJECT
+
+public:
+    explicit MainMenus(QMainWindow& window);
+
+    QMenu* fileMenu() const { return m_file; }
+    QMenu* tracksMenu() const { return m_tracks; }
+    QMenu* helpMenu() const { return m_help; }
+    QMenu* configuratorMenu() const { return m_configurator; }
+
+    QAction* switchGame() const { return m_switch; }
+    QAction* associate() const { return m_associate; }
+    QAction* options() const { return m_options; }
+    QAction* palette() const { return m_palette; }
+    QAction* mass() const { return m_mass; }
+    QAction* exit() const { return m_exit; }
+    QAction* about() const { return m_about; }
+    // Entry 0 of the track list, the separator below the list and the update entry.
+    QAction* trackListEntry() const { return m_trackList; }
+    QAction* tracksSeparator() const { return m_tracksSep; }
+    QAction* update() const { return m_update; }
+    QAction* fixRegistry() const { return m_fixRegistry; }
+
+    // The Tracks menu exists only for the Configurator profile.
+    void setTracksAvailable(bool available);
+
+private:
+    QMenu* m_file;
+    QMenu* m_tracks;
+    QMenu* m_help;
+    QMenu* m_configurator;
+    QAction* m_switch;
+    QAction* m_associate;
+    QAction* m_options;
+    QAction* m_palette;
+    QAction* m_mass;
+    QAction* m_exit;
+    QAction* m_about;
+    QAction* m_trackList;
+    QAction* m_tracksSep;
+    QAction* m_update;
+    QAction* m_fixRegistry;
+};
+
+} // namespace korvel::ui

@@ -1,0 +1,300 @@
+#include "main_window.h"
+
+#include "about_dialog.h"
+#include "app_info.h"
+#include "main_menus.h"
+#include "mode_status_bar.h"
+#include "pane_slider.h"
+#include "platform/game_text.h"
+#include "platform/services.h"
+#include "recent_archives.h"
+#include "startup/session.h"
+#include "startup/settings_names.h"
+#include "startup/settings_store.h"
+#include "startup/widgets/options_dialog.h"
+#include "widgets/gold_button.h"
+#include "widgets/twips.h"
+#include "window_hooks.h"
+#include "window_settings.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QDir>
+#include <QFrame>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMouseEvent>
+#include <QVBoxLayout>
+
+namespace korvel::ui {
+
+namespace {
+
+constexpr int kPaneAreaHeight = PaneSlider::kPaneHeight + PaneSlider::kShownTop; // the part of a pane on view
+
+// Menu entries of the panes whose captions show their keys.
+constexpr std::array<std::pair<const char*, const char*>, 7> kShortcutCaptions{{
+    {"mnuBottom", "Ctrl+B"},
+    {"mnuDelete", "Del"},
+    {"mnuDown", "Ctrl+D"},
+    {"mnuRefreshMounted", "F5"},
+    {"mnuRefreshUnmounted", "F5"},
+    {"mnuTop", "Ctrl+T"},
+    {"mnuUp", "Ctrl+U"},
+}};
+
+bool isOne(const QString& text) {
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    return ok && value == 1.0;
+}
+
+} // namespace
+
+MainWindow::MainWindow(Session& session, SettingsStore& store, Services& services, WindowHooks* hooks, QWidget* parent)
+    : QMainWindow(parent), m_session(session), m_store(store), m_services(services),
+      m_defaultHooks(std::make_unique<WindowHooks>()), m_hooks(hooks ? hooks : m_defaultHooks.get()),
+      m_settings(std::make_unique<WindowSettings>(store, session.currentGame)) {
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(applicationTitle());
+
+    m_menus = new MainMenus(*this);
+    auto* central = new QWidget(this);
+    central->setObjectName(QStringLiteral("clientArea"));
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_paneArea = new QWidget(central);
+    m_paneArea->setObjectName(QStringLiteral("paneArea"));
+    m_paneArea->setFixedSize(twipsToPixels(PaneSlider::kPaneWidth, this), twipsToPixels(kPaneAreaHeight, this));
+    m_statusBar = new ModeStatusBar(central);
+    layout->addWidget(m_paneArea);
+    layout->addWidget(m_statusBar);
+    setCentralWidget(central);
+
+    m_panes = {makePane("fraConfigure"), makePane("fraExtract"), makePane("fraMount")};
+    m_slider = new PaneSlider(m_panes[0], m_panes[1], m_panes[2], this);
+    for (QFrame* frame : m_panes)
+        frame->setEnabled(false);
+    placeOwnControls();
+    setFixedSize(twipsToPixels(PaneSlider::kPaneWidth, this),
+                 menuBar()->sizeHint().height() + m_paneArea->height() + m_statusBar->height());
+
+    connect(m_statusBar, &ModeStatusBar::modeChosen, this,
+            [this](Mode mode) { showMode(mode, m_settings->read(settings::kSlide)); });
+    connect(m_menus->switchGame(), &QAction::triggered, this, [this] { m_hooks->switchGame(); });
+    connect(m_menus->associate(), &QAction::triggered, this, &MainWindow::toggleAssociation);
+    connect(m_menus->options(), &QAction::triggered, this, &MainWindow::showOptions);
+    connect(m_menus->palette(), &QAction::triggered, this, [this] { m_hooks->showPaletteViewer(); });
+    connect(m_menus->mass(), &QAction::triggered, this, [this] { m_hooks->massExtract(); });
+    connect(m_menus->exit(), &QAction::triggered, this, &QWidget::close);
+    connect(m_menus->about(), &QAction::triggered, this, &MainWindow::showAbout);
+    connect(m_menus->update(), &QAction::triggered, this, [this] { m_hooks->updateTrackList(); });
+    connect(m_menus->fixRegistry(), &QAction::triggered, this, [this] { m_hooks->fixRegistry(); });
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::setHooks(WindowHooks* hooks) {
+    m_hooks = hooks ? hooks : m_defaultHooks.get();
+    m_recent->setHooks(*m_hooks);
+}
+
+QFrame* MainWindow::makePane(const char* name) {
+    auto* frame = new QFrame(m_paneArea);
+    frame->setObjectName(QString::fromLatin1(name));
+    frame->setFrameShape(QFrame::NoFrame);
+    frame->setAutoFillBackground(true);
+    frame->setMouseTracking(true);
+    frame->installEventFilter(this);
+    auto* layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(0, 0, 0, 0);
+    return frame;
+}
+
+void MainWindow::placeOwnControls() {
+    QFrame* mount = pane(Mode::Mounter);
+    m_play = new GoldButton(QStringLiteral("&Play MTM2"), mount);
+    m_play->setObjectName(QStringLiteral("cmdPlay"));
+    m_continue = new GoldButton(QStringLiteral("&Continue"), mount);
+    m_continue->setObjectName(QStringLiteral("cmdContinue"));
+    m_continue->setToolTip(QStringLiteral("Save the mounted PODs list without starting the game"));
+    m_quit = new GoldButton(QStringLiteral("&Quit"), mount);
+    m_quit->setObjectName(QStringLiteral("cmdQuit"));
+    m_play->setGeometry(twipsRect(2460, 5520, 1440, 375, this));
+    m_continue->setGeometry(twipsRect(3990, 5520, 1440, 375, this));
+    m_quit->setGeometry(twipsRect(5520, 5520, 1290, 375, this));
+    connect(m_play, &GoldButton::clicked, this, &MainWindow::playGame);
+    connect(m_continue, &GoldButton::clicked, this, &MainWindow::continueWithoutPlaying);
+    connect(m_quit, &GoldButton::clicked, this, &QWidget::close);
+
+    m_recent = new RecentArchives(m_services.files, *m_hooks, pane(Mode::Extractor));
+    m_recent->setGeometry(twipsRect(120, 5520, 6690, 375, this));
+}
+
+void MainWindow::installPane(Mode mode, QWidget* content) {
+    QFrame* frame = pane(mode);
+    frame->layout()->addWidget(content);
+    // The window's own controls in the pane stay above the content until the pane places them.
+    for (QWidget* own : {static_cast<QWidget*>(m_play), static_cast<QWidget*>(m_continue),
+                         static_cast<QWidget*>(m_quit), static_cast<QWidget*>(m_recent)}) {
+        if (own->parentWidget() == frame)
+            own->raise();
+    }
+}
+
+QFrame* MainWindow::pane(Mode mode) const {
+    return m_panes[static_cast<size_t>(mode)];
+}
+
+void MainWindow::open() {
+    const bool configurator = m_session.configurator;
+    if (!configurator) {
+        m_play->setText(QStringLiteral("&Play Game"));
+        m_statusBar->setConfiguratorAvailable(false);
+    }
+    m_menus->setTracksAvailable(configurator);
+    m_hooks->startBrowsingAtGameFolder();
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
+        m_slider->setTop(mode, m_slider->top(mode)); // every pane at left 0
+    m_settings->restorePosition(*this);
+    m_menus->associate()->setChecked(m_store.readProgram(settings::kAssociate) == "1");
+    appendShortcutCaptions();
+    m_hooks->prepareMenuCaptions();
+    m_hooks->prepareExtractionProgress();
+    m_hooks->loadGameLists();
+    m_statusBar->setPanelText(1, informationText(fromGameText(m_session.versionText)));
+    applyButtonLooks();
+    if (configurator)
+        m_hooks->loadConfiguratorSettings();
+    m_recent->setEntries(m_settings->recent());
+
+    if (m_session.hasOpenedArchive()) {
+        ShowExtractor(QStringLiteral("0"));
+        m_hooks->listArchive(m_session.openedFolder, m_session.openedFile);
+    } else if (const auto mode = m_settings->startMode(configurator)) {
+        showMode(*mode, QStringLiteral("0"));
+    }
+    m_hooks->restoreSplitter(m_settings->number(settings::kSlider));
+}
+
+void MainWindow::appendShortcutCaptions() {
+    const auto actions = findChildren<QAction*>();
+    for (const auto& [name, keys] : kShortcutCaptions) {
+        for (QAction* action : actions) {
+            if (action->objectName() == QLatin1String(name))
+                action->setText(action->text() + QLatin1Char('\t') + QLatin1String(keys));
+        }
+    }
+}
+
+void MainWindow::ShowMounter(const QString& slide) {
+    showMode(Mode::Mounter, slide);
+}
+
+void MainWindow::ShowExtractor(const QString& slide) {
+    showMode(Mode::Extractor, slide);
+}
+
+void MainWindow::ShowConfigurator(const QString& slide) {
+    showMode(Mode::Configurator, slide);
+}
+
+void MainWindow::showMode(Mode mode, const QString& slide) {
+    m_slider->bringUp(mode, isOne(slide));
+    setWindowTitle(applicationTitle() + QStringLiteral(" - ") + fromGameText(m_session.currentGame) +
+                   QStringLiteral(" - [") + modeName(mode) + QLatin1Char(']'));
+}
+
+std::optional<Mode> MainWindow::currentMode() const {
+    return m_slider->shownMode();
+}
+
+void MainWindow::applyButtonLooks() {
+    const QString flat = m_settings->read(settings::kFlat);
+    for (GoldButton* button : findChildren<GoldButton*>())
+        button->setFlatLook(flat);
+}
+
+bool MainWindow::reportFailure(const Status& status) {
+    if (status.ok())
+        return false;
+    m_services.dialogs.message(status.failure().title(), status.failure().message, MessageIcon::Critical);
+    return true;
+}
+
+void MainWindow::playGame() {
+    if (reportFailure(m_hooks->saveMountedListIfChanged()))
+        return;
+    const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
+    m_services.shell.launch(m_session.locationExe, workingFolder);
+}
+
+void MainWindow::continueWithoutPlaying() {
+    reportFailure(m_hooks->saveMountedListIfChanged());
+}
+
+void MainWindow::toggleAssociation() {
+    // The action has already flipped its check mark.
+    const bool associate = m_menus->associate()->isChecked();
+    m_store.writeProgram(settings::kAssociate, associate ? "1" : "0");
+    m_hooks->applyAssociation(associate);
+}
+
+QDialog* MainWindow::showOptions() {
+    auto* dialog = new OptionsDialog(m_store, m_session, m_services.dialogs, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &OptionsDialog::saved, this, &MainWindow::applyButtonLooks);
+    dialog->open();
+    return dialog;
+}
+
+QDialog* MainWindow::showAbout() {
+    auto* dialog = new AboutDialog(fromGameText(m_session.versionText), m_services.shell, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+    return dialog;
+}
+
+bool MainWindow::settleUnsavedMountedList() {
+    if (!m_hooks->mountedListChanged())
+        return true;
+    if (m_session.asPod == "1" && m_session.asExit == "1")
+        return !reportFailure(m_hooks->saveMountedList());
+    const MessageAnswer answer = m_services.dialogs.message(
+        QStringLiteral("Question"),
+        QStringLiteral("The list of mounted PODs has changed since it was last saved. Save it to POD.INI before "
+                       "Korvel exits?"),
+        MessageIcon::Question, MessageButtons::YesNoCancel);
+    if (answer == MessageAnswer::Yes)
+        return !reportFailure(m_hooks->saveMountedList());
+    return answer == MessageAnswer::No;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (m_hooks->archiveBusy() || !settleUnsavedMountedList()) {
+        event->ignore();
+        return;
+    }
+    m_settings->saveScreen(windowTitle());
+    m_settings->savePosition(*this);
+    m_settings->saveRecent(m_recent->entries());
+    event->accept();
+    emit closed();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    const bool onPane = std::find(m_panes.begin(), m_panes.end(), watched) != m_panes.end();
+    if (onPane && event->type() == QEvent::MouseMove) {
+        m_statusBar->resetHighlight();
+    } else if (watched == pane(Mode::Configurator) && event->type() == QEvent::MouseButtonRelease) {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        if (mouse->button() == Qt::RightButton) {
+            m_menus->configuratorMenu()->popup(mouse->globalPosition().toPoint());
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+} // namespace korvel::ui

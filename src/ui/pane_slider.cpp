@@ -1,0 +1,70 @@
+#include "pane_slider.h"
+
+#include "widgets/twips.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFrame>
+#include <QTimer>
+
+namespace korvel::ui {
+
+PaneSlider::PaneSlider(QFrame* configure, QFrame* extract, QFrame* mount, QObject* parent)
+    : QObject(parent), m_frames{configure, extract, mount} {
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
+        setTop(mode, kHiddenTop);
+}
+
+void PaneSlider::setTop(Mode mode, int twips) {
+    m_tops[index(mode)] = twips;
+    if (QFrame* pane = frame(mode))
+        pane->setGeometry(twipsRect(0, twips, kPaneWidth, kPaneHeight, pane));
+}
+
+std::optional<Mode> PaneSlider::shownMode() const {
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+        if (top(mode) == kShownTop)
+            return mode;
+    }
+    return std::nullopt;
+}
+
+void PaneSlider::letEventsThrough() {
+    if (m_stepPause <= 0) {
+        QCoreApplication::processEvents();
+        return;
+    }
+    QEventLoop loop;
+    QTimer::singleShot(m_stepPause, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+void PaneSlider::bringUp(Mode mode, bool slide) {
+    const QPointer<QFrame> pane = frame(mode);
+    if (!pane)
+        return;
+    pane->setEnabled(true);
+    pane->raise();
+    m_lastSteps = 0;
+    if (slide) {
+        // Events handled between steps may move this pane too (another mode chosen meanwhile); the
+        // top is read afresh at every step.
+        while (m_lastSteps < kMaxSteps && top(mode) < kShownTop) {
+            setTop(mode, top(mode) + kStep);
+            ++m_lastSteps;
+            letEventsThrough();
+            if (!pane)
+                return;
+        }
+    }
+    setTop(mode, kShownTop);
+    for (Mode other : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+        if (other == mode)
+            continue;
+        setTop(other, kHiddenTop);
+        if (QFrame* hidden = frame(other))
+            hidden->setEnabled(false);
+    }
+}
+
+} // namespace korvel::ui

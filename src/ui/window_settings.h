@@ -1,0 +1,52 @@
+#pragma once
+
+#include "window_mode.h"
+
+#include <QStringList>
+
+#include <optional>
+#include <string>
+
+class QWidget;
+
+namespace korvel {
+class SettingsStore;
+}
+
+namespace korvel::ui {
+
+// The main window's values in the profile's settings key: position, remembered mode, start-up
+// lock, sliding, button looks and the recent archives.
+class WindowSettings {
+public:
+    WindowSettings(SettingsStore& store, std::string profile) : m_store(store), m_profile(std::move(profile)) {}
+
+    QString read(std::string_view name) const;
+    void write(std::string_view name, const QString& text);
+    // A value read as a number the old way: its leading number, 0 when there is none.
+    double number(std::string_view name) const;
+
+    // Moves the window to "Left"/"Top" (twips).
+    void restorePosition(QWidget& window) const;
+    // Saves "Left"/"Top", but only while the window is neither minimised nor maximised.
+    void savePosition(const QWidget& window);
+
+    // The first mode from "Lock" and "Screen"; nullopt when neither chooses one.
+    std::optional<Mode> startMode(bool configurator) const;
+    static std::optional<Mode> startMode(double lock, const QString& screen, bool configurator);
+
+    // "Screen" is the character at position 10 of the window title (the one after "Korvel - ").
+    void saveScreen(const QString& title);
+
+    QStringList recent() const;
+    void saveRecent(const QStringList& entries);
+    // The stored form of a recent list: each entry preceded by "|", a lone "|" when empty.
+    static std::string recentText(const QStringList& entries);
+    static QStringList recentEntries(const std::string& text);
+
+private:
+    SettingsStore& m_store;
+    std::string m_profile;
+};
+
+} // namespace korvel::ui
