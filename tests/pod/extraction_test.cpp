@@ -1,0 +1,188 @@
+#include "pod/entry_path.h"
+#include "pod/extraction.h"
+
+#include "platform/dialogs.h"
+#include "pod_writer.h"
+#include "temp_game.h"
+
+#include <QDir>
+#include <QDirIterator>
+
+#include <gtest/gtest.h>
+
+using namespace korvel;
+using korvel::testing::PodWriter;
+using korvel::testing::TempDrive;
+
+namespace {
+
+const std::string kArchive = "C:\\Games\\MTM2\\TEST.POD";
+const std::string kOut = "C:\\Out";
+
+PodDirectory listed(TempDrive& drive, const std::string& bytes) {
+    drive.write(kArchive, bytes);
+    Result<PodDirectory> listing = ListPOD(drive.files(), kArchive);
+    EXPECT_TRUE(listing.ok()) << listing.failure().message.toStdString();
+    return listing.ok() ? *listing : PodDirectory{};
+}
+
+// Every file under the drive's root, as host paths relative to it.
+QStringList filesOnDrive(TempDrive& drive) {
+    QStringList found;
+    QDirIterator it(drive.root(), QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        found << QDir(drive.root()).relativeFilePath(it.next());
+    found.sort();
+    return found;
+}
+
+} // namespace
+
+TEST(EntryPath, rejectsNamesThatWouldLeaveTheDestination) {
+    for (const char* name :
+         {"..\\X.BIN", "A\\..\\..\\X.BIN", "../X.BIN", "A/../../X", "C:\\X.BIN", "C:X.BIN", "\\X.BIN", "/etc/passwd",
+          "\\\\server\\share\\X", "  ..\\X.BIN", "A\\...\\X", "X.BIN:s", "A\\\\B", "DIR\\", "", "   ", ". .\\X"}) {
+        EXPECT_FALSE(entryRelativePath(name).has_value()) << name;
+    }
+}
+
+TEST(EntryPath, keepsSubFoldersAndTrimsBlanks) {
+    EXPECT_EQ(entryRelativePath("ART\\TRUCK.RAW"), "ART\\TRUCK.RAW");
+    EXPECT_EQ(entryRelativePath("  lead.bin  "), "lead.bin");
+    EXPECT_EQ(entryRelativePath("a/b.bin"), "a\\b.bin");
+    EXPECT_EQ(entryRelativePath("..hidden.bin"), "..hidden.bin");
+    EXPECT_EQ(entryRelativePath(std::string(90, 'N')), std::string(80, 'N'));
+}
+
+TEST(Extraction, copiesSelectedEntriesBeneathTheDestinationAndSumsTheirSizes) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("A.BIN", "alpha").add("SUB\\B.BIN", "bravo!").add("C.BIN", std::string(3 << 20, 'c'));
+    PodDirectory listing = listed(drive, pod.pod1());
+    drive.write(kOut + "\\keep.txt", "x"); // the folder test finds an ordinary file
+    drive.makeFolder(kOut + "\\SUB");
+    drive.write(kOut + "\\SUB\\keep.txt", "x");
+    std::vector<std::tuple<int, int, std::string>> calls;
+    auto done = ExtractFiles(drive.files(), listing, {0, 1, 2}, kOut, {},
+                             [&](int k, int total, const std::string& name) { calls.emplace_back(k, total, name); });
+    ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
+    EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "alpha");
+    EXPECT_EQ(drive.read(kOut + "\\SUB\\B.BIN"), "bravo!");
+    EXPECT_EQ(drive.read(kOut + "\\C.BIN"), std::string(3 << 20, 'c'));
+    EXPECT_EQ(done->files, 3);
+    EXPECT_EQ(done->bytes, 11 + (3 << 20));
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[1], std::make_tuple(1, 3, std::string("SUB\\B.BIN")));
+    EXPECT_EQ(calls[3], std::make_tuple(3, 3, std::string()));
+    EXPECT_EQ(extractedSummaryText(ExtractSummary{3, 12345, 0.271}), "3 files (12,345 bytes) extracted in 0.27s!");
+}
+
+TEST(Extraction, overwritesInPlaceKeepingTheTailOfALongerFile) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("X.BIN", "0123456789");
+    PodDirectory listing = listed(drive, pod.pod1());
+    drive.write(kOut + "\\X.BIN", std::string(100, '.'));
+    ASSERT_TRUE(ExtractFiles(drive.files(), listing, {0}, kOut + "\\").ok());
+    EXPECT_EQ(drive.read(kOut + "\\X.BIN"), "0123456789" + std::string(90, '.'));
+
+    // The command line's semantics replace the file whole.
+    ASSERT_TRUE(ExtractFiles(drive.files(), listing, {0}, kOut, ExtractOptions{true, true}).ok());
+    EXPECT_EQ(drive.read(kOut + "\\X.BIN"), "0123456789");
+}
+
+TEST(Extraction, folderTestMakesOnlyOneLevelAndFailsOnAnEmptyExistingFolder) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("TOP.BIN", "t").add("DATA\\SUB\\X.BIN", "x");
+    PodDirectory listing = listed(drive, pod.pod1());
+
+    // An existing folder without ordinary files: the make-directory call fails on the first entry.
+    drive.makeFolder(kOut);
+    auto first = ExtractFiles(drive.files(), listing, {0}, kOut);
+    ASSERT_FALSE(first.ok());
+    EXPECT_EQ(first.failure().kind, FailureKind::UnexpectedError);
+    EXPECT_FALSE(drive.exists(kOut + "\\TOP.BIN"));
+
+    // DATA\SUB\ is made only when DATA\ exists.
+    drive.write(kOut + "\\seed.txt", "s");
+    auto nested = ExtractFiles(drive.files(), listing, {1}, kOut);
+    ASSERT_FALSE(nested.ok());
+    EXPECT_FALSE(drive.exists(kOut + "\\DATA"));
+    drive.makeFolder(kOut + "\\DATA");
+    ASSERT_TRUE(ExtractFiles(drive.files(), listing, {0, 1}, kOut).ok());
+    EXPECT_EQ(drive.read(kOut + "\\DATA\\SUB\\X.BIN"), "x");
+
+    // The command line makes every missing folder.
+    ASSERT_TRUE(ExtractFiles(drive.files(), listing, {1}, "C:\\Fresh\\Deep", ExtractOptions{true, true}).ok());
+    EXPECT_EQ(drive.read("C:\\Fresh\\Deep\\DATA\\SUB\\X.BIN"), "x");
+}
+
+TEST(Extraction, stopsAtTheFirstRowLyingBeyondTheArchive) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("A.BIN", "aaaa").add(PodWriter::Entry{"B.BIN", "bbbb", 4000, std::nullopt}).add("C.BIN", "cc");
+    PodDirectory listing = listed(drive, pod.pod1());
+    drive.write(kOut + "\\seed.txt", "s");
+    auto done = ExtractFiles(drive.files(), listing, allRows(listing), kOut);
+    ASSERT_FALSE(done.ok());
+    EXPECT_EQ(done.failure().kind, FailureKind::ReadError);
+    EXPECT_EQ(done.failure().message, corruptPodText());
+    EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "aaaa");
+    EXPECT_FALSE(drive.exists(kOut + "\\B.BIN"));
+    EXPECT_FALSE(drive.exists(kOut + "\\C.BIN"));
+}
+
+TEST(Extraction, refusesTraversalNamesAndWritesNothingOutsideTheDestination) {
+    for (const std::string bad : {"..\\EVIL.BIN", "SUB/../../EVIL.BIN", "C:\\EVIL.BIN", "\\EVIL.BIN"}) {
+        TempDrive drive;
+        PodWriter pod;
+        pod.add("GOOD.BIN", "g").add(bad, "evil").add("LATER.BIN", "l");
+        PodDirectory listing = listed(drive, pod.pod2());
+        drive.write("C:\\Dest\\SUB\\seed.txt", "s");
+        for (bool cli : {false, true}) {
+            const QStringList before = filesOnDrive(drive);
+            auto done =
+                ExtractFiles(drive.files(), listing, allRows(listing), "C:\\Dest\\SUB", ExtractOptions{cli, cli});
+            ASSERT_FALSE(done.ok()) << bad;
+            EXPECT_EQ(done.failure().message, corruptPodText()) << bad;
+            QStringList added = filesOnDrive(drive);
+            for (const QString& file : before)
+                added.removeAll(file);
+            EXPECT_TRUE(added.isEmpty() || added == QStringList{QStringLiteral("Dest/SUB/GOOD.BIN")})
+                << bad << " " << added.join(',').toStdString();
+        }
+    }
+}
+
+TEST(Extraction, writesNamesWithLeadingBlanksWithoutThem) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("  LEAD.BIN ", "x");
+    PodDirectory listing = listed(drive, pod.pod1());
+    ASSERT_TRUE(ExtractFiles(drive.files(), listing, {0}, "C:\\D", ExtractOptions{true, true}).ok());
+    EXPECT_EQ(drive.read("C:\\D\\LEAD.BIN"), "x");
+}
+
+TEST(MassExtract, extractsEveryArchiveIntoTheGameFolderAndStopsOnAMissingOne) {
+    TempDrive drive;
+    PodWriter one;
+    one.add("ART\\A.RAW", "first").add("SHARED.TXT", "one");
+    PodWriter two;
+    two.add("SHARED.TXT", "two");
+    drive.write("C:\\Game\\ONE.POD", one.pod1());
+    drive.write("C:\\Game\\TWO.POD", two.pod2());
+    drive.makeFolder("C:\\Game\\ART");
+    drive.write("C:\\Game\\ART\\seed", "s");
+    int listings = 0;
+    MassExtractHooks hooks;
+    hooks.listed = [&](const std::string&, const Result<PodDirectory>& listing) { listings += listing.ok(); };
+    ASSERT_TRUE(MassExtract(drive.files(), "C:\\Game", {"ONE.POD", "TWO.POD"}, {}, hooks).ok());
+    EXPECT_EQ(listings, 2);
+    EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "first");
+    EXPECT_EQ(drive.read("C:\\Game\\SHARED.TXT"), "two");
+
+    Status missing = MassExtract(drive.files(), "C:\\Game\\", {"GONE.POD"});
+    ASSERT_FALSE(missing.ok());
+    EXPECT_EQ(missing.failure().message, fileNotFoundText());
+}
