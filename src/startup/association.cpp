@@ -39,6 +39,15 @@ QString execArgument(const QString& path) {
     return quoted;
 }
 
+// Writes the file unless it already holds `bytes`; true when it was written.
+bool writeIfChanged(const QString& path, const QByteArray& bytes) {
+    QFile current(path);
+    if (current.open(QIODevice::ReadOnly) && current.readAll() == bytes)
+        return false;
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    return bool(writeFileAtomically(path, bytes));
+}
+
 } // namespace
 
 AssociationOptions AssociationOptions::forThisProgram() {
@@ -102,8 +111,8 @@ void FileAssociation::Register() {
                        "  </mime-type>\n"
                        "</mime-info>\n")
             .arg(QLatin1String(kMimeType), QLatin1String(kFileTypeName));
-    QDir().mkpath(QFileInfo(mimePackagePath()).absolutePath());
-    if (writeFileAtomically(mimePackagePath(), package.toUtf8()))
+    // Registering runs at every start: the desktop's databases are only rebuilt after a change.
+    if (writeIfChanged(mimePackagePath(), package.toUtf8()))
         runTool(QStringLiteral("update-mime-database"), dataHome() + QStringLiteral("/mime"));
     if (writeDesktopEntry(true))
         runTool(QStringLiteral("update-desktop-database"), dataHome() + QStringLiteral("/applications"));
@@ -129,8 +138,7 @@ bool FileAssociation::writeDesktopEntry(bool claimType) const {
                         .arg(execArgument(m_options.programPath));
     if (claimType)
         entry += QStringLiteral("MimeType=%1;\n").arg(QLatin1String(kMimeType));
-    QDir().mkpath(QFileInfo(desktopEntryPath()).absolutePath());
-    return bool(writeFileAtomically(desktopEntryPath(), entry.toUtf8()));
+    return writeIfChanged(desktopEntryPath(), entry.toUtf8());
 }
 
 void FileAssociation::runTool(const QString& tool, const QString& folder) const {

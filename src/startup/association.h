@@ -52,6 +52,7 @@ public:
 
 private:
     QString dataHome() const;
+    // True when the entry on disk changed.
     bool writeDesktopEntry(bool claimType) const;
     void runTool(const QString& tool, const QString& folder) const;
 
