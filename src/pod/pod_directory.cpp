@@ -44,7 +44,7 @@ Failure unreadable() {
 }
 
 // Reads `length` bytes at `offset`; bytes past the end of the file read as zeros.
-bool readAt(QFile& file, qint64 offset, qint64 length, std::string& out) {
+bool readAt(QIODevice& file, qint64 offset, qint64 length, std::string& out) {
     out.assign(static_cast<size_t>(length), '\0');
     if (!file.seek(offset))
         return offset >= file.size();
@@ -61,7 +61,7 @@ bool readAt(QFile& file, qint64 offset, qint64 length, std::string& out) {
 }
 
 struct Reader {
-    QFile& file;
+    QIODevice& file;
     PodDirectory& listing;
     qint32 sitSize = 0;
     qint32 sitStart = 0;
@@ -246,25 +246,28 @@ int classifyEntryName(const std::string& name) {
 }
 
 Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path) {
-    PodDirectory listing;
-    listing.folder = FolderOf(path);
-    listing.fileName = FileNameOf(path);
-
     const QString host = files.hostPath(path);
     QFile file(host);
     if (host.isEmpty() || !file.exists())
         return podRuntimeFailure(53);
     if (!file.open(QIODevice::ReadOnly))
         return podRuntimeFailure(70);
-    listing.archiveSize = file.size();
+    return listPodFrom(file, path);
+}
+
+Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {
+    PodDirectory listing;
+    listing.folder = FolderOf(path);
+    listing.fileName = FileNameOf(path);
+    listing.archiveSize = archive.size();
 
     std::string magic;
-    if (!readAt(file, 0, 4, magic))
+    if (!readAt(archive, 0, 4, magic))
         return podRuntimeFailure(75);
     listing.magic = magic;
     listing.pod2 = magic == "POD2";
 
-    Reader reader{file, listing};
+    Reader reader{archive, listing};
     if (auto failure = listing.pod2 ? reader.readPod2() : reader.readPod1())
         return *failure;
 

@@ -3,6 +3,7 @@
 #include "platform/file_services.h"
 #include "platform/result.h"
 
+#include <QIODevice>
 #include <QString>
 #include <QtGlobal>
 
@@ -53,6 +54,9 @@ QString unreadablePodText();
 // Lists the archive at `path` (a game path). Overflowing or impossible directories fail with a
 // ReadError carrying unreadablePodText(); other faults with the general unexpected-error report.
 Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path);
+
+// The same listing from an open, seekable device holding the archive (named `path`).
+Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path);
 
 // Classifies a trimmed, upper-cased entry name: 1 for a track-information file, 2 for a truck, 0 else.
 int classifyEntryName(const std::string& name);
