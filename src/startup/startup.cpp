@@ -10,9 +10,11 @@
 #include <QByteArray>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <optional>
 
 namespace korvel {
