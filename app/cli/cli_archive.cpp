@@ -12,6 +12,7 @@
 #include "pod/pod_directory.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -66,7 +67,11 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
     if (!parser.parse(QStringList{QStringLiteral("korvel-cli ") + command} + args))
         return usage(command, parser.errorText());
     if (parser.isSet(help)) {
-        out() << parser.helpText();
+        QString help = parser.helpText();
+        const QString program = QCoreApplication::arguments().value(0);
+        if (help.startsWith(QStringLiteral("Usage: ") + program))
+            help.replace(7, program.size(), QStringLiteral("korvel-cli ") + command);
+        out() << help;
         return kExitOk;
     }
     const qsizetype count = parser.positionalArguments().size();
