@@ -151,7 +151,16 @@ Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameF
                                       "would lose drivers. Nothing was written.")
                            .arg(fromGameText(path)));
     }
-    if (Status written = files.writeAll(path, playerProfileText(list)); !written)
+    // Whether a record has data lines depends on the record before it, so dropping a driver can
+    // leave a text that reads back differently; such a file is never written.
+    const std::string text = playerProfileText(list);
+    const DriverLoad check = parsePlayerProfile(text);
+    if (check.list.state != DriverList::State::Read || check.list.entries != list.entries) {
+        return refused(QStringLiteral("%1\n\nWithout the removed drivers the remaining ones could not be read back "
+                                      "from the file. Nothing was written.")
+                           .arg(fromGameText(path)));
+    }
+    if (Status written = files.writeAll(path, text); !written)
         return written.failure();
     return LoadDrivers(files, gameFolder);
 }

@@ -198,3 +198,19 @@ TEST(PlayerProfileFile, killedWhileSavingLeavesTheOldOrTheNewFile) {
     EXPECT_GT(seen[0], 0);
     EXPECT_GT(seen[1], 0);
 }
+
+TEST(PlayerProfileFile, refusesARemovalAfterWhichTheRestWouldReadDifferently) {
+    TempDrive drive;
+    // Bob has no data lines because Alice's last line names a track; without Alice, Bob would be
+    // the first record and his lines would be taken for data lines.
+    const std::string text =
+        file({"Alice\r\nfav.TRK\r\n1\r\n2\r\n3\r\n4\r\nlast.trk\r\n", "Bob\r\n1\r\n2\r\n3\r\n4\r\n5\r\n"});
+    drive.write(kPro, text);
+    DriverList list = LoadDrivers(drive.files(), kFolder).list;
+    ASSERT_EQ(list.count(), 2);
+    RemoveSelectedDriver(list, {true});
+    const Result<DriverLoad> saved = SaveDrivers(drive.files(), kFolder, list);
+    ASSERT_FALSE(saved.ok());
+    EXPECT_TRUE(saved.failure().message.contains(QStringLiteral("Nothing was written")));
+    EXPECT_EQ(drive.read(kPro), text);
+}
