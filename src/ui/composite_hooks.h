@@ -13,12 +13,24 @@ class CompositeHooks : public WindowHooks {
 public:
     void add(WindowHooks* part) { m_parts.push_back(part); }
 
-    void startBrowsingAtGameFolder() override { each([](WindowHooks& h) { h.startBrowsingAtGameFolder(); }); }
-    void prepareMenuCaptions() override { each([](WindowHooks& h) { h.prepareMenuCaptions(); }); }
-    void prepareExtractionProgress() override { each([](WindowHooks& h) { h.prepareExtractionProgress(); }); }
-    void loadGameLists() override { each([](WindowHooks& h) { h.loadGameLists(); }); }
-    void loadConfiguratorSettings() override { each([](WindowHooks& h) { h.loadConfiguratorSettings(); }); }
-    void restoreSplitter(double top) override { each([top](WindowHooks& h) { h.restoreSplitter(top); }); }
+    void startBrowsingAtGameFolder() override {
+        each([](WindowHooks& h) { h.startBrowsingAtGameFolder(); });
+    }
+    void prepareMenuCaptions() override {
+        each([](WindowHooks& h) { h.prepareMenuCaptions(); });
+    }
+    void prepareExtractionProgress() override {
+        each([](WindowHooks& h) { h.prepareExtractionProgress(); });
+    }
+    void loadGameLists() override {
+        each([](WindowHooks& h) { h.loadGameLists(); });
+    }
+    void loadConfiguratorSettings() override {
+        each([](WindowHooks& h) { h.loadConfiguratorSettings(); });
+    }
+    void restoreSplitter(double top) override {
+        each([top](WindowHooks& h) { h.restoreSplitter(top); });
+    }
     void listArchive(const std::string& folder, const std::string& file) override {
         each([&](WindowHooks& h) { h.listArchive(folder, file); });
     }
@@ -29,7 +41,9 @@ public:
         }
         return {};
     }
-    bool archiveBusy() const override { return any([](const WindowHooks& h) { return h.archiveBusy(); }); }
+    bool archiveBusy() const override {
+        return any([](const WindowHooks& h) { return h.archiveBusy(); });
+    }
     bool mountedListChanged() const override {
         return any([](const WindowHooks& h) { return h.mountedListChanged(); });
     }
@@ -47,12 +61,24 @@ public:
         }
         return {};
     }
-    void switchGame() override { each([](WindowHooks& h) { h.switchGame(); }); }
-    void applyAssociation(bool associate) override { each([=](WindowHooks& h) { h.applyAssociation(associate); }); }
-    void showPaletteViewer() override { each([](WindowHooks& h) { h.showPaletteViewer(); }); }
-    void massExtract() override { each([](WindowHooks& h) { h.massExtract(); }); }
-    void updateTrackList() override { each([](WindowHooks& h) { h.updateTrackList(); }); }
-    void fixRegistry() override { each([](WindowHooks& h) { h.fixRegistry(); }); }
+    void switchGame() override {
+        each([](WindowHooks& h) { h.switchGame(); });
+    }
+    void applyAssociation(bool associate) override {
+        each([=](WindowHooks& h) { h.applyAssociation(associate); });
+    }
+    void showPaletteViewer() override {
+        each([](WindowHooks& h) { h.showPaletteViewer(); });
+    }
+    void massExtract() override {
+        each([](WindowHooks& h) { h.massExtract(); });
+    }
+    void updateTrackList() override {
+        each([](WindowHooks& h) { h.updateTrackList(); });
+    }
+    void fixRegistry() override {
+        each([](WindowHooks& h) { h.fixRegistry(); });
+    }
 
 private:
     template <typename F> void each(F&& call) {

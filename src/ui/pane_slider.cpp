@@ -57,7 +57,10 @@ void PaneSlider::bringUp(Mode mode, bool slide) {
                 return;
         }
     }
+    // A mode chosen during the slide may have disabled this pane meanwhile; the last one placed wins.
     setTop(mode, kShownTop);
+    pane->setEnabled(true);
+    pane->raise();
     for (Mode other : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
         if (other == mode)
             continue;
