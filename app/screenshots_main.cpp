@@ -84,7 +84,8 @@ int main(int argc, char** argv) {
         if (mode == Mode::Configurator && !session->configurator)
             continue;
         window.showMode(mode, QStringLiteral("0"));
-        hover(*window.modeStatusBar(), mode);
+        if (mode != Mode::Mounter) // the Mounter's picture keeps the information text
+            hover(*window.modeStatusBar(), mode);
         ok = save(window, folder, QStringLiteral("main-") + QLatin1String(name)) && ok;
     }
 

@@ -47,6 +47,7 @@ AboutDialog::AboutDialog(const QString& versionText, Shell& shell, QWidget* pare
                                   "donation through the web site."),
                    this);
     blurb->setWordWrap(true);
+    blurb->setFixedWidth(twipsToPixels(5000, this));
     const QString mail = supportAddress();
     auto* web = linkLabel(QStringLiteral("Web: "), webAddress(), webAddress(), "lblWeb", this);
     auto* email = linkLabel(QStringLiteral("Mail: "), QStringLiteral("mailto:") + mail, mail, "lblMail", this);
@@ -69,7 +70,7 @@ AboutDialog::AboutDialog(const QString& versionText, Shell& shell, QWidget* pare
     layout->addWidget(email);
     layout->addSpacing(twipsToPixels(120, this));
     layout->addWidget(ok, 0, Qt::AlignRight);
-    setFixedWidth(twipsToPixels(5400, this));
+    layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
 } // namespace korvel::ui
