@@ -84,9 +84,3 @@ TEST(TrackTools, writesTheFixedByteWhenTheMarkerIsAbsentAfterTheEntry) {
     EXPECT_EQ(drive.read(kArchive)[16], '3');
     EXPECT_EQ(drive.read(kArchive).size(), before.size());
 }
-
-TEST(TrackTools, namesTheFiveRaceTypes) {
-    EXPECT_EQ(raceTypeFromName("drag"), RaceType::Drag);
-    EXPECT_EQ(raceTypeFromName("bomb-tag"), RaceType::BombTag);
-    EXPECT_EQ(raceTypeFromName("Rally"), std::nullopt);
-}

@@ -182,61 +182,34 @@ TEST(PodDirectory, reportsAMissingArchiveAsAnUnexpectedError) {
 
 TEST(PodClassification, followsTheTypeAndEditorTable) {
     TempDrive drive;
+    const std::string rally1 = trackInfoText(18, "3", "Traxxville USA");
     struct Case {
-        std::vector<std::string> names;
+        std::vector<std::pair<std::string, std::string>> entries;
         bool pod2;
         std::string type;
         std::string editor;
     };
     const std::vector<Case> cases = {
-        {{"A.TRK", "B.TRK"}, false, "Truck", "TrackEd"},        {{"A.TXT"}, false, "Other", "Unknown"},
-        {{"A.SIT", "B.TRK"}, true, "Merged (POD2)", "PODMate"}, {{"A.SIT", "B.SIT"}, false, "Merged", "PODMate"},
-        {{"map.sit  ", "X.RAW"}, false, "Drag", "TrackEd"},     {{"truck.trk "}, false, "Truck", "TrackEd"},
+        {{{"A.TRK", ""}, {"B.TRK", ""}}, false, "Truck", "TrackEd"},
+        {{{"A.TXT", "x"}}, false, "Other", "Unknown"},
+        {{{"A.SIT", trackInfoText(12, "1")}, {"B.TRK", ""}}, true, "Merged (POD2)", "PODMate"},
+        {{{"A.SIT", rally1}, {"B.SIT", rally1}}, false, "Merged", "PODMate"},
+        {{{"map.sit  ", trackInfoText(18, "1")}, {"truck.trk ", ""}}, false, "Merged", "PODMate"},
+        {{{"T.SIT", rally1}, {"X.RAW", ""}}, false, "Rally", "Traxx"},
+        {{{"T.SIT", trackInfoText(18, "5", "traxxville usa")}}, false, "Bomb Tag", "TrackEd"},
+        {{{"T.SIT", trackInfoText(12, "7", "Traxxville USA")}}, true, "Unknown (POD2)", "TrackEd"},
+        {{{"T.SIT", trackInfoText(12, "2")}}, true, "Circuit (POD2)", "TrackEd"},
+        {{{"T.SIT", trackInfoText(18, "2") + "\r\n"}}, true, "Unknown (POD2)", "TrackEd"},
     };
-    for (const Case& c : cases) {
+    for (size_t i = 0; i < cases.size(); ++i) {
         PodWriter pod;
-        for (const std::string& name : c.names)
-            pod.add(name, name.find(".s") != std::string::npos || name.find(".S") != std::string::npos
-                              ? trackInfoText(c.pod2 ? 12 : 18, "1")
-                              : "data");
-        auto listing = listBytes(drive, c.pod2 ? pod.pod2() : pod.pod1());
-        ASSERT_TRUE(listing.ok()) << c.names.front();
-        EXPECT_EQ(listing->typeText, c.type) << c.names.front();
-        EXPECT_EQ(listing->editorText, c.editor) << c.names.front();
+        for (const auto& [name, data] : cases[i].entries)
+            pod.add(name, data);
+        auto listing = listBytes(drive, cases[i].pod2 ? pod.pod2() : pod.pod1());
+        ASSERT_TRUE(listing.ok()) << "case " << i << ": " << listing.failure().message.toStdString();
+        EXPECT_EQ(listing->typeText, cases[i].type) << "case " << i;
+        EXPECT_EQ(listing->editorText, cases[i].editor) << "case " << i;
     }
-}
-
-TEST(PodClassification, readsTraxxAndTheRaceTypeFromPod1TrackInformation) {
-    TempDrive drive;
-    PodWriter traxx;
-    traxx.add("T.SIT", trackInfoText(18, "3", "Traxxville USA"));
-    auto listing = listBytes(drive, traxx.pod1());
-    ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->editorText, "Traxx");
-    EXPECT_EQ(listing->typeText, "Rally");
-
-    PodWriter lower;
-    lower.add("T.SIT", trackInfoText(18, "5", "traxxville usa"));
-    listing = listBytes(drive, lower.pod1());
-    ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->editorText, "TrackEd");
-    EXPECT_EQ(listing->typeText, "Bomb Tag");
-}
-
-TEST(PodClassification, readsPod2RaceTypeFromLineTwelve) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.add("T.SIT", trackInfoText(12, "7", "Traxxville USA"));
-    auto listing = listBytes(drive, pod.pod2());
-    ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->typeText, "Unknown (POD2)");
-    EXPECT_EQ(listing->editorText, "TrackEd");
-
-    PodWriter circuit;
-    circuit.add("T.SIT", trackInfoText(12, "2"));
-    listing = listBytes(drive, circuit.pod2());
-    ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->typeText, "Circuit (POD2)");
 }
 
 TEST(PodClassification, leavesBothBoxesEmptyWhenTheTrackInformationHasNoSizeOrStart) {
