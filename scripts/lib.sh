@@ -30,3 +30,21 @@ korvel_build() {
     cmake -S "$KORVEL_ROOT" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORVEL_WERROR=$werror "$@" >/dev/null
     cmake --build "$dir" -j "$(nproc)"
 }
+
+# korvel_step NAME COMMAND...: runs the command and prints how long it took.
+korvel_step() {
+    local name=$1 started=$SECONDS status=0
+    shift
+    echo "== $name"
+    "$@" || status=$?
+    echo "== $name: $((SECONDS - started)) s$([ $status = 0 ] || echo ", failed ($status)")"
+    return $status
+}
+
+# True when a window can be shown: an X or Wayland display is set and answers.
+korvel_has_display() {
+    [ -n "${WAYLAND_DISPLAY:-}" ] && return 0
+    [ -n "${DISPLAY:-}" ] || return 1
+    command -v xdpyinfo >/dev/null 2>&1 || return 0
+    xdpyinfo >/dev/null 2>&1
+}
