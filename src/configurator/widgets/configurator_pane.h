@@ -1,0 +1,116 @@
+#pragma once
+
+#include "configurator/monster_ini.h"
+#include "configurator/player_profile.h"
+#include "platform/result.h"
+#include "ui/window_hooks.h"
+
+#include <QWidget>
+
+#include <array>
+#include <functional>
+
+class QAbstractButton;
+class QCheckBox;
+class QGroupBox;
+class QLineEdit;
+class QPlainTextEdit;
+class QRadioButton;
+class QTreeWidget;
+
+namespace korvel {
+
+struct Services;
+struct Session;
+class SettingsStore;
+
+// The Configurator pane (`fraConfigure`'s contents) of the Monster Truck Madness 2 profile: the
+// three game settings of system\monster.ini, the drivers of player.pro, and the button that opens
+// the add-on tracks' web site.
+//
+// The pane only wires its controls to the configurator cores; every rule about the two files lives
+// there. It also answers the main window's hooks it owns: the player profile at opening, monster.ini
+// after it, and the game registry repair of the pane's pop-up menu.
+//
+// Changes save themselves (monster.ini after a click on a setting, player.pro after a removal) only
+// once the window has finished opening, and only when the profile's autosave settings ask for it.
+// No caption of the pane carries a race-type suffix: the race type is shown by the Tracks menu.
+class ConfiguratorPane : public QWidget, public ui::WindowHooks {
+    Q_OBJECT
+
+public:
+    // Makes the pane's push buttons, so the window can give them its own skinned look.
+    using ButtonMaker = std::function<QAbstractButton*(const QString& caption, QWidget* parent)>;
+
+    ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr,
+                     ButtonMaker makeButton = {});
+    ~ConfiguratorPane() override;
+
+    // The address `cmdDownload` opens in the browser; the button is disabled while there is none.
+    void setDownloadAddress(const QString& address);
+
+    // The window has finished opening: from now on changes save as the autosave settings say.
+    // Happens by itself when the pane is first shown in a visible window.
+    void finishOpening() { m_opened = true; }
+    bool hasFinishedOpening() const { return m_opened; }
+
+    // monster.ini: loads the controls from the file, and writes the file from the controls. A
+    // failure is shown to the user and leaves the file as it was.
+    bool LoadMonsterIni();
+    bool SaveMonsterIni();
+    // The settings as the controls hold them now.
+    MonsterSettings monsterSettings() const;
+
+    // player.pro: reads the drivers into `lstDrivers`, removes the selected ones, writes the file.
+    bool LoadDrivers();
+    int RemoveSelectedDriver();
+    bool SaveDrivers();
+    const DriverList& drivers() const { return m_drivers; }
+
+    // `cmdSave`: monster.ini, then player.pro; stops at the first failure.
+    bool save();
+
+    // `cmdCustom`: asks for a language file and selects it as the custom choice.
+    void chooseCustomFile();
+
+    // The main window's hooks.
+    void loadGameLists() override { LoadDrivers(); }
+    void loadConfiguratorSettings() override { LoadMonsterIni(); }
+    void fixRegistry() override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildControls(const ButtonMaker& makeButton);
+    void localizationClicked(int index);
+    void selectLocalization(int index);
+    void settingChanged();
+    void showSelectedDriver();
+    void fillDriverList();
+    bool report(const Failure& failure);
+
+    Session& m_session;
+    SettingsStore& m_store;
+    Services& m_services;
+    bool m_opened = false;
+    DriverList m_drivers;
+    QString m_downloadAddress;
+
+    QGroupBox* m_settingsFrame = nullptr;
+    QCheckBox* m_track = nullptr;
+    QCheckBox* m_sounds = nullptr;
+    std::array<QRadioButton*, 4> m_localization{};
+    QLineEdit* m_custom = nullptr;
+    QAbstractButton* m_browse = nullptr;
+    QGroupBox* m_driversFrame = nullptr;
+    QTreeWidget* m_driverList = nullptr;
+    QPlainTextEdit* m_information = nullptr;
+    QAbstractButton* m_remove = nullptr;
+    QAbstractButton* m_undo = nullptr;
+    QAbstractButton* m_download = nullptr;
+    QAbstractButton* m_save = nullptr;
+};
+
+} // namespace korvel
