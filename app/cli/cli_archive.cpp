@@ -91,6 +91,17 @@ QString text(const std::string& gameText) {
     return fromGameText(gameText);
 }
 
+// Appends game text as UTF-8; plain ASCII is copied as it stands.
+void appendUtf8(std::string& out, const std::string& gameText) {
+    for (char c : gameText) {
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            out += fromGameText(gameText).toStdString();
+            return;
+        }
+    }
+    out += gameText;
+}
+
 const PodEntry* findEntry(const PodDirectory& listing, const QString& name) {
     const std::string wanted = trimBlanks(toGameText(name));
     for (const PodEntry& entry : listing.entries)
@@ -146,10 +157,16 @@ int runList(const QStringList& args) {
     lines += QStringLiteral("Editor Used: ") + text(listing->editorText) + QLatin1Char('\n');
     lines += QStringLiteral("Total Files: ") + text(listing->totalText()) + QStringLiteral("\n\n");
     out() << lines;
+    // One buffer for every row: listings run to a hundred thousand rows.
+    std::string table;
+    table.reserve(rows.size() * 48);
     for (const PodEntry* entry : rows) {
-        out() << text(entry->name) << '\t' << AddCommas(entry->size).c_str() << '\t' << AddCommas(entry->start).c_str()
-              << '\t' << AddCommas(entry->end).c_str() << '\n';
+        appendUtf8(table, entry->name);
+        table += '\t' + AddCommas(entry->size) + '\t' + AddCommas(entry->start) + '\t' + AddCommas(entry->end) + '\n';
     }
+    out().flush();
+    std::fwrite(table.data(), 1, table.size(), stdout);
+    std::fflush(stdout);
     return kExitOk;
 }
 
