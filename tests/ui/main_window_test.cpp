@@ -340,3 +340,19 @@ TEST(MainWindowMenus, associationEntryTogglesTheStoredChoice) {
     EXPECT_EQ(f.store.readProgram(settings::kAssociate), "0");
     EXPECT_EQ(f.hooks.association, (std::vector<bool>{true, false}));
 }
+
+TEST(MainWindowMenus, rightClickOnTheConfiguratorPaneOpensItsMenuAndExitCloses) {
+    korvel::testing::WindowFixture f;
+    auto& window = f.open();
+    window.ShowConfigurator("0");
+    QFrame* pane = window.pane(Mode::Configurator);
+    QTest::mouseClick(pane, Qt::RightButton, Qt::NoModifier, QPoint(30, 30));
+    QMenu* menu = window.menus().configuratorMenu();
+    EXPECT_EQ(menu->objectName(), "mnuConfigurator");
+    EXPECT_TRUE(menu->isVisible());
+    menu->hide();
+
+    window.menus().exit()->trigger();
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(f.get(settings::kScreen), "M");
+}
