@@ -1,5 +1,7 @@
 #include "pod_ini.h"
 
+#include "path_cache.h"
+
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -76,11 +78,12 @@ std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std
                                             const std::vector<std::string>& entries) {
     std::vector<MountedEntry> rows;
     rows.reserve(entries.size());
+    PathCache cache(files, shortGameFolder);
     for (const std::string& line : entries) {
         MountedEntry row;
-        row.path = ShortPath(files, shortGameFolder, line, false);
+        row.path = cache.shortPath(line);
         row.text = ArchiveDisplayName(row.path);
-        row.status = std::string(archiveEntryExists(files, gameFolder, line) ? kStatusMounted : kStatusNotFound);
+        row.status = std::string(cache.entryExists(gameFolder, line) ? kStatusMounted : kStatusNotFound);
         rows.push_back(std::move(row));
     }
     return rows;

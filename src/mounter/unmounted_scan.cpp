@@ -1,5 +1,6 @@
 #include "unmounted_scan.h"
 
+#include "path_cache.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -19,7 +20,7 @@ bool hasPodSuffix(std::string_view name) {
 class Collector {
 public:
     Collector(const FileServices& files, const ScanInputs& inputs, const PathKeySet& mounted)
-        : m_files(files), m_inputs(inputs), m_mounted(mounted) {}
+        : m_files(files), m_mounted(mounted), m_paths(files, inputs.shortGameFolder) {}
 
     // Every name of `folder`\*.pod; `prefix` turns a name into the candidate path.
     void scan(const std::string& folder, const std::string& prefix) {
@@ -35,7 +36,7 @@ public:
 private:
     void add(const std::string& candidate) {
         MountedEntry row;
-        row.path = ShortPath(m_files, m_inputs.shortGameFolder, candidate, false);
+        row.path = m_paths.shortPath(candidate);
         if (m_mounted.count(upperGame(row.path)))
             return;
         row.text = ArchiveDisplayName(row.path);
@@ -44,8 +45,8 @@ private:
     }
 
     const FileServices& m_files;
-    const ScanInputs& m_inputs;
     const PathKeySet& m_mounted;
+    PathCache m_paths;
     std::vector<MountedEntry> m_rows;
 };
 
