@@ -17,15 +17,15 @@ done
 
 out=$corpus/out
 timing=$(mktemp)
-trap 'rm -rf "$out" "$timing"' EXIT
+peakfile=$(mktemp)
+trap 'rm -rf "$out" "$timing" "$peakfile"' EXIT
 
 # median RUNS CMD...: median wall time in ms of RUNS runs (output folder emptied before each run);
-# leaves the largest peak RSS (KiB) in $peak.
+# leaves the largest peak RSS (KiB) in $peakfile (read it with peak_mib).
 median() {
     local runs=$1
     shift
-    local times=() start end
-    peak=0
+    local times=() start end peak=0
     for ((i = 0; i < runs; i++)); do
         rm -rf "$out" && mkdir -p "$out"
         sync
@@ -37,6 +37,7 @@ median() {
         rss=$(tail -n 1 "$timing")
         ((rss > peak)) && peak=$rss
     done
+    echo "$peak" >"$peakfile"
     local sorted
     sorted=$(printf '%s\n' "${times[@]}" | sort -n)
     local middle
@@ -45,15 +46,15 @@ median() {
 }
 
 mib() { awk -v k="$1" 'BEGIN { printf "%.1f", k / 1024 }'; }
+peak_mib() { mib "$(cat "$peakfile")"; }
 
 echo
 echo "| Corpus | Task | korvel-cli ms | cp -r ms | read limit ms | bsdtar ms | unzip ms | korvel-cli peak MiB |"
 echo "|---|---|---|---|---|---|---|---|"
-start_ms=$(median 9 "$cli" --version)
-echo "| - | process start (korvel-cli --version) | $start_ms | | | | | $(mib "$peak") |"
+start_ms=$(median 5 "$cli" --version)
+echo "| - | process start (korvel-cli --version) | $start_ms | | | | | $(peak_mib) |"
 for name in many typical big; do
-    runs=5
-    [ "$name" = big ] && runs=3
+    runs=3
     archive=$corpus/$name.pod
     size=$(stat -c %s "$archive")
     if [ "$name" = many ]; then
@@ -66,20 +67,20 @@ for name in many typical big; do
         read_label="$read_ms (cat)"
     fi
     list_ms=$(median "$runs" "$cli" list "$archive")
-    list_peak=$peak
+    list_peak=$(peak_mib)
     tar_list=$(median "$runs" bsdtar -tf "$corpus/$name.tar")
     zip_list=$(median "$runs" unzip -l "$corpus/$name.zip")
-    echo "| $name | list | $list_ms | | $read_label | $tar_list | $zip_list | $(mib "$list_peak") |"
+    echo "| $name | list | $list_ms | | $read_label | $tar_list | $zip_list | $list_peak |"
 
     extract_ms=$(median "$runs" "$cli" extract "$archive" --to "$out")
-    extract_peak=$peak
+    extract_peak=$(peak_mib)
     cp_ms=$(median "$runs" cp -r "$corpus/tree/$name" "$out/copy")
     cat_ms=$(median "$runs" cat "$archive")
     tar_ms=$(median "$runs" bsdtar -xf "$corpus/$name.tar" -C "$out")
     zip_ms=$(median "$runs" unzip -q -o "$corpus/$name.zip" -d "$out")
-    echo "| $name ($(mib $((size / 1024))) MiB) | extract | $extract_ms | $cp_ms | $cat_ms (cat) | $tar_ms | $zip_ms | $(mib "$extract_peak") |"
+    echo "| $name ($(mib $((size / 1024))) MiB) | extract | $extract_ms | $cp_ms | $cat_ms (cat) | $tar_ms | $zip_ms | $extract_peak |"
 done
 cp "$corpus/big.pod" "$corpus/big-patch.pod"
-patch_ms=$(median 9 "$cli" compatiblize "$corpus/big-patch.pod" TRUCK00.TRK)
-echo "| big | compatiblize (whole command) | $patch_ms | | | | | $(mib "$peak") |"
+patch_ms=$(median 5 "$cli" compatiblize "$corpus/big-patch.pod" TRUCK00.TRK)
+echo "| big | compatiblize (whole command) | $patch_ms | | | | | $(peak_mib) |"
 rm -f "$corpus/big-patch.pod"
