@@ -83,90 +83,60 @@ protected:
 
 } // namespace
 
-TEST_F(ConfiguratorCli, monsterPrintsAndChangesTheThreeSettings) {
-    CliRun shown = run({"monster", "--game", game()});
-    ASSERT_EQ(shown.status, 0) << shown.err.toStdString();
-    EXPECT_EQ(shown.out, "hidden-track: off\nhorn: on\nlanguage: standard (UI\\MTM2.loc)\n");
-
-    CliRun changed =
-        run({"monster", "--game", game(), "--hidden-track", "on", "--horn", "off", "--language", "pig", "--json"});
+TEST_F(ConfiguratorCli, monsterPrintsChangesAndRefuses) {
+    EXPECT_EQ(run({"monster", "--game", game()}).out,
+              "hidden-track: off\nhorn: on\nlanguage: standard (UI\\MTM2.loc)\n");
+    write("Game/UI/french.loc", "x"); // a file inside the game folder is stored relative to it
+    CliRun changed = run({"monster", "--game", game(), "--hidden-track", "on", "--horn", "off", "--language",
+                          game() + "/UI/french.loc", "--json"});
     ASSERT_EQ(changed.status, 0) << changed.err.toStdString();
-    const QJsonObject json = QJsonDocument::fromJson(changed.out.toUtf8()).object();
-    EXPECT_EQ(json.value("hiddenTrack").toBool(), true);
-    EXPECT_EQ(json.value("horn").toBool(), false);
-    EXPECT_EQ(json.value("language").toInt(), 3);
-    EXPECT_EQ(json.value("custom").toString(), "UI\\MTM2-pig.loc");
+    EXPECT_EQ(QJsonDocument::fromJson(changed.out.toUtf8()).object(),
+              (QJsonObject{{"hiddenTrack", true}, {"horn", false}, {"language", 4}, {"custom", "UI\\french.loc"}}));
     EXPECT_EQ(read("Game/system/monster.ini"), "; settings\r\nshowHiddenTrack=666\r\nkookyHornFlag=0\r\n"
-                                               "gLocalizationFile=UI\\MTM2-pig.loc\r\ngDetail=3");
+                                               "gLocalizationFile=UI\\french.loc\r\ngDetail=3");
 
-    // A language file inside the game folder is stored relative to it; other text as given.
-    write("Game/UI/french.loc", "x");
-    ASSERT_EQ(run({"monster", "--game", game(), "--language", game() + "/UI/french.loc"}).status, 0);
-    EXPECT_TRUE(read("Game/system/monster.ini").contains("\r\ngLocalizationFile=UI\\french.loc\r\n"));
-    CliRun custom = run({"monster", "--game", game(), "--language", "D:\\Lang\\x.loc", "--json"});
-    EXPECT_EQ(QJsonDocument::fromJson(custom.out.toUtf8()).object().value("language").toInt(), 4);
-}
-
-TEST_F(ConfiguratorCli, monsterRefusesBadInputAndLeavesTheFile) {
     EXPECT_EQ(run({"monster", "--game", game(), "--horn", "yes"}).status, 2);
-    EXPECT_EQ(run({"monster", "--game", m_dir.filePath("nowhere")}).status, 2);
     write("Game/system/monster.ini", "showHiddenTrack=0\r\n");
-    CliRun missing = run({"monster", "--game", game(), "--hidden-track", "on"});
+    CliRun missing = run({"monster", "--game", game(), "--language", "fun"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(missing.err.contains("kookyHornFlag"));
     EXPECT_EQ(read("Game/system/monster.ini"), "showHiddenTrack=0\r\n");
 }
 
 TEST_F(ConfiguratorCli, driversListShowAndRemove) {
-    CliRun list = run({"drivers", "--game", game(), "list"});
-    ASSERT_EQ(list.status, 0) << list.err.toStdString();
-    EXPECT_EQ(list.out, "Alice\nBob\nAlice\n");
-    CliRun json = run({"drivers", "--game", game(), "list", "--json"});
-    const QJsonArray array = QJsonDocument::fromJson(json.out.toUtf8()).array();
+    EXPECT_EQ(run({"drivers", "--game", game(), "list"}).out, "Alice\nBob\nAlice\n");
+    const QJsonArray array =
+        QJsonDocument::fromJson(run({"drivers", "--game", game(), "list", "--json"}).out.toUtf8()).array();
     ASSERT_EQ(array.size(), 3);
     EXPECT_EQ(array[1].toObject().value("record").toString(), "Bob\r\nx\r\nBIG.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
     EXPECT_EQ(run({"drivers", "--game", game(), "show", "3"}).out, "Alice\r\nvan.trk\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
     EXPECT_EQ(run({"drivers", "--game", game(), "show", "4"}).status, 1);
-
-    // A name that matches no driver refuses the whole removal.
-    CliRun unknown = run({"drivers", "--game", game(), "remove", "Alice", "Zed"});
-    EXPECT_EQ(unknown.status, 1);
+    EXPECT_EQ(run({"drivers", "--game", game(), "remove", "Alice", "Zed"}).status, 1); // Zed refuses it all
     EXPECT_EQ(read("Game/player.pro"), kPlayer);
-
     ASSERT_EQ(run({"drivers", "--game", game(), "remove", "Alice"}).status, 0);
     EXPECT_EQ(read("Game/player.pro"), "103\r\n1\r\n1\r\nBob\r\nx\r\nBIG.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
-    EXPECT_EQ(run({"drivers", "--game", game()}).status, 2);
-}
 
-TEST_F(ConfiguratorCli, driversRefusesAFileWithoutTheMark) {
     write("Game/player.pro", "104\r\n0\r\n1\r\n");
-    CliRun list = run({"drivers", "--game", game(), "list"});
-    EXPECT_EQ(list.status, 1);
-    EXPECT_TRUE(list.err.contains("103"));
+    EXPECT_TRUE(run({"drivers", "--game", game(), "list"}).err.contains("103"));
 }
 
 TEST_F(ConfiguratorCli, tracksListShowsTheDefaultUntilAnUpdateReplacesIt) {
-    CliRun first = run({"tracks", "list"});
-    ASSERT_EQ(first.status, 0) << first.err.toStdString();
-    const QStringList rows = first.out.split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(rows.size(), 6);
-    EXPECT_EQ(rows[0], "Carnage!\tRumble\thttp://127.0.0.1:1/site/vault/tracks/carn.zip");
+    const CliRun first = run({"tracks", "list"});
+    ASSERT_EQ(first.out.count('\n'), 6) << first.err.toStdString();
+    EXPECT_TRUE(first.out.startsWith("Carnage!\tRumble\thttp://127.0.0.1:1/site/vault/tracks/carn.zip\n"));
 
     LoopbackHttpServer unmarked("<html>gone</html>");
-    CliRun rejected = run({"tracks", "update", "--url", unmarked.url().toString()});
+    const CliRun rejected = run({"tracks", "update", "--url", unmarked.url().toString()});
     EXPECT_EQ(rejected.status, 1);
     EXPECT_EQ(rejected.err, "Update failed! Please try again later.\n");
     EXPECT_EQ(run({"tracks", "list"}).out, first.out);
 
-    // The list address comes from the environment when --url is not given.
+    // Without --url the list address comes from the environment.
     LoopbackHttpServer good("QXMTL$Rock & Roll|Race|r.zip*Two|Rumble|t.zip");
-    CliRun updated = run({"tracks", "update"}, {"KORVEL_TRACK_LIST_URL=" + good.url().toString()});
-    ASSERT_EQ(updated.status, 0) << updated.err.toStdString();
+    const CliRun updated = run({"tracks", "update"}, {"KORVEL_TRACK_LIST_URL=" + good.url().toString()});
     EXPECT_EQ(updated.out, "Update completed successfully!\n");
-    EXPECT_EQ(good.requests(), 1);
     EXPECT_EQ(run({"tracks", "list"}).out, "Rock & Roll\tRace\thttp://127.0.0.1:1/site/r.zip\n"
                                            "Two\tRumble\thttp://127.0.0.1:1/site/t.zip\n");
-
     EXPECT_EQ(run({"tracks", "update"}).status, 1); // nothing listens at the configured address
     EXPECT_EQ(run({"tracks", "update", "--url", "file:///etc/passwd"}).status, 2);
 }
