@@ -77,6 +77,8 @@ MainWindow::MainWindow(Session& session, SettingsStore& store, Services& service
     for (QFrame* frame : m_panes)
         frame->setEnabled(false);
     placeOwnControls();
+    // The classic window is 7050 x 6960 twips with its frame and caption; the client area is what
+    // the panes need inside that frame: their width, the part of a pane on view and the status bar.
     setFixedSize(twipsToPixels(PaneSlider::kPaneWidth, this),
                  menuBar()->sizeHint().height() + m_paneArea->height() + m_statusBar->height());
 
