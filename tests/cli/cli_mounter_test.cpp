@@ -40,20 +40,19 @@ protected:
     }
 
     QByteArray ini() const {
-        QFile in(game() + QStringLiteral("/POD.INI"));
+        QFile in(game() + "/POD.INI");
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray("<missing>");
     }
 
     CliRun mounter(const QStringList& args, const QString& workingFolder = QString()) {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
-        environment.insert(QStringLiteral("WINEPREFIX"), m_home.path() + QStringLiteral("/no-wine"));
+        environment.insert("XDG_DATA_HOME", m_home.path());
+        environment.insert("WINEPREFIX", m_home.path() + "/no-wine");
         process.setProcessEnvironment(environment);
         if (!workingFolder.isEmpty())
             process.setWorkingDirectory(workingFolder);
-        process.start(QStringLiteral(KORVEL_CLI_PATH),
-                      QStringList{QStringLiteral("mounter"), QStringLiteral("--game"), game()} + args);
+        process.start(QStringLiteral(KORVEL_CLI_PATH), QStringList{"mounter", "--game", game()} + args);
         process.waitForFinished(30000);
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
                 QString::fromUtf8(process.readAllStandardError())};
@@ -65,7 +64,7 @@ protected:
 
 TEST_F(CliMounter, showPrintsCounterAndBothListsWithoutRewritingPodIni) {
     const QByteArray before = ini();
-    const CliRun run = mounter({QStringLiteral("show")});
+    const CliRun run = mounter({"show"});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(run.out.toStdString(), "3/99 PODs Mounted\n"
                                      "TRUCKS.POD\tMounted\tTRUCKS.POD\n"
@@ -75,55 +74,48 @@ TEST_F(CliMounter, showPrintsCounterAndBothListsWithoutRewritingPodIni) {
                                      "TRAXX.POD\tUnmounted\tTRAXX.POD\n");
     EXPECT_EQ(ini(), before);
 
-    const CliRun json =
-        mounter({QStringLiteral("show"), QStringLiteral("--json"), QStringLiteral("--mmpa"), QStringLiteral("120")});
-    ASSERT_EQ(json.exitCode, 0);
+    const CliRun json = mounter({"show", "--json", "--mmpa", "120"});
     const QJsonObject state = QJsonDocument::fromJson(json.out.toUtf8()).object();
     EXPECT_EQ(state.value("counter").toString(), "3/120 PODs Mounted");
-    ASSERT_EQ(state.value("mounted").toArray().size(), 3);
-    const QJsonObject second = state.value("mounted").toArray().at(1).toObject();
-    EXPECT_EQ(second.value("display").toString(), "\\ADDON\\ARENA.POD");
-    EXPECT_EQ(second.value("status").toString(), "Mounted");
-    EXPECT_EQ(second.value("path").toString(), "ADDON\\ARENA.POD");
+    EXPECT_EQ(state.value("mounted").toArray().at(1).toObject(),
+              (QJsonObject{{"display", "\\ADDON\\ARENA.POD"}, {"status", "Mounted"}, {"path", "ADDON\\ARENA.POD"}}));
     EXPECT_EQ(state.value("unmounted").toArray().size(), 2);
 }
 
 TEST_F(CliMounter, mountTakesHostPathsRelativeToTheCurrentFolderAndSaves) {
-    const CliRun run = mounter({QStringLiteral("mount"), QStringLiteral("ADDON/BOMBTAG.POD"),
-                                QStringLiteral("ADDON/NOTES.TXT"), QStringLiteral("TRUCKS.POD")},
-                               game());
+    const CliRun run = mounter({"mount", "ADDON/BOMBTAG.POD", "ADDON/NOTES.TXT", "TRUCKS.POD"}, game());
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(ini(), "4\r\nTRUCKS.POD\r\nADDON\\ARENA.POD\r\nGONE.POD\r\nADDON\\BOMBTAG.POD\r\n");
     EXPECT_TRUE(run.out.startsWith("4/99 PODs Mounted\n"));
 
-    const CliRun missing = mounter({QStringLiteral("mount"), game() + QStringLiteral("/NOPE.POD")});
+    const CliRun missing = mounter({"mount", game() + "/NOPE.POD"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(missing.err.startsWith("File not found!"));
 }
 
 TEST_F(CliMounter, rowCommandsNameEntriesByStoredPathIgnoringCase) {
-    ASSERT_EQ(mounter({QStringLiteral("bottom"), QStringLiteral("trucks.pod")}).exitCode, 0);
+    ASSERT_EQ(mounter({"bottom", "trucks.pod"}).exitCode, 0);
     EXPECT_EQ(ini(), "3\r\nADDON\\ARENA.POD\r\nGONE.POD\r\nTRUCKS.POD\r\n");
-    ASSERT_EQ(mounter({QStringLiteral("up"), QStringLiteral("TRUCKS.POD")}).exitCode, 0);
-    ASSERT_EQ(mounter({QStringLiteral("top"), QStringLiteral("GONE.POD")}).exitCode, 0);
+    ASSERT_EQ(mounter({"up", "TRUCKS.POD"}).exitCode, 0);
+    ASSERT_EQ(mounter({"top", "GONE.POD"}).exitCode, 0);
     EXPECT_EQ(ini(), "3\r\nGONE.POD\r\nADDON\\ARENA.POD\r\nTRUCKS.POD\r\n");
-    ASSERT_EQ(mounter({QStringLiteral("down"), QStringLiteral("GONE.POD")}).exitCode, 0);
-    ASSERT_EQ(mounter({QStringLiteral("unmount"), QStringLiteral("addon\\arena.pod")}).exitCode, 0);
+    ASSERT_EQ(mounter({"down", "GONE.POD"}).exitCode, 0);
+    ASSERT_EQ(mounter({"unmount", "addon\\arena.pod"}).exitCode, 0);
     EXPECT_EQ(ini(), "2\r\nGONE.POD\r\nTRUCKS.POD\r\n");
 
     const QByteArray before = ini();
-    const CliRun unknown = mounter({QStringLiteral("unmount"), QStringLiteral("ELSE.POD")});
+    const CliRun unknown = mounter({"unmount", "ELSE.POD"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_TRUE(unknown.err.contains("ELSE.POD"));
     EXPECT_EQ(ini(), before);
 }
 
 TEST_F(CliMounter, allAndCleanCommandsSaveTheirResult) {
-    ASSERT_EQ(mounter({QStringLiteral("clean")}).exitCode, 0);
+    ASSERT_EQ(mounter({"clean"}).exitCode, 0);
     EXPECT_EQ(ini(), "2\r\nTRUCKS.POD\r\nADDON\\ARENA.POD\r\n");
-    ASSERT_EQ(mounter({QStringLiteral("mount-all")}).exitCode, 0);
+    ASSERT_EQ(mounter({"mount-all"}).exitCode, 0);
     EXPECT_EQ(ini(), "4\r\nTRUCKS.POD\r\nADDON\\ARENA.POD\r\nADDON\\BOMBTAG.POD\r\nTRAXX.POD\r\n");
-    const CliRun none = mounter({QStringLiteral("unmount-all")});
+    const CliRun none = mounter({"unmount-all"});
     ASSERT_EQ(none.exitCode, 0);
     EXPECT_EQ(ini(), "0\r\n");
     EXPECT_TRUE(none.out.startsWith("0/99 PODs Mounted\n"));
@@ -131,36 +123,35 @@ TEST_F(CliMounter, allAndCleanCommandsSaveTheirResult) {
 
 TEST_F(CliMounter, extraFoldersAndAnotherIniAreUsedWhenGiven) {
     QTemporaryDir extra;
-    QFile far(extra.path() + QStringLiteral("/far.pod"));
+    QFile far(extra.path() + "/far.pod");
     ASSERT_TRUE(far.open(QIODevice::WriteOnly));
     far.close();
     file("OTHER.INI", "1\r\nTRAXX.POD\r\n");
-    const CliRun run = mounter({QStringLiteral("show"), QStringLiteral("--ini"), game() + QStringLiteral("/OTHER.INI"),
-                                QStringLiteral("--extra-dirs"), extra.path() + QStringLiteral("|/no/such/folder")});
+    const CliRun run =
+        mounter({"show", "--ini", game() + "/OTHER.INI", "--extra-dirs", extra.path() + "|/no/such/folder"});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_TRUE(run.out.startsWith("1/99 PODs Mounted\nTRAXX.POD\tMounted\tTRAXX.POD\n"));
     EXPECT_TRUE(run.out.contains("\\FAR.POD\tUnmounted\tZ:"));
 }
 
 TEST_F(CliMounter, deleteSendsUnmountedArchivesToTheTrashOnly) {
-    const CliRun run = mounter({QStringLiteral("delete"), QStringLiteral("traxx.pod")});
+    const CliRun run = mounter({"delete", "traxx.pod"});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_FALSE(QFile::exists(game() + QStringLiteral("/TRAXX.POD")));
+    EXPECT_FALSE(QFile::exists(game() + "/TRAXX.POD"));
     EXPECT_FALSE(run.out.contains("TRAXX"));
 
-    const CliRun mounted = mounter({QStringLiteral("delete"), QStringLiteral("TRUCKS.POD")});
+    const CliRun mounted = mounter({"delete", "TRUCKS.POD"});
     EXPECT_EQ(mounted.exitCode, 1);
-    EXPECT_TRUE(QFile::exists(game() + QStringLiteral("/TRUCKS.POD")));
+    EXPECT_TRUE(QFile::exists(game() + "/TRUCKS.POD"));
 }
 
 TEST_F(CliMounter, refusesBadCommandLines) {
-    EXPECT_EQ(mounter({QStringLiteral("dance")}).exitCode, 2);
+    EXPECT_EQ(mounter({"dance"}).exitCode, 2);
     EXPECT_EQ(mounter({}).exitCode, 2);
-    EXPECT_EQ(mounter({QStringLiteral("unmount")}).exitCode, 2);
-    EXPECT_EQ(mounter({QStringLiteral("clean"), QStringLiteral("EXTRA")}).exitCode, 2);
+    EXPECT_EQ(mounter({"unmount"}).exitCode, 2);
+    EXPECT_EQ(mounter({"clean", "EXTRA"}).exitCode, 2);
     QProcess process;
-    process.start(QStringLiteral(KORVEL_CLI_PATH), {QStringLiteral("mounter"), QStringLiteral("--game"),
-                                                    game() + QStringLiteral("/nowhere"), QStringLiteral("show")});
+    process.start(QStringLiteral(KORVEL_CLI_PATH), {"mounter", "--game", game() + "/nowhere", "show"});
     process.waitForFinished();
     EXPECT_EQ(process.exitCode(), 1);
 }
@@ -171,16 +162,15 @@ TEST_F(CliMounter, podIniSurvivesKillsAtRandomMomentsWhileSaving) {
     for (int i = 0; i < 300; ++i)
         file(QStringLiteral("PACK/ARCHIVE%1.POD").arg(i), "POD");
     file("POD.INI", "0\r\n");
-    ASSERT_EQ(mounter({QStringLiteral("mount-all")}).exitCode, 0);
+    ASSERT_EQ(mounter({"mount-all"}).exitCode, 0);
     const QByteArray all = ini();
-    ASSERT_EQ(mounter({QStringLiteral("unmount-all")}).exitCode, 0);
+    ASSERT_EQ(mounter({"unmount-all"}).exitCode, 0);
     const QByteArray none = ini();
     ASSERT_EQ(none, "0\r\n");
 
     const auto started = std::chrono::steady_clock::now();
     QProcess timing;
-    timing.start(QStringLiteral(KORVEL_CLI_PATH),
-                 {QStringLiteral("mounter"), QStringLiteral("--game"), game(), QStringLiteral("mount-all")});
+    timing.start(QStringLiteral(KORVEL_CLI_PATH), {"mounter", "--game", game(), "mount-all"});
     timing.waitForFinished();
     const int fullRun =
         int(std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started).count());
@@ -189,8 +179,7 @@ TEST_F(CliMounter, podIniSurvivesKillsAtRandomMomentsWhileSaving) {
     for (int round = 0; round < 200 && std::chrono::steady_clock::now() < deadline; ++round) {
         QProcess process;
         process.start(QStringLiteral(KORVEL_CLI_PATH),
-                      {QStringLiteral("mounter"), QStringLiteral("--game"), game(),
-                       round % 2 ? QStringLiteral("mount-all") : QStringLiteral("unmount-all")});
+                      {"mounter", "--game", game(), round % 2 ? "mount-all" : "unmount-all"});
         ASSERT_TRUE(process.waitForStarted());
         const int delay = int(QRandomGenerator::global()->bounded(fullRun + 5));
         if (!process.waitForFinished(delay)) {
