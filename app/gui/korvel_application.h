@@ -1,0 +1,80 @@
+#pragma once
+
+#include "startup/session.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+class QWidget;
+
+namespace korvel {
+struct Services;
+class FileAssociation;
+class GamesDialog;
+class SettingsStore;
+class Startup;
+} // namespace korvel
+
+namespace korvel::ui {
+class CompositeHooks;
+class MainWindow;
+class WindowHooks;
+} // namespace korvel::ui
+
+namespace korvel::app {
+
+// The desktop application put together: start-up with the profiles dialog, then the main window
+// with its panes, game switching, and the end of the program. The services come from outside (the
+// machine's for the program, fakes for tests).
+class KorvelApplication : public QObject {
+    Q_OBJECT
+public:
+    KorvelApplication(Services& services, SettingsStore& store, FileAssociation& association,
+                      QObject* parent = nullptr);
+    ~KorvelApplication() override;
+
+    // Runs start-up with the program's arguments (without the program's own name). True when the
+    // main window is shown; otherwise the program ends with exitCode().
+    bool start(const QStringList& arguments);
+
+    // `mnuSwitch`: closes every form (the window's close sequence runs and may refuse), then
+    // start-up chooses a game again and a new window opens, or the program ends.
+    void switchGame();
+
+    ui::MainWindow* window() const;
+    Session& session() { return m_session; }
+    int exitCode() const { return m_exitCode; }
+
+signals:
+    // The main window was made (or is gone: nullptr); dialogs should use it as their parent.
+    void windowChanged(QWidget* window);
+    // The program should end now with this exit code.
+    void finished(int exitCode);
+
+private:
+    struct WindowParts;
+    void openWindow();
+    void createPanes(ui::MainWindow& window, ui::CompositeHooks& hooks);
+    void closeWindow();
+    void end(int exitCode);
+    int terminationCode() const;
+    void showStoreWarnings();
+
+    Services& m_services;
+    SettingsStore& m_store;
+    FileAssociation& m_association;
+    Session m_session;
+    std::unique_ptr<GamesDialog> m_games;
+    std::unique_ptr<Startup> m_startup;
+    std::unique_ptr<ui::WindowHooks> m_ownHooks;
+    std::unique_ptr<WindowParts> m_parts;
+    bool m_switching = false;
+    int m_exitCode = 0;
+};
+
+// The program's main: the machine's services, the application, the event loop.
+int runKorvel(int argc, char** argv);
+
+} // namespace korvel::app

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "mounter/mounter.h"
+#include "platform/result.h"
+#include "ui/window_hooks.h"
+
+#include <QWidget>
+
+class QAction;
+class QLabel;
+class QMenu;
+class QProgressBar;
+class QTreeView;
+
+namespace korvel {
+
+struct Services;
+struct Session;
+class MountedModel;
+class SettingsStore;
+class SplitterBar;
+
+namespace ui {
+class GoldButton;
+}
+
+// The Mounter pane (`fraMount`'s content): the mounted and the unmounted list with their buttons,
+// keys, context menus, drag and drop, the counter and the splitter bar between the lists. Every
+// event is handed to the Mounter core; a failed save is shown in a message box.
+//
+// It answers the main window's questions about the mounted list (WindowHooks).
+class MounterPane : public QWidget, public ui::WindowHooks {
+    Q_OBJECT
+public:
+    MounterPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
+    ~MounterPane() override;
+
+    Mounter& mounter() { return m_mounter; }
+    // The splitter bar's top, in twips of the pane.
+    int splitterTop() const { return m_barTop; }
+    void setSplitterTop(int twips);
+
+    // WindowHooks.
+    void loadGameLists() override;
+    void restoreSplitter(double sliderTop) override;
+    bool mountedListChanged() const override;
+    Status saveMountedList() override;
+
+    // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
+    // row of the window's own buttons).
+    static constexpr int kListsBottom = 5520;
+    static constexpr int kBarHeight = 75;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QTreeView* makeList(const char* name, MountedModel* model);
+    ui::GoldButton* makeButton(const char* name, const QString& caption, int top);
+    QAction* makeAction(QMenu* menu, const char* name, const QString& caption);
+    void buildMenus();
+    void layoutLists();
+    bool listKey(QTreeView* list, QKeyEvent* key);
+
+    // Runs an operation and shows its failure, if any.
+    void run(const Status& status);
+    void refreshBoth();
+    void refreshUnmounted();
+    void mountSelected();
+    void unmountSelected();
+    void deleteSelected();
+    void showCounter(const QString& text, int bar);
+    void dropFiles(const QStringList& hostPaths, int row);
+
+    void barPressed();
+    void barDragged(int pointerY);
+    void barReleased(bool rightButton);
+
+    const Session& m_session;
+    Services& m_services;
+    Mounter m_mounter;
+    MountedModel* m_mountedModel = nullptr;
+    MountedModel* m_unmountedModel = nullptr;
+    QTreeView* m_lstMounted = nullptr;
+    QTreeView* m_lstUnmounted = nullptr;
+    SplitterBar* m_bar = nullptr;
+    QLabel* m_lblPODs = nullptr;
+    QProgressBar* m_prgPODs = nullptr;
+    QMenu* m_mnuMounted = nullptr;
+    QMenu* m_mnuUnmounted = nullptr;
+    int m_barTop = 3070;
+};
+
+} // namespace korvel
