@@ -9,9 +9,11 @@ corpus=${KORVEL_BENCH_CORPUS:-/tmp/korvel-bench}
 cli=$build/app/korvel-cli
 "$build/bench/mounter_bench" --corpus "$corpus"
 timing=$(mktemp)
-trap 'rm -f "$timing"' EXIT
+peakfile=$(mktemp)
+trap 'rm -f "$timing" "$peakfile"' EXIT
 
-# median RUNS CMD...: median wall time in ms of RUNS runs; leaves the largest peak RSS (KiB) in $peak.
+# median RUNS CMD...: median wall time in ms of RUNS runs; leaves the largest peak RSS (KiB) in
+# $peakfile (the function runs in a subshell, so a variable would not come back).
 median() {
     local runs=$1
     shift
@@ -25,6 +27,7 @@ median() {
         rss=$(tail -n 1 "$timing")
         ((rss > peak)) && peak=$rss
     done
+    echo "$peak" >"$peakfile"
     local middle
     middle=$(printf '%s\n' "${times[@]}" | sort -n | sed -n "$(((runs + 1) / 2))p")
     awk -v us="$middle" 'BEGIN { printf "%.1f", us / 1000 }'
@@ -40,7 +43,7 @@ for scale in 1 4 16; do
     runs=7
     [ "$scale" = 16 ] && runs=3
     show_ms=$(median "$runs" "$cli" mounter --game "$base/GAME" --extra-dirs "$base/EXTRA1|$base/EXTRA2" show)
-    show_peak=$peak
+    show_peak=$(cat "$peakfile")
     find_ms=$(median "$runs" sh -c "find '$base/GAME' '$base/EXTRA1' '$base/EXTRA2' -maxdepth 2 -iname '*.pod'; cat '$base/GAME/POD.INI'")
     ratio=$(awk -v a="$show_ms" -v b="$find_ms" 'BEGIN { printf "%.2f", a / b }')
     echo "| ${scale}x | $((5000 * scale + 200 * scale)) | $((2000 * scale)) | $show_ms | $find_ms | $ratio | $(mib "$show_peak") |"
