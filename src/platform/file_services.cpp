@@ -170,7 +170,8 @@ Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes) {
     };
     if (!file.open(QIODevice::WriteOnly))
         return failed(file.errorString());
-    if (file.write(bytes) != bytes.size()) {
+    // flush() here: QSaveFile::commit() ignores a failed flush of its buffer (a full disk) and commits.
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
         const QString reason = file.errorString();
         file.cancelWriting();
         return failed(reason);
@@ -200,7 +201,7 @@ bool FileServices::copyFile(const std::string& from, const std::string& to) cons
         return false;
     QByteArray chunk;
     while (!(chunk = in.read(1 << 20)).isEmpty()) {
-        if (out.write(chunk) != chunk.size()) {
+        if (out.write(chunk) != chunk.size() || !out.flush()) {
             out.cancelWriting();
             return false;
         }

@@ -63,6 +63,11 @@ public:
             }
             left -= got;
         }
+        if (!out.flush()) { // the last buffered bytes may not fit on the disk
+            const QString reason = out.errorString();
+            discard(out);
+            return writeFailure(hostPath, reason);
+        }
         out.close();
         if (m_options.replaceWhole) {
             std::error_code error;
