@@ -122,15 +122,6 @@ TEST(TracksMenuUpdate, storesTheDownloadedListAndRebuildsTheMenu) {
     EXPECT_EQ(f.drive.dialogs().lastMessage().title, "Information");
     EXPECT_EQ(f.drive.dialogs().lastMessage().text, "Update completed successfully!");
     EXPECT_EQ(f.drive.dialogs().lastMessage().icon, MessageIcon::Information);
-
-    // A reply of the bare mark empties the list: the first entry keeps its caption.
-    LoopbackHttpServer empty("QXMTL$");
-    TracksFixture g(empty.url());
-    g.storeList("Old|Rumble|old.zip");
-    g.tracks->LoadTrackList();
-    g.update();
-    EXPECT_EQ(g.store.readProgram(settings::kTrackList), "");
-    EXPECT_EQ(g.shown(), "Old\t<Rumble>|-|&Update Track List");
 }
 
 TEST(TracksMenuUpdate, failuresLeaveTheListAndSaySo) {
