@@ -2,11 +2,13 @@
 
 #include "configurator/widgets/configurator_pane.h"
 #include "mounter/widgets/mounter_pane.h"
+#include "palette/widgets/palette_window.h"
 #include "platform/file_services.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
 #include "platform/widgets/qt_dialogs.h"
+#include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
@@ -117,7 +119,12 @@ void KorvelApplication::createPanes(ui::MainWindow& window, ui::CompositeHooks& 
                                  *menus.update(), m_store, m_services.dialogs, m_services.shell, site, &window));
     }
 
-    // Extractor pane.
+    // Extractor pane, and the palette viewer behind the File menu.
+    auto* extractor = new ExtractorPane(m_services, m_session, m_store);
+    window.installPane(ui::Mode::Extractor, extractor);
+    extractor->attachTo(window);
+    hooks.add(extractor);
+    hooks.add(new PaletteViewerHook(m_services, &window));
 
     // Mounter pane.
     auto* mounter = new MounterPane(m_session, m_store, m_services);

@@ -1,3 +1,4 @@
+#include "app_rig.h"
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/file_browser.h"
 #include "pod/widgets/listing_model.h"
@@ -9,6 +10,7 @@
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "temp_game.h"
+#include "ui/main_menus.h"
 #include "ui/recent_archives.h"
 #include "ui/widgets/gold_button.h"
 
@@ -339,4 +341,28 @@ TEST(ExtractorPane, fileAndDriveBoxesOpenArchivesAndFallBackToTheGameFolder) {
     EXPECT_EQ(f.pane->browser().path(), kGame);
     EXPECT_EQ(f.child<QComboBox>("driveBox")->currentText(), "c:");
     EXPECT_EQ(f.messages().size(), 1);
+}
+
+TEST(ExtractorPane, theApplicationListsAnOpenedArchiveAndShowsThePaletteViewer) {
+    korvel::testing::AppRig rig;
+    korvel::testing::GameLayout layout;
+    layout.archives = {{"TRUCKS.POD", PodWriter().add("A.BIN", "a").add("B.TRK", "b").pod1()}};
+    rig.addGame("MTM2", layout);
+    ASSERT_TRUE(rig.start({rig.drive.host(kGame + "\\TRUCKS.POD")}));
+    EXPECT_EQ(rig.window().windowTitle(), "Korvel - MTM2 - [Extractor]");
+    EXPECT_EQ(rig.find<QTableView>("lstFiles")->model()->rowCount(), 2);
+    EXPECT_EQ(rig.find<QLineEdit>("txtType")->text(), "Truck");
+    EXPECT_EQ(rig.find<QComboBox>("cmbRecent")->itemText(0), "C:\\Games\\MTM2\\TRUCKS.POD");
+    EXPECT_EQ(rig.find<QListWidget>("fileBox")->count(), 1);
+
+    rig.window().menus().palette()->trigger();
+    QWidget* palette = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == "frmPalette")
+            palette = widget;
+    }
+    ASSERT_NE(palette, nullptr);
+    EXPECT_TRUE(palette->isVisible());
+    palette->close();
+    rig.window().close();
 }

@@ -46,10 +46,12 @@ private:
     QLabel* m_instructions = nullptr;
 };
 
-// Opens the palette viewer from the main window's menu: one window, kept between openings.
-class PaletteViewerHook : public ui::WindowHooks {
+// Opens the palette viewer from the main window's menu: one window, kept between openings and
+// closed with the hook.
+class PaletteViewerHook : public QObject, public ui::WindowHooks {
+    Q_OBJECT
 public:
-    explicit PaletteViewerHook(Services& services) : m_services(services) {}
+    explicit PaletteViewerHook(Services& services, QObject* parent = nullptr) : QObject(parent), m_services(services) {}
     ~PaletteViewerHook() override;
 
     void showPaletteViewer() override;
