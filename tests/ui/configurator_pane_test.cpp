@@ -305,6 +305,11 @@ TEST(ConfiguratorPaneInWindow, opensWithTheWindowAndRepairsTheRegistryFromItsPop
     EXPECT_TRUE(popUp->isVisible());
     popUp->hide();
 
+    EXPECT_FALSE(pane->findChild<QAbstractButton*>("cmdDownload")->isEnabled());
+    pane->setDownloadAddress("http://127.0.0.1:1/site/");
+    QTest::mouseClick(pane->findChild<QAbstractButton*>("cmdDownload"), Qt::LeftButton);
+    EXPECT_EQ(f.drive.shell().urls, QStringList{"http://127.0.0.1:1/site/"});
+
     f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     window.menus().fixRegistry()->trigger();
     EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
