@@ -48,3 +48,33 @@ korvel_has_display() {
     command -v xdpyinfo >/dev/null 2>&1 || return 0
     xdpyinfo >/dev/null 2>&1
 }
+
+# korvel_package DIR: makes DIR/korvel_*.deb from a configured and built DIR; prints its path.
+korvel_package() {
+    local dir=$1
+    rm -f "$dir"/korvel_*.deb
+    (cd "$dir" && cpack -G DEB >/dev/null && ls "$PWD"/korvel_*.deb)
+}
+
+# korvel_check_package DEB: installs the package, runs both programs, removes it and checks that
+# nothing of it is left under /usr. Skipped (with a note) when not root or when korvel is installed.
+korvel_check_package() {
+    local deb=$1
+    [ -f "$deb" ] || { echo "No package was made."; return 1; }
+    if [ "$(id -u)" -ne 0 ] || dpkg-query -W korvel >/dev/null 2>&1; then
+        echo "Package not installed for a check (needs root and no korvel installed)."
+        return 0
+    fi
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "$deb" >/dev/null || { echo "Could not install $deb"; return 1; }
+    local status=0
+    korvel-cli --help >/dev/null || status=1
+    # The window on the offscreen platform: it must still be running after two seconds.
+    local started=0
+    QT_QPA_PLATFORM=offscreen KORVEL_REGISTRY=$(mktemp -d)/registry.json timeout 2 korvel >/dev/null 2>&1 || started=$?
+    [ $started = 124 ] || { echo "korvel did not start ($started)"; status=1; }
+    DEBIAN_FRONTEND=noninteractive apt-get remove -y -qq korvel >/dev/null
+    local left
+    left=$(find /usr -name 'korvel*' -o -name 'x-pod-archive.xml' 2>/dev/null)
+    [ -z "$left" ] || { echo "Left after removal: $left"; status=1; }
+    return $status
+}
