@@ -161,8 +161,8 @@ protected:
         return limits;
     }
 
-    // Runs the command where no more than `bytes` may be written to any file (or the disk is full),
-    // and checks the outcome.
+    // Checks a run whose save could not be completed (a file-size limit or a full disk):
+    // it failed, named the file, and left the old content in place.
     void expectFailedSaveKeepsOldContent(const ChildResult& run) {
         const WrittenFile& file = GetParam();
         ASSERT_FALSE(run.timedOut);
