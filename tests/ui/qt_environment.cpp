@@ -17,8 +17,17 @@ public:
         static int argc = 1;
         static char name[] = "ui_tests";
         static char* argv[] = {name, nullptr};
-        static QApplication app(argc, argv);
+        m_app = new QApplication(argc, argv);
     }
+    // Gone before the program's static objects are: the input devices that mouse events create
+    // unregister themselves from a static list when the application deletes them.
+    void TearDown() override {
+        delete m_app;
+        m_app = nullptr;
+    }
+
+private:
+    QApplication* m_app = nullptr;
 };
 
 [[maybe_unused]] ::testing::Environment* const kQtEnvironment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);

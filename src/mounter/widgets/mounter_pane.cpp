@@ -148,7 +148,7 @@ QTreeView* MounterPane::makeList(const char* name, MountedModel* model) {
     list->header()->setStretchLastSection(false);
     list->header()->setSectionResizeMode(MountedModel::NameColumn, QHeaderView::Stretch);
     list->header()->setSectionResizeMode(MountedModel::StatusColumn, QHeaderView::Fixed);
-    list->header()->resizeSection(MountedModel::StatusColumn, ui::twipsToPixels(1100, this));
+    list->header()->resizeSection(MountedModel::StatusColumn, ui::twipsToPixels(1400, this));
     list->installEventFilter(this);
     list->viewport()->installEventFilter(this);
     return list;

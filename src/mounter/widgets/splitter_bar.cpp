@@ -6,7 +6,8 @@ namespace korvel {
 
 SplitterBar::SplitterBar(QWidget* parent) : QFrame(parent) {
     setObjectName(QStringLiteral("sldMounter"));
-    setFrameShape(QFrame::NoFrame);
+    setFrameStyle(QFrame::Panel | QFrame::Raised);
+    setLineWidth(1);
     setAutoFillBackground(true);
     setCursor(Qt::SizeVerCursor);
     setDragging(false);
