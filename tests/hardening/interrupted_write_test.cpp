@@ -14,6 +14,7 @@
 #include <cctype>
 #include <chrono>
 #include <functional>
+#include <ostream>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -130,6 +131,10 @@ const std::vector<WrittenFile>& writtenFiles() {
          true, false},
     };
     return files;
+}
+
+void PrintTo(const WrittenFile& file, std::ostream* out) {
+    *out << file.name;
 }
 
 class InterruptedWrites : public ::testing::TestWithParam<WrittenFile> {
