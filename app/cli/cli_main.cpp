@@ -43,6 +43,10 @@ void printHelp(const std::vector<Command>& commands) {
 } // namespace korvel::cli
 
 int main(int argc, char** argv) {
+    // Help texts name the program as users type it, whatever path started it.
+    static char programName[] = "korvel-cli";
+    if (argc > 0)
+        argv[0] = programName;
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("korvel-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")

@@ -18,11 +18,15 @@
 #include "ui/composite_hooks.h"
 #include "ui/main_menus.h"
 #include "ui/main_window.h"
+#include "ui/profile_session.h"
 #include "ui/widgets/gold_button.h"
 #include "ui/window_hooks.h"
 
 #include <QApplication>
 #include <QTimer>
+
+#include <cstdio>
+#include <cstring>
 
 namespace korvel::app {
 
@@ -183,9 +187,19 @@ void KorvelApplication::showStoreWarnings() {
 }
 
 int runKorvel(int argc, char** argv) {
+    // Answered before any window system is needed.
+    if (argc == 2 && (std::strcmp(argv[1], "--version") == 0 || std::strcmp(argv[1], "--help") == 0)) {
+        std::printf("Korvel %s\n", ui::buildVersionText().c_str());
+        if (std::strcmp(argv[1], "--help") == 0)
+            std::printf("Usage: korvel [PROFILE | ARCHIVE]\n"
+                        "Starts with the game profile named PROFILE, or opens ARCHIVE (a .pod file) in the\n"
+                        "Extractor; with no argument, the sole profile or the game profiles dialog.\n");
+        return 0;
+    }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Korvel"));
     QApplication::setQuitOnLastWindowClosed(false);
+    const QStringList arguments = QApplication::arguments().mid(1);
 
     const PathMap paths = PathMap::forHost();
     FileServices files(paths);
@@ -201,7 +215,7 @@ int runKorvel(int argc, char** argv) {
                      [&dialogs](QWidget* window) { dialogs.setParent(window); });
     QObject::connect(&korvel, &KorvelApplication::finished, &application,
                      [](int exitCode) { QCoreApplication::exit(exitCode); });
-    if (!korvel.start(QApplication::arguments().mid(1)))
+    if (!korvel.start(arguments))
         return korvel.exitCode();
     return QApplication::exec();
 }
