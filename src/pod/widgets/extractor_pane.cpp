@@ -73,9 +73,9 @@ ExtractorPane::~ExtractorPane() = default;
 
 void ExtractorPane::buildControls() {
     m_browser = new FileBrowser(m_services.files, m_services.dialogs, this);
-    m_browser->driveBox()->setGeometry(ui::twipsRect(120, 180, 2055, 315, this));
-    m_browser->dirBox()->setGeometry(ui::twipsRect(120, 555, 2055, 2085, this));
-    m_browser->fileBox()->setGeometry(ui::twipsRect(120, 2700, 2055, 1935, this));
+    m_browser->driveBox()->setGeometry(ui::twipsRect(120, 180, 1815, 315, this));
+    m_browser->dirBox()->setGeometry(ui::twipsRect(120, 555, 1815, 2085, this));
+    m_browser->fileBox()->setGeometry(ui::twipsRect(120, 2700, 1815, 1935, this));
     connect(m_browser, &FileBrowser::archiveChosen, this,
             [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
 
@@ -83,7 +83,7 @@ void ExtractorPane::buildControls() {
     m_list = new QTableView(this);
     m_list->setObjectName(QStringLiteral("lstFiles"));
     m_list->setModel(m_model);
-    m_list->setGeometry(ui::twipsRect(2295, 180, 4515, 2760, this));
+    m_list->setGeometry(ui::twipsRect(2055, 180, 4755, 2760, this));
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -96,9 +96,16 @@ void ExtractorPane::buildControls() {
     m_list->verticalHeader()->setDefaultSectionSize(m_list->fontMetrics().height() + 4);
     m_list->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     m_list->horizontalHeader()->setHighlightSections(false);
-    m_list->setColumnWidth(ListingModel::NameColumn, ui::twipsToPixels(1500, this));
-    for (int column : {ListingModel::SizeColumn, ListingModel::StartColumn, ListingModel::EndColumn})
-        m_list->setColumnWidth(column, ui::twipsToPixels(960, this));
+    // The number columns are as wide as their captions; the name takes what is left.
+    const QFontMetrics header(m_list->horizontalHeader()->font());
+    int numbers = 0;
+    for (int column = ListingModel::SizeColumn; column < ListingModel::ColumnCount; ++column) {
+        const int width = header.horizontalAdvance(m_model->headerData(column, Qt::Horizontal).toString()) + 18;
+        m_list->setColumnWidth(column, width);
+        numbers += width;
+    }
+    m_list->setColumnWidth(ListingModel::NameColumn,
+                           std::max(ui::twipsToPixels(1200, this), m_list->width() - numbers - 22));
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
     connect(m_list, &QTableView::doubleClicked, this, [this] { extractFromList(); });
@@ -118,11 +125,11 @@ void ExtractorPane::buildControls() {
     for (const Box& box : boxes) {
         auto* label = new QLabel(QString::fromLatin1(box.label), this);
         label->setObjectName(QString::fromLatin1(box.labelName));
-        label->setGeometry(ui::twipsRect(2295, top, 1080, 285, this));
+        label->setGeometry(ui::twipsRect(2055, top, 1200, 285, this));
         auto* edit = new QLineEdit(this);
         edit->setObjectName(QString::fromLatin1(box.name));
         edit->setReadOnly(true);
-        edit->setGeometry(ui::twipsRect(3420, top, 3390, 285, this));
+        edit->setGeometry(ui::twipsRect(3300, top, 3510, 285, this));
         *box.edit = edit;
         top += 330;
     }
