@@ -99,7 +99,8 @@ int main(int argc, char** argv) {
     truck2.comment("Fan truck");
     truck2.add("TRUCK\\WIDOW.TRK", truckText("WIDOW", '4'));
     truck2.add("ART\\WIDOW.RAW", filler("widow", 20000));
-    put(QStringLiteral("EXTRAS/WIDOW.POD"), truck2.pod2());
+    // A folder the Mounter finds only through the extra search folders (it is two levels down).
+    put(QStringLiteral("DOWNLOADS/PODS/WIDOW.POD"), truck2.pod2());
 
     put(QStringLiteral("POD.INI"), "4\r\nTRUCKS.POD\r\nTRAXX.POD\r\nADDON\\DRAGSTRP.POD\r\nOLDTRACK.POD\r\n");
     put(QStringLiteral("system/monster.ini"),

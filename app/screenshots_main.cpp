@@ -7,11 +7,13 @@
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
 #include "platform/widgets/qt_dialogs.h"
+#include "gui/korvel_application.h"
+#include "palette/widgets/palette_window.h"
+#include "startup/association.h"
 #include "startup/settings_store.h"
 #include "ui/main_window.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
-#include "ui/profile_session.h"
 #include "ui/widgets/twips.h"
 
 #include <QApplication>
@@ -67,26 +69,42 @@ int main(int argc, char** argv) {
     korvel::DesktopShell shell(paths);
     korvel::Services services{paths, files, *registry, dialogs, shell};
     korvel::SettingsStore store(*registry, dialogs);
-    auto session = korvel::ui::sessionForProfile(store, files, korvel::toGameText(arguments[1]));
-    if (!session) {
-        std::fprintf(stderr, "korvel-screenshots: %s\n", qPrintable(session.failure().message));
+    korvel::AssociationOptions associationOptions;
+    korvel::FileAssociation association(store, paths, associationOptions);
+
+    // The whole application, as `korvel PROFILE` starts it.
+    korvel::app::KorvelApplication korvel(services, store, association);
+    if (!korvel.start({arguments[1]}) || !korvel.window()) {
+        std::fprintf(stderr, "korvel-screenshots: the profile %s did not start\n", qPrintable(arguments[1]));
         return 1;
     }
+    korvel::ui::MainWindow& window = *korvel.window();
+    const korvel::Session& session = korvel.session();
+    QApplication::processEvents();
 
-    korvel::ui::MainWindow window(*session, store, services);
-    window.open();
-    window.show();
     bool ok = true;
     using korvel::ui::Mode;
     const std::array<std::pair<Mode, const char*>, 3> modes{
         {{Mode::Mounter, "mounter"}, {Mode::Extractor, "extractor"}, {Mode::Configurator, "configurator"}}};
     for (const auto& [mode, name] : modes) {
-        if (mode == Mode::Configurator && !session->configurator)
+        if (mode == Mode::Configurator && !session.configurator)
             continue;
         window.showMode(mode, QStringLiteral("0"));
+        if (mode == Mode::Extractor) // a listed track archive
+            window.hooks().listArchive(session.location + "\\", "TRAXX.POD");
         if (mode != Mode::Mounter) // the Mounter's picture keeps the information text
             hover(*window.modeStatusBar(), mode);
         ok = save(window, folder, QStringLiteral("main-") + QLatin1String(name)) && ok;
+    }
+
+    // The palette viewer with the sample game's palette.
+    window.hooks().showPaletteViewer();
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+        if (auto* palette = qobject_cast<korvel::PaletteWindow*>(top)) {
+            palette->ShowPalette(paths.toHost(session.location + "\\ART\\DEMO.ACT"));
+            ok = save(*palette, folder, QStringLiteral("palette")) && ok;
+            palette->close();
+        }
     }
 
     QDialog* options = window.showOptions();

@@ -78,3 +78,23 @@ korvel_check_package() {
     [ -z "$left" ] || { echo "Left after removal: $left"; status=1; }
     return $status
 }
+
+# korvel_demo_profile BUILD GAME_DIR: writes a profile "MTM2" for the sample game in GAME_DIR into the
+# settings store named by $KORVEL_REGISTRY (which the caller points at a file of its own).
+korvel_demo_profile() {
+    local build=$1 dir=$2
+    local game="Z:$(echo "$dir" | tr '/' '\\')"
+    local cli=("$build/app/korvel-cli" settings)
+    "${cli[@]}" set InstalledGames MTM2 >/dev/null
+    "${cli[@]}" set Associate 0 >/dev/null
+    local p=(--profile MTM2)
+    "${cli[@]}" "${p[@]}" set Location "$game" >/dev/null
+    "${cli[@]}" "${p[@]}" set Location-INI "$game\\POD.INI" >/dev/null
+    "${cli[@]}" "${p[@]}" set Location-EXE "$game\\monster.exe" >/dev/null
+    "${cli[@]}" "${p[@]}" set MMPA 99 >/dev/null
+    "${cli[@]}" "${p[@]}" set Configurator True >/dev/null
+    "${cli[@]}" "${p[@]}" set FirstRun 0 >/dev/null
+    "${cli[@]}" "${p[@]}" set ExtraDirs "$game\\DOWNLOADS\\PODS" >/dev/null
+    "${cli[@]}" "${p[@]}" set Recent "|$game\\TRUCKS.POD|$game\\TRAXX.POD" >/dev/null
+    "${cli[@]}" "${p[@]}" set Screen M >/dev/null
+}
