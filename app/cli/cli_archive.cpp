@@ -47,11 +47,6 @@ struct HostFiles {
     }
 };
 
-int refusedWith(const Failure& failure) {
-    err() << failure.message << '\n';
-    return kExitRefused;
-}
-
 int usage(const QString& command, const QString& text) {
     err() << "korvel-cli " << command << ": " << text << "\nRun 'korvel-cli " << command << " --help'.\n";
     return kExitUsage;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/dialogs.h"
+#include "platform/result.h"
+
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
@@ -23,6 +26,18 @@ struct Command {
 
 QTextStream& out();
 QTextStream& err();
+
+// Prints the failure's message on stderr; returns the refused-input exit status.
+int refusedWith(const Failure& failure);
+
+// Dialogs for commands that ask nothing: messages go to stderr, questions get no answer.
+class StderrDialogs : public Dialogs {
+public:
+    MessageAnswer message(const QString& title, const QString& text, MessageIcon icon, MessageButtons buttons) override;
+    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
+    std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
+    std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
+};
 
 // Commands of each part of the program, listed by `korvel-cli --help`.
 std::vector<Command> archiveCommands();

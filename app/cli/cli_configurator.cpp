@@ -23,23 +23,6 @@ namespace korvel::cli {
 
 namespace {
 
-// The settings store's rare messages (a malformed key path) go to stderr; questions get no answer.
-class StderrDialogs : public Dialogs {
-public:
-    MessageAnswer message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) override {
-        err() << title << ": " << text << '\n';
-        return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
-    }
-    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
-    std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
-    std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
-};
-
-int refusedWith(const Failure& failure) {
-    err() << failure.message << '\n';
-    return kExitRefused;
-}
-
 int usage(const QString& text) {
     err() << text << '\n';
     return kExitUsage;

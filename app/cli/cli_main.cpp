@@ -16,6 +16,16 @@ QTextStream& err() {
     return stream;
 }
 
+int refusedWith(const Failure& failure) {
+    err() << failure.message << '\n';
+    return kExitRefused;
+}
+
+MessageAnswer StderrDialogs::message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) {
+    err() << title << ": " << text << '\n';
+    return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
+}
+
 namespace {
 
 std::vector<Command> allCommands() {
@@ -49,10 +59,8 @@ int main(int argc, char** argv) {
         argv[0] = programName;
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("korvel-cli"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
-                                                .arg(KORVEL_VERSION_MAJOR)
-                                                .arg(KORVEL_VERSION_MINOR)
-                                                .arg(KORVEL_VERSION_PATCH));
+    QCoreApplication::setApplicationVersion(
+        QStringLiteral("%1.%2.%3").arg(KORVEL_VERSION_MAJOR).arg(KORVEL_VERSION_MINOR).arg(KORVEL_VERSION_PATCH));
     using namespace korvel::cli;
     const QStringList args = app.arguments().mid(1);
     const std::vector<Command> commands = allCommands();

@@ -109,17 +109,17 @@ QStringList selectNamed(EntryList& list, const QStringList& names) {
 
 int runMounter(const QStringList& args) {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Shows and changes a game's POD.INI, the list of mounted archives.\n\n"
-                       "Commands:\n"
-                       "  show                 the counter, the mounted rows, then the unmounted rows (tab-separated:\n"
-                       "                       display text, status, stored path); never rewrites POD.INI\n"
-                       "  mount FILE...        mount archive files (host paths)\n"
-                       "  unmount ENTRY...     unmount mounted rows, named by their stored path as 'show' prints it\n"
-                       "  top|up|down|bottom ENTRY...  move mounted rows\n"
-                       "  delete ENTRY...      send unmounted archives to the recycle bin\n"
-                       "  mount-all, unmount-all, clean (drop the rows whose archive was not found)\n\n"
-                       "Every command but 'show' and 'delete' saves POD.INI; each then prints the lists as 'show' does."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Shows and changes a game's POD.INI, the list of mounted archives.\n\n"
+        "Commands:\n"
+        "  show                 the counter, the mounted rows, then the unmounted rows (tab-separated:\n"
+        "                       display text, status, stored path); never rewrites POD.INI\n"
+        "  mount FILE...        mount archive files (host paths)\n"
+        "  unmount ENTRY...     unmount mounted rows, named by their stored path as 'show' prints it\n"
+        "  top|up|down|bottom ENTRY...  move mounted rows\n"
+        "  delete ENTRY...      send unmounted archives to the recycle bin\n"
+        "  mount-all, unmount-all, clean (drop the rows whose archive was not found)\n\n"
+        "Every command but 'show' and 'delete' saves POD.INI; each then prints the lists as 'show' does."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("game"), QStringLiteral("The game folder."), QStringLiteral("DIR")});
     parser.addOption({QStringLiteral("ini"), QStringLiteral("The POD.INI to use (default: the game folder's)."),

@@ -23,18 +23,6 @@ namespace korvel::cli {
 
 namespace {
 
-// The store's rare messages go to stderr; questions get no answer.
-class StderrDialogs : public Dialogs {
-public:
-    MessageAnswer message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) override {
-        err() << title << ": " << text << '\n';
-        return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
-    }
-    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
-    std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
-    std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
-};
-
 // The settings store of this user, with the dialogs it reports through.
 struct Settings {
     std::unique_ptr<RegistryService> registry = createRegistry();
