@@ -68,6 +68,7 @@ korvel_check_package() {
     DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "$deb" >/dev/null || { echo "Could not install $deb"; return 1; }
     local status=0
     korvel-cli --help >/dev/null || status=1
+    korvel --version >/dev/null || status=1
     # The window on the offscreen platform: it must still be running after two seconds.
     local started=0
     QT_QPA_PLATFORM=offscreen KORVEL_REGISTRY=$(mktemp -d)/registry.json timeout 2 korvel >/dev/null 2>&1 || started=$?
