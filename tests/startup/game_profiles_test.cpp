@@ -1,3 +1,4 @@
+#include "startup/backups.h"
 #include "startup_fixture.h"
 
 #include <gtest/gtest.h>
@@ -23,23 +24,15 @@ TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
     rig.logic.open();
     EXPECT_FALSE(rig.logic.loadEnabled());
     ASSERT_EQ(rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("mtm 2")), GameProfiles::AddOutcome::Added);
-    const auto& asked = rig.drive.dialogs().asked();
-    EXPECT_EQ(asked[0].title, "Locate your game's executable file");
-    EXPECT_EQ(asked[0].start, "C:\\");
-    EXPECT_EQ(asked[1].proposal, "4x4");
-    EXPECT_EQ(rig.profile("mtm 2", settings::kLocation), "D:\\Games\\4x4");
+    EXPECT_EQ(rig.drive.dialogs().asked()[1].proposal, "4x4");
     EXPECT_EQ(rig.profile("mtm 2", settings::kLocationIni), "D:\\Games\\4x4\\POD.INI");
-    EXPECT_EQ(rig.profile("mtm 2", settings::kLocationExe), "D:\\Games\\4x4\\4x4.exe");
-    EXPECT_EQ(rig.profile("mtm 2", settings::kMmpa), "99");
     EXPECT_EQ(rig.profile("mtm 2", settings::kConfigurator), "True");
-    EXPECT_TRUE(rig.logic.loadEnabled());
     EXPECT_EQ(rig.program(settings::kInstalledGames), "Error"); // written by Load or Exit only
-
+    // Only the exact names of the one game get the configurator.
     for (const char* other : {"MTM-2", "Monster Truck Madness"}) {
         rig.add("D:\\Games\\4x4\\4x4.exe", QString::fromLatin1(other));
         EXPECT_EQ(rig.profile(other, settings::kConfigurator), "False");
     }
-    // Cancelling either question stores nothing.
     EXPECT_EQ(rig.add("D:\\Games\\Evo\\4x4.exe", QString()), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.logic.games().size(), 3u);
@@ -54,11 +47,9 @@ TEST(GameProfiles, shiftAddChecksTheTypedPath) {
     EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.lastMessage().title, "Read Error");
     EXPECT_EQ(rig.lastMessage().text, "File not found!");
-    EXPECT_TRUE(rig.logic.games().empty());
 
     rig.drive.dialogs().typeInput(QStringLiteral("c:\\games\\evo\\4X4.EXE")).typeInput(QStringLiteral("Evo"));
     EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Added);
-    EXPECT_EQ(rig.profile("Evo", settings::kLocationExe), "c:\\games\\evo\\4X4.EXE");
 }
 
 TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
@@ -69,23 +60,34 @@ TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
     rig.logic.select(1);
     ASSERT_TRUE(rig.logic.Load());
     EXPECT_EQ(rig.program(settings::kInstalledGames), "MTM2|MTM2");
-    EXPECT_EQ(rig.session.currentGame, "MTM2");
 
     rig.setList("A|B");
     rig.logic.open();
     rig.logic.select(1);
     rig.logic.Remove();
     EXPECT_EQ(rig.logic.games(), std::vector<std::string>{"A"});
-    EXPECT_EQ(rig.logic.selectedIndex(), 0);
     EXPECT_EQ(rig.program(settings::kInstalledGames), "A|B");
-    rig.logic.select(-1);
-    rig.logic.Remove(); // nothing selected
     rig.logic.select(0);
     rig.logic.Remove();
     EXPECT_FALSE(rig.logic.loadEnabled());
     rig.logic.Exit();
-    EXPECT_EQ(rig.logic.state(), GameProfiles::State::Exited);
     EXPECT_EQ(rig.program(settings::kInstalledGames), "Error");
-    // A removed profile keeps its values in the store.
-    EXPECT_EQ(rig.profile("MTM2", settings::kLocation), "C:\\Games\\MTM2");
+    EXPECT_EQ(rig.profile("MTM2", settings::kLocation), "C:\\Games\\MTM2"); // removed profiles keep their values
+}
+
+TEST(RepairGameRegistry, writesBothKeysForTheChosenFolder) {
+    TempDrive drive;
+    SettingsStore store(drive.registry(), drive.dialogs());
+    Session session;
+    session.location = "C:\\Games\\MTM2";
+    EXPECT_FALSE(RepairGameRegistry(store, drive.dialogs(), session)); // cancelled: nothing written
+    EXPECT_FALSE(drive.registry().keyExists(RegistryRoot::LocalMachine, "SOFTWARE\\Microsoft"));
+
+    drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
+    ASSERT_TRUE(RepairGameRegistry(store, drive.dialogs(), session));
+    const std::string game = "SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0";
+    const std::string lobby = "SOFTWARE\\Microsoft\\DirectPlay\\Applications\\Monster Truck Madness 2";
+    for (const auto& [key, name] : {std::pair{game, "InstalledPath"}, {lobby, "CurrentDirectory"}, {lobby, "Path"}})
+        EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, key, name), "E:\\MTM2") << name;
+    EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, lobby, "CommandLine"), "");
 }

@@ -10,19 +10,14 @@
 
 namespace korvel::testing {
 
-// Plays the user in front of the profiles dialog; by default presses Load.
+// By default presses Load in the profiles dialog.
 class ScriptedChooser : public ProfileChooser {
 public:
     std::function<void(GameProfiles&)> play = [](GameProfiles& logic) { logic.Load(); };
     int shown = 0;
-
-    void choose(GameProfiles& logic) override {
-        ++shown;
-        play(logic);
-    }
+    void choose(GameProfiles& logic) override { ++shown, play(logic); }
 };
 
-// A drive, a store, a session and start-up wired together; the association goes to the store only.
 struct StartupRig {
     TempDrive drive;
     SettingsStore store{drive.registry(), drive.dialogs()};
@@ -31,13 +26,11 @@ struct StartupRig {
     FileAssociation association{store, drive.paths(), {drive.host("C:\\Tools\\Korvel.exe"), false, {}, false}};
     Startup startup{drive.services(), store, session, chooser, association};
 
-    // Start-up as the next launch of the program: a fresh session over the same store.
     StartupResult relaunch(const std::string& commandLine = {}) {
         session = Session();
         return startup.Main(commandLine);
     }
-
-    // A complete profile whose game folder exists.
+    // A complete profile whose game folder exists, listed alone.
     void addProfile(const std::string& name, const std::string& folder, bool firstRunDone = true) {
         GameLayout layout;
         layout.folder = folder;
@@ -45,6 +38,7 @@ struct StartupRig {
         GameProfiles(store, drive.files(), drive.dialogs(), session).addProfile(folder + "\\monster.exe", name);
         if (firstRunDone)
             store.writeProfile(name, settings::kFirstRun, "0");
+        setList(name);
     }
     void setList(const std::string& list) {
         store.CreateKey(std::string(settings::kProgramKey));
