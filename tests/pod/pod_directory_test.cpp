@@ -1,3 +1,4 @@
+#include "pod/listing_export.h"
 #include "pod/pod_directory.h"
 #include "pod/recent_archives.h"
 
@@ -22,63 +23,43 @@ Result<PodDirectory> listBytes(TempDrive& drive, const std::string& bytes) {
     return ListPOD(drive.files(), kArchive);
 }
 
-void expectUnreadable(const Result<PodDirectory>& result) {
+void expectFailure(const Result<PodDirectory>& result, FailureKind kind, const QString& message) {
     ASSERT_FALSE(result.ok());
-    EXPECT_EQ(result.failure().kind, FailureKind::ReadError);
-    EXPECT_EQ(result.failure().message, unreadablePodText());
+    EXPECT_EQ(result.failure().kind, kind);
+    EXPECT_EQ(result.failure().message, message);
 }
 
 } // namespace
 
 TEST(AddCommas, groupsThousandsWithCommasAndShowsZeroAsZero) {
-    EXPECT_EQ(AddCommas(0), "0");
-    EXPECT_EQ(AddCommas(0.4), "0");
-    EXPECT_EQ(AddCommas(12), "12");
-    EXPECT_EQ(AddCommas(999), "999");
-    EXPECT_EQ(AddCommas(1000), "1,000");
-    EXPECT_EQ(AddCommas(1234567), "1,234,567");
-    EXPECT_EQ(AddCommas(-1234), "-1,234");
-    EXPECT_EQ(AddCommas(2147483647.0), "2,147,483,647");
+    std::string all;
+    for (double value : {0.0, 0.4, 999.0, 1000.0, 1234567.0, -1234.0, 2147483647.0})
+        all += AddCommas(value) + " ";
+    EXPECT_EQ(all, "0 0 999 1,000 1,234,567 -1,234 2,147,483,647 ");
 }
 
-TEST(PodDirectory, readsPod1RowsWithNamesUpToTheirFirstNul) {
+TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets) {
     TempDrive drive;
     PodWriter pod;
     pod.comment("Stock trucks").add("TRUCK\\A.TRK", "abc").add("ART\\B.RAW", std::string(1000, 'x'));
-    auto listing = listBytes(drive, pod.pod1());
-    ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
-    EXPECT_FALSE(listing->pod2);
-    EXPECT_EQ(listing->folder, "C:\\Games\\MTM2\\");
-    EXPECT_EQ(listing->fileName, "TEST.POD");
-    EXPECT_EQ(listing->comment, "Stock trucks");
-    ASSERT_EQ(listing->entries.size(), 2u);
-    EXPECT_EQ(listing->entries[0].name, "TRUCK\\A.TRK");
-    EXPECT_EQ(listing->entries[0].start, 84 + 80);
-    EXPECT_EQ(listing->entries[0].size, 3);
-    EXPECT_EQ(listing->entries[1].start, 84 + 80 + 3);
-    EXPECT_EQ(listing->entries[1].end, 84 + 80 + 3 + 1000);
-    EXPECT_EQ(listing->typeText, "Truck");
-    EXPECT_EQ(listing->editorText, "TrackEd");
-    EXPECT_EQ(listing->sizeText(), "1,167");
-    EXPECT_EQ(listing->totalText(), "2");
-}
-
-TEST(PodDirectory, pairsPod2NamesWithEntriesByOrderAndIgnoresNameOffsets) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.comment("two").add("FIRST.BIN", "1111").add("SECOND\\LONGER.NAME", "22");
-    std::string bytes = pod.pod2();
-    putInt32(bytes, 96, 999);     // name offset of record 0: never used
-    putInt32(bytes, 96 + 20, -5); // nor that of record 1
-    auto listing = listBytes(drive, bytes);
-    ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
-    EXPECT_TRUE(listing->pod2);
-    EXPECT_EQ(listing->comment, "two");
-    ASSERT_EQ(listing->entries.size(), 2u);
-    EXPECT_EQ(listing->entries[0].name, "FIRST.BIN");
-    EXPECT_EQ(listing->entries[1].name, "SECOND\\LONGER.NAME");
-    EXPECT_EQ(listing->entries[1].size, 2);
-    EXPECT_EQ(listing->typeText, "Other (POD2)");
+    std::string pod2 = pod.pod2();
+    putInt32(pod2, 96, 999);     // name offset of record 0: never used
+    putInt32(pod2, 96 + 20, -5); // nor that of record 1
+    for (bool two : {false, true}) {
+        SCOPED_TRACE(two);
+        auto listing = listBytes(drive, two ? pod2 : pod.pod1());
+        ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
+        EXPECT_EQ(listing->pod2, two);
+        EXPECT_EQ(listing->comment, "Stock trucks");
+        ASSERT_EQ(listing->entries.size(), 2u);
+        EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "TRUCK\\A.TRK|ART\\B.RAW");
+        EXPECT_EQ(listing->entries[0].size, 3);
+        EXPECT_EQ(listing->entries[1].end - listing->entries[0].start, 1003);
+        EXPECT_EQ(listing->typeText, two ? "Truck (POD2)" : "Truck");
+    }
+    auto pod1 = listBytes(drive, pod.pod1());
+    EXPECT_EQ(pod1->entries[0].start, 84 + 80);
+    EXPECT_EQ(pod1->sizeText(), "1,167");
 }
 
 TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
@@ -91,93 +72,41 @@ TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
     putInt32(bytes, 96 + 8, dataStart - 2);
     auto listing = listBytes(drive, bytes);
     ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
-    EXPECT_EQ(listing->entries[0].name, "A.BIN");
-    EXPECT_EQ(listing->entries[1].name, "B.B");
-    // Six bytes earlier: the table yields one name for two entries.
+    EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "A.BIN|B.B");
+    // Six bytes earlier: one name for two entries; before the table: a negative length.
     putInt32(bytes, 96 + 8, dataStart - 6);
-    listing = listBytes(drive, bytes);
-    ASSERT_FALSE(listing.ok());
-    EXPECT_EQ(listing.failure().kind, FailureKind::UnexpectedError);
-    EXPECT_EQ(listing.failure().message, unexpectedErrorText(9, "Subscript out of range"));
-}
-
-TEST(PodDirectory, reportsANegativeNameTableLengthAsAnUnexpectedError) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.add("A.BIN", "aa");
-    std::string bytes = pod.pod2();
+    expectFailure(listBytes(drive, bytes), FailureKind::UnexpectedError,
+                  unexpectedErrorText(9, "Subscript out of range"));
     putInt32(bytes, 96 + 8, 50);
-    auto listing = listBytes(drive, bytes);
-    ASSERT_FALSE(listing.ok());
-    EXPECT_EQ(listing.failure().message, unexpectedErrorText(5, "Invalid procedure call or argument"));
-}
-
-TEST(PodDirectory, readsLowerCasePod2MagicAsPod1) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.magic("pod2").add("A.TRK", "x");
-    auto listing = listBytes(drive, pod.pod2());
-    // Read as POD1, "pod2" is a count of 0x32646f70 records: far more than the file holds.
-    expectUnreadable(listing);
-
-    PodWriter pod1;
-    pod1.add("A.TRK", "x");
-    auto sound = listBytes(drive, pod1.pod1());
-    ASSERT_TRUE(sound.ok());
-    EXPECT_EQ(sound->magic.size(), 4u);
-    EXPECT_FALSE(sound->pod2);
+    expectFailure(listBytes(drive, bytes), FailureKind::UnexpectedError,
+                  unexpectedErrorText(5, "Invalid procedure call or argument"));
 }
 
 TEST(PodDirectory, refusesOverflowingAndImpossibleDirectoriesWithThePod3Message) {
     TempDrive drive;
-    {
-        PodWriter pod;
-        pod.add(PodWriter::Entry{"BIG.BIN", "x", 0x7FFFFFF0, std::nullopt});
-        expectUnreadable(listBytes(drive, pod.pod1()));
-        expectUnreadable(listBytes(drive, pod.pod2()));
-    }
-    {
-        PodWriter pod;
-        pod.magic("POD3").add("A.BIN", "abc");
-        expectUnreadable(listBytes(drive, pod.pod2()));
-    }
-    {
-        // Counts that cannot fit in the file stop at once instead of reading billions of rows.
-        PodWriter pod;
-        pod.add("A.BIN", "abc").count(0x7FFFFFFF);
-        expectUnreadable(listBytes(drive, pod.pod1()));
-        expectUnreadable(listBytes(drive, pod.pod2()));
-        PodWriter some;
-        some.add("A.BIN", "abc").count(3);
-        expectUnreadable(listBytes(drive, some.pod1()));
-    }
-    {
-        // A name table running past the end of the file.
-        PodWriter pod;
-        pod.add("A.BIN", "abc");
-        std::string bytes = pod.pod2();
-        putInt32(bytes, 96 + 8, 0x7FFFFF00);
-        expectUnreadable(listBytes(drive, bytes));
-    }
+    PodWriter lower, big, pod3, huge, some;
+    lower.magic("pod2").add("A.TRK", "x"); // read as POD1: a count of 0x32646f70 records
+    big.add(PodWriter::Entry{"BIG.BIN", "x", 0x7FFFFFF0, std::nullopt});
+    pod3.magic("POD3").add("A.BIN", "abc");
+    huge.add("A.BIN", "abc").count(0x7FFFFFFF); // stops at once instead of reading billions of rows
+    some.add("A.BIN", "abc").count(3);
+    std::string longNames = some.count(1).pod2(); // a name table running past the end of the file
+    putInt32(longNames, 96 + 8, 0x7FFFFF00);
+    for (const std::string& bytes :
+         {lower.pod2(), big.pod1(), big.pod2(), pod3.pod2(), huge.pod1(), huge.pod2(), some.count(3).pod1(), longNames})
+        expectFailure(listBytes(drive, bytes), FailureKind::ReadError, unreadablePodText());
 }
 
-TEST(PodDirectory, listsAnEmptyArchiveAsOther) {
+TEST(PodDirectory, listsAnEmptyArchiveWithItsTimeAndAMissingOneAsAnUnexpectedError) {
     TempDrive drive;
     auto listing = listBytes(drive, PodWriter().pod1());
     ASSERT_TRUE(listing.ok());
-    EXPECT_TRUE(listing->entries.empty());
-    EXPECT_EQ(listing->typeText, "Other");
-    EXPECT_EQ(listing->editorText, "Unknown");
     EXPECT_EQ(listing->totalText(), "0");
     EXPECT_EQ(listedStatusText(*listing, 0.054), "Contents of TEST.POD listed in 0.05s");
-}
-
-TEST(PodDirectory, reportsAMissingArchiveAsAnUnexpectedError) {
-    TempDrive drive;
-    auto listing = ListPOD(drive.files(), "C:\\Games\\NONE.POD");
-    ASSERT_FALSE(listing.ok());
-    EXPECT_EQ(listing.failure().kind, FailureKind::UnexpectedError);
-    EXPECT_EQ(listing.failure().message, unexpectedErrorText(53, "File not found"));
+    for (const auto& [seconds, text] : {std::pair{0.5, "0.5"}, {2.0, "2"}, {0.001, "0"}})
+        EXPECT_EQ(secondsText(seconds), text) << seconds;
+    expectFailure(ListPOD(drive.files(), "C:\\Games\\NONE.POD"), FailureKind::UnexpectedError,
+                  unexpectedErrorText(53, "File not found"));
 }
 
 TEST(PodClassification, followsTheTypeAndEditorTable) {
@@ -186,10 +115,10 @@ TEST(PodClassification, followsTheTypeAndEditorTable) {
     struct Case {
         std::vector<std::pair<std::string, std::string>> entries;
         bool pod2;
-        std::string type;
-        std::string editor;
+        std::string type, editor;
     };
     const std::vector<Case> cases = {
+        {{}, false, "Other", "Unknown"},
         {{{"A.TRK", ""}, {"B.TRK", ""}}, false, "Truck", "TrackEd"},
         {{{"A.TXT", "x"}}, false, "Other", "Unknown"},
         {{{"A.SIT", trackInfoText(12, "1")}, {"B.TRK", ""}}, true, "Merged (POD2)", "PODMate"},
@@ -200,68 +129,59 @@ TEST(PodClassification, followsTheTypeAndEditorTable) {
         {{{"T.SIT", trackInfoText(12, "7", "Traxxville USA")}}, true, "Unknown (POD2)", "TrackEd"},
         {{{"T.SIT", trackInfoText(12, "2")}}, true, "Circuit (POD2)", "TrackEd"},
         {{{"T.SIT", trackInfoText(18, "2") + "\r\n"}}, true, "Unknown (POD2)", "TrackEd"},
+        {{{"T.SIT", ""}}, false, "", ""}, // track information without size: both boxes empty
+        {{{"T.SIT", ""}}, true, " (POD2)", ""},
     };
     for (size_t i = 0; i < cases.size(); ++i) {
+        SCOPED_TRACE(i);
         PodWriter pod;
         for (const auto& [name, data] : cases[i].entries)
             pod.add(name, data);
         auto listing = listBytes(drive, cases[i].pod2 ? pod.pod2() : pod.pod1());
-        ASSERT_TRUE(listing.ok()) << "case " << i << ": " << listing.failure().message.toStdString();
-        EXPECT_EQ(listing->typeText, cases[i].type) << "case " << i;
-        EXPECT_EQ(listing->editorText, cases[i].editor) << "case " << i;
+        ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
+        EXPECT_EQ(listing->typeText, cases[i].type);
+        EXPECT_EQ(listing->editorText, cases[i].editor);
     }
+    PodWriter shortInfo;
+    shortInfo.add("T.SIT", "one\r\ntwo\r\n");
+    expectFailure(listBytes(drive, shortInfo.pod1()), FailureKind::UnexpectedError,
+                  unexpectedErrorText(9, "Subscript out of range"));
 }
 
-TEST(PodClassification, leavesBothBoxesEmptyWhenTheTrackInformationHasNoSizeOrStart) {
+TEST(ListingExport, writesTheSevenPartsWithCrLfInDisplayOrderBesideTheArchiveAndNothingWithoutRows) {
+    EXPECT_EQ(exportPathFor("C:\\GAME\\", "NODOT"), "C:\\GAME\\txt");
+    EXPECT_EQ(exportCreatedText("C:\\GAME\\TRUCKS.txt"), "C:\\GAME\\TRUCKS.txt successfully created!");
     TempDrive drive;
     PodWriter pod;
-    pod.add(PodWriter::Entry{"T.SIT", "", 0, std::nullopt});
-    auto listing = listBytes(drive, pod.pod1());
+    pod.comment("My trucks").add("Z.TRK", std::string(1500, 'z')).add("a.trk", "a"); // sorted ignoring case
+    drive.write("C:\\G\\A.B.POD", pod.pod1());
+    drive.write("C:\\G\\EMPTY.POD", PodWriter().pod1());
+    Result<PodDirectory> listing = ListPOD(drive.files(), "C:\\G\\A.B.POD");
     ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->typeText, "");
-    EXPECT_EQ(listing->editorText, "");
-    listing = listBytes(drive, pod.pod2());
+    Result<std::string> written = exportListing(drive.files(), *listing, true);
+    ASSERT_TRUE(written.ok());
+    EXPECT_EQ(*written, "C:\\G\\A.txt"); // cut at the first dot
+    EXPECT_EQ(drive.read("C:\\G\\A.txt"), "// My trucks\r\n"
+                                          "a.trk         // 1          1,664         1,665\r\n"
+                                          "Z.TRK         // 1,500      164           1,664\r\n"
+                                          "\r\n"
+                                          "// Editor Used: TrackEd\r\n"
+                                          "// POD Size: 1,665\r\n"
+                                          "// POD Type: Truck\r\n"
+                                          "// Total Files: 2\r\n");
+    listing = ListPOD(drive.files(), "C:\\G\\EMPTY.POD");
     ASSERT_TRUE(listing.ok());
-    EXPECT_EQ(listing->typeText, " (POD2)");
-}
-
-TEST(PodClassification, failsWhenTheTrackInformationHasTooFewLines) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.add("T.SIT", "one\r\ntwo\r\n");
-    auto listing = listBytes(drive, pod.pod1());
-    ASSERT_FALSE(listing.ok());
-    EXPECT_EQ(listing.failure().message, unexpectedErrorText(9, "Subscript out of range"));
-}
-
-TEST(PodListing, sortsByNameWithoutRegardToCaseWhenAsked) {
-    TempDrive drive;
-    PodWriter pod;
-    pod.add("b.bin", "1").add("C.BIN", "2").add("A.BIN", "3");
-    auto listing = listBytes(drive, pod.pod1());
-    ASSERT_TRUE(listing.ok());
-    auto sorted = displayOrder(*listing, true);
-    EXPECT_EQ(sorted[0]->name, "A.BIN");
-    EXPECT_EQ(sorted[1]->name, "b.bin");
-    EXPECT_EQ(sorted[2]->name, "C.BIN");
-    EXPECT_EQ(displayOrder(*listing, false)[0]->name, "b.bin");
-}
-
-TEST(PodListing, formatsElapsedSecondsAsOrdinaryNumbers) {
-    EXPECT_EQ(secondsText(0.5), "0.5");
-    EXPECT_EQ(secondsText(2.0), "2");
-    EXPECT_EQ(secondsText(0.274), "0.27");
-    EXPECT_EQ(secondsText(0.001), "0");
+    written = exportListing(drive.files(), *listing, false);
+    ASSERT_TRUE(written.ok());
+    EXPECT_TRUE(written->empty());
+    EXPECT_FALSE(drive.exists("C:\\G\\EMPTY.txt"));
 }
 
 TEST(RecentArchives, keepsEightNewestFirstWithoutDuplicates) {
     std::vector<std::string> recent;
-    recent = updateRecentArchives(recent, "C:\\A\\", "ONE.POD");
-    recent = updateRecentArchives(recent, "C:\\A\\", "TWO.POD");
-    recent = updateRecentArchives(recent, "C:\\A\\", "ONE.POD");
-    ASSERT_EQ(recent.size(), 2u);
-    EXPECT_EQ(recent[0], "C:\\A\\ONE.POD");
-    EXPECT_EQ(recent[1], "C:\\A\\TWO.POD");
+    for (const char* name : {"ONE.POD", "TWO.POD", "ONE.POD"})
+        recent = updateRecentArchives(recent, "C:\\A\\", name);
+    EXPECT_EQ(recent, (std::vector<std::string>{"C:\\A\\ONE.POD", "C:\\A\\TWO.POD"}));
     for (int i = 0; i < 8; ++i)
         recent = updateRecentArchives(recent, "C:\\B\\", "P" + std::to_string(i) + ".POD");
     ASSERT_EQ(recent.size(), 8u);
