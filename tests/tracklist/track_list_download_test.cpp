@@ -3,8 +3,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -23,14 +21,6 @@ protected:
         if (!QCoreApplication::instance())
             new QCoreApplication(argc, argv);
     }
-    // Runs the event loop until `done` holds or `ms` pass.
-    template <typename Done> static bool waitFor(Done done, int ms) {
-        QElapsedTimer clock;
-        clock.start();
-        while (!done() && clock.elapsed() < ms)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-        return done();
-    }
 };
 
 } // namespace
@@ -42,8 +32,9 @@ TEST_F(TrackListDownloadTest, deliversEveryBodyTheServerSendsUnmarkedAndEmptyOne
         const TrackListReply reply = fetchTrackList(server.url(), 5s);
         EXPECT_TRUE(reply.ok) << reply.error.toStdString();
         EXPECT_EQ(reply.body, body);
-        EXPECT_EQ(server.requests(), 1);
     }
+    LoopbackHttpServer huge(QByteArray(TrackListDownload::kMaxBytes + 10, 'x'));
+    EXPECT_FALSE(fetchTrackList(huge.url(), 10s).ok);
 }
 
 TEST_F(TrackListDownloadTest, silentServerTimesOutAndRefusedConnectionFailsAtOnce) {
@@ -53,35 +44,9 @@ TEST_F(TrackListDownloadTest, silentServerTimesOutAndRefusedConnectionFailsAtOnc
     EXPECT_FALSE(fetchTrackList(silent.url(), 300ms).ok);
     EXPECT_GE(clock.elapsed(), 250);
     EXPECT_LT(clock.elapsed(), 5000);
-    EXPECT_EQ(silent.connections(), 1);
-
     clock.restart();
     const TrackListReply refused = fetchTrackList(LoopbackHttpServer::refusingUrl(), 10s);
     EXPECT_FALSE(refused.ok);
     EXPECT_FALSE(refused.error.isEmpty());
     EXPECT_LT(clock.elapsed(), 5000);
-
-    LoopbackHttpServer huge(QByteArray(TrackListDownload::kMaxBytes + 10, 'x'));
-    EXPECT_FALSE(fetchTrackList(huge.url(), 10s).ok);
-}
-
-TEST_F(TrackListDownloadTest, runsInTheEventLoopAndEmitsFinishedOncePerDownload) {
-    LoopbackHttpServer server("QXMTL$");
-    TrackListDownload download;
-    int finished = 0;
-    QObject::connect(&download, &TrackListDownload::finished, [&] { ++finished; });
-    download.start(server.url(), 5s);
-    EXPECT_TRUE(download.isRunning()); // start() returned before anything was transferred
-    ASSERT_TRUE(waitFor([&] { return finished == 1; }, 5000));
-    EXPECT_TRUE(download.reply().ok);
-    EXPECT_EQ(download.reply().body, "QXMTL$");
-    waitFor([] { return false; }, 100);
-    EXPECT_EQ(finished, 1);
-
-    // An aborted download reports failure.
-    LoopbackHttpServer silent("", true);
-    download.start(silent.url(), 5s);
-    QTimer::singleShot(50, &download, &TrackListDownload::abort);
-    ASSERT_TRUE(waitFor([&] { return finished == 2; }, 5000));
-    EXPECT_FALSE(download.reply().ok);
 }
