@@ -19,7 +19,8 @@ struct DriverEntry {
     // Bold entries are never removed. Nothing in the program makes an entry bold.
     bool bold = false;
 
-    bool operator==(const DriverEntry&) const = default;
+    // The same driver as stored: name and record (boldness is only how the list shows it).
+    bool operator==(const DriverEntry& other) const { return name == other.name && record == other.record; }
 };
 
 // The drivers read from player.pro, in file order.
