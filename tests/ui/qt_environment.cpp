@@ -1,6 +1,3 @@
-// Every GUI test runs inside one QApplication on Qt's offscreen platform, created before the first
-// test and kept until the program ends.
-
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -19,8 +16,7 @@ public:
         static char* argv[] = {name, nullptr};
         m_app = new QApplication(argc, argv);
     }
-    // Gone before the program's static objects are: the input devices that mouse events create
-    // unregister themselves from a static list when the application deletes them.
+    // Deleted before static objects: mouse input devices unregister from a static list.
     void TearDown() override {
         delete m_app;
         m_app = nullptr;

@@ -10,12 +10,10 @@
 #include "ui/window_hooks.h"
 
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace korvel::testing {
 
-// Hooks that record what the window asked of its panes, with answers the test sets.
 class RecordingHooks : public ui::WindowHooks {
 public:
     void listArchive(const std::string& folder, const std::string& file) override {
@@ -37,7 +35,7 @@ public:
         calls.push_back("restoreSplitter");
         splitter = top;
     }
-    void applyAssociation(bool on) override { association.push_back(on); }
+    void applyAssociation(bool) override {}
 
     std::vector<std::string> listed;
     std::string current;
@@ -47,10 +45,8 @@ public:
     int saves = 0;
     std::vector<std::string> calls;
     double splitter = -1;
-    std::vector<bool> association;
 };
 
-// A main window over a temporary drive, for a profile with or without the Configurator.
 class WindowFixture {
 public:
     explicit WindowFixture(const std::string& profile = "MTM2", bool configurator = true)
@@ -70,7 +66,6 @@ public:
     void set(std::string_view name, const std::string& text) { store.writeProfile(session.currentGame, name, text); }
     std::string get(std::string_view name) { return store.readProfile(session.currentGame, name); }
 
-    // Builds and opens the window (the open sequence runs here).
     ui::MainWindow& open() {
         window = std::make_unique<ui::MainWindow>(session, store, drive.services(), &hooks);
         window->slider().setStepPause(0);
