@@ -1,40 +1,41 @@
 #pragma once
 
 #include "mounter/mounter.h"
+#include "mounter/pod_ini.h"
 #include "mounter/splitter_bounds.h"
 #include "platform/game_path.h"
 #include "platform/short_path.h"
-#include "startup/session.h"
 #include "startup/settings_names.h"
-#include "startup/settings_store.h"
 #include "temp_game.h"
+
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace korvel::testing {
 
-// A game folder C:\Games\MTM2 on a temporary drive, with a Mounter over it.
+using Entries = std::vector<std::string>;
+using Rows = std::vector<int>;
+
+// A game folder C:\Games\MTM2 on a temporary drive, with a Mounter over it and a trash folder of its own.
 class MounterTest : public ::testing::Test {
 protected:
     static constexpr const char* kGame = "C:\\Games\\MTM2";
     static constexpr const char* kIni = "C:\\Games\\MTM2\\POD.INI";
 
     MounterTest() : settings(drive.registry(), drive.dialogs()) {
+        qputenv("XDG_DATA_HOME", m_home.path().toLocal8Bit());
         drive.makeFolder(kGame);
         session.currentGame = "MTM2";
         session.location = kGame;
         session.locationIni = kIni;
         session.mmpa = "99";
-        session.asPod = "0";
-        session.asChange = "0";
+        session.asPod = session.asChange = "0";
         session.shortGameFolder = ShortPath(drive.files(), "", kGame, true) + "\\";
         settings.CreateKey(settings::profileKey("MTM2"));
         settings.writeProfile("MTM2", settings::kExtraDirs, settings::kDefaultExtraDirs);
     }
+    ~MounterTest() override { qunsetenv("XDG_DATA_HOME"); }
 
     Mounter& mounter() {
         if (!m_mounter)
@@ -42,50 +43,38 @@ protected:
         return *m_mounter;
     }
 
-    void archive(const std::string& relative) { drive.write(game(relative), "POD"); }
     static std::string game(const std::string& relative) { return joinGamePath(kGame, relative); }
-
-    void writeIni(const std::vector<std::string>& entries) {
-        std::string text = std::to_string(entries.size()) + "\r\n";
-        for (const std::string& entry : entries)
-            text += entry + "\r\n";
-        drive.write(kIni, text);
+    void archives(const Entries& names) {
+        for (const std::string& name : names)
+            drive.write(game(name), "POD");
     }
+    void writeIni(const Entries& entries) { drive.write(kIni, podIniText(entries)); }
+    void autosaveOnChange() { session.asPod = session.asChange = "1"; }
 
-    void autosaveOnChange() {
-        session.asPod = "1";
-        session.asChange = "1";
-    }
-
-    static std::vector<std::string> paths(const EntryList& list) {
-        std::vector<std::string> out;
+    // The rows' stored paths, separated by commas.
+    static std::string joined(const EntryList& list) {
+        std::string text;
         for (const MountedEntry& row : list.rows())
-            out.push_back(row.path);
-        return out;
+            text += (text.empty() ? "" : ",") + row.path;
+        return text;
     }
-    static std::vector<std::string> texts(const EntryList& list) {
-        std::vector<std::string> out;
-        for (const MountedEntry& row : list.rows())
-            out.push_back(row.text);
-        return out;
-    }
-    static std::vector<int> selected(const EntryList& list) { return list.selectedRows(); }
-
-    // Loads a mounted list of the given archives (created on disk) and scans.
-    void mountedOf(const std::vector<std::string>& entries) {
-        for (const std::string& entry : entries)
-            archive(entry);
-        writeIni(entries);
-        ASSERT_TRUE(mounter().LoadMountedList().ok());
-        mounter().ScanUnmounted();
-    }
-
-    void select(EntryList& list, const std::vector<int>& rows) {
+    static Rows selected(const EntryList& list) { return list.selectedRows(); }
+    static void select(EntryList& list, const Rows& rows) {
         list.clearSelection();
         for (int row : rows)
             list.setSelected(row, true);
     }
 
+    // Loads a mounted list of the given archives (created on disk), then adds and scans the unmounted ones.
+    void mountedOf(const Entries& entries, const Entries& unmounted = {}) {
+        archives(entries);
+        archives(unmounted);
+        writeIni(entries);
+        ASSERT_TRUE(mounter().LoadMountedList().ok());
+        mounter().ScanUnmounted();
+    }
+
+    QTemporaryDir m_home;
     TempDrive drive;
     SettingsStore settings;
     Session session;
@@ -95,3 +84,6 @@ private:
 };
 
 } // namespace korvel::testing
+
+using namespace korvel;
+using namespace korvel::testing;

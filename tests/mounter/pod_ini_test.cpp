@@ -1,12 +1,6 @@
 #include "mounter_fixture.h"
 
-#include "mounter/pod_ini.h"
-
 #include <QDir>
-
-using namespace korvel;
-using namespace korvel::testing;
-using Entries = std::vector<std::string>;
 
 TEST(PodIniText, readsEntriesAfterTheCountLineWhateverTheLineEnds) {
     EXPECT_EQ(podIniEntries("9\r\nA.POD\r\n\r\n   \r\n\x1b\r\n  \x1b  \r\n  SPACED.POD \r\n"),
@@ -15,29 +9,21 @@ TEST(PodIniText, readsEntriesAfterTheCountLineWhateverTheLineEnds) {
     EXPECT_EQ(podIniEntries("ADDON\\FIRST.POD\r\nB.POD"), (Entries{"B.POD"})); // the first line is never an entry
     EXPECT_TRUE(podIniEntries("").empty());
     EXPECT_EQ(podIniText({"TRUCKS.POD", "D:\\X\\Y.POD"}), "2\r\nTRUCKS.POD\r\nD:\\X\\Y.POD\r\n");
-}
-
-TEST(ArchiveDisplayName, showsParentFolderAndNameWithALeadingBackslash) {
-    EXPECT_EQ(ArchiveDisplayName("D:\\GAMES\\TRACKS\\MYTRACK.POD"), "\\TRACKS\\MYTRACK.POD");
-    EXPECT_EQ(ArchiveDisplayName("TRUCKS.POD"), "TRUCKS.POD");
     EXPECT_EQ(ArchiveDisplayName("\\X.POD"), "\\\\X.POD");
 }
 
 using LoadMountedList = MounterTest;
 
 TEST_F(LoadMountedList, marksExistingAndMissingArchivesAndRewritesTheFileCanonically) {
-    archive("TRUCKS.POD");
-    archive("ADDON\\MYTRACK.POD");
+    archives({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     drive.write(kIni, "7\nTRUCKS.POD\n\n   \naddon\\mytrack.pod\rADDON\\MYTRACK.POD\n\x1b\n  MISSING.POD\n");
     ASSERT_TRUE(mounter().LoadMountedList().ok());
     const EntryList& list = mounter().mounted();
     // Both spellings are found on disk but stay separate stored paths; leading blanks are kept.
-    EXPECT_EQ(paths(list), (Entries{"TRUCKS.POD", "addon\\mytrack.pod", "ADDON\\MYTRACK.POD", "  MISSING.POD"}));
+    EXPECT_EQ(joined(list), "TRUCKS.POD,addon\\mytrack.pod,ADDON\\MYTRACK.POD,  MISSING.POD");
     EXPECT_EQ(list.at(2).text, "\\ADDON\\MYTRACK.POD");
-    EXPECT_EQ(list.at(1).status, "Mounted");
-    EXPECT_EQ(list.at(2).status, "Mounted");
-    EXPECT_EQ(list.at(3).status, "Not found");
-    EXPECT_EQ(selected(list), (std::vector<int>{0}));
+    EXPECT_EQ(list.at(1).status + list.at(2).status + list.at(3).status, "MountedMountedNot found");
+    EXPECT_EQ(selected(list), (Rows{0}));
     EXPECT_EQ(drive.read(kIni), "4\r\nTRUCKS.POD\r\naddon\\mytrack.pod\r\nADDON\\MYTRACK.POD\r\n  MISSING.POD\r\n");
     EXPECT_FALSE(mounter().isModified());
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
@@ -47,64 +33,52 @@ TEST_F(LoadMountedList, findsAbsoluteEntriesOnTheirDriveAndRelativeOnesAlsoInThe
     QTemporaryDir other, cwd;
     drive.paths().mapDrive('D', other.path());
     drive.write("D:\\TRACKS\\FAR.POD", "POD");
-    QDir(cwd.path()).mkpath("ELSE");
-    QFile here(cwd.path() + "/ELSE/HERE.POD");
-    ASSERT_TRUE(here.open(QIODevice::WriteOnly));
-    here.close();
+    ASSERT_TRUE(QDir(cwd.path()).mkpath("ELSE") && QFile(cwd.path() + "/ELSE/HERE.POD").open(QIODevice::WriteOnly));
     writeIni({"D:\\TRACKS\\FAR.POD", "D:\\TRACKS\\GONE.POD", "ELSE\\HERE.POD"});
     const QString before = QDir::currentPath();
     QDir::setCurrent(cwd.path());
     const Status status = mounter().LoadMountedList();
     QDir::setCurrent(before);
     ASSERT_TRUE(status.ok());
-    EXPECT_EQ(paths(mounter().mounted()), (Entries{"D:\\TRACKS\\FAR.POD", "D:\\TRACKS\\GONE.POD", "ELSE\\HERE.POD"}));
-    EXPECT_EQ(mounter().mounted().at(0).status, "Mounted");
-    EXPECT_EQ(mounter().mounted().at(1).status, "Not found");
-    EXPECT_EQ(mounter().mounted().at(2).status, "Mounted");
+    const EntryList& list = mounter().mounted();
+    EXPECT_EQ(joined(list), "D:\\TRACKS\\FAR.POD,D:\\TRACKS\\GONE.POD,ELSE\\HERE.POD");
+    EXPECT_EQ(list.at(0).status + "|" + list.at(1).status + "|" + list.at(2).status, "Mounted|Not found|Mounted");
+    EXPECT_EQ(list.at(0).text, "\\TRACKS\\FAR.POD");
 }
 
-TEST_F(LoadMountedList, neverCreatesAMissingFileButTheNextSaveDoes) {
+TEST_F(LoadMountedList, leavesAMissingFileToTheNextSaveRewritesACountOnlyOneUnlessReadOnlyAndLosesNothingOnFailure) {
     autosaveOnChange();
     ASSERT_TRUE(mounter().LoadMountedList().ok());
     EXPECT_TRUE(mounter().mounted().empty());
     EXPECT_FALSE(drive.exists(kIni));
-    ASSERT_TRUE(mounter().SaveMountedList().ok());
+    ASSERT_TRUE(mounter().SaveMountedList().ok()); // the next save makes it
     EXPECT_EQ(drive.read(kIni), "0\r\n");
-}
-
-TEST_F(LoadMountedList, rewritesACountOnlyFileAsZeroButNotInReadOnlyMode) {
     drive.write(kIni, "5");
     ASSERT_TRUE(mounter().LoadMountedList(Mounter::LoadMode::ReadOnly).ok());
     EXPECT_EQ(drive.read(kIni), "5");
     ASSERT_TRUE(mounter().LoadMountedList().ok());
     EXPECT_EQ(mounter().counterText(), "0/99 PODs Mounted");
     EXPECT_EQ(drive.read(kIni), "0\r\n");
-}
-
-TEST_F(LoadMountedList, capsTheBarAt99WhateverTheMaximumSays) {
-    session.mmpa = "100";
-    Entries entries;
-    for (int i = 0; i < 150; ++i)
-        entries.push_back("P" + std::to_string(i) + ".POD");
-    writeIni(entries);
-    ASSERT_TRUE(mounter().LoadMountedList().ok());
-    EXPECT_EQ(mounter().counterText(), "150/100 PODs Mounted");
-    EXPECT_EQ(mounter().counterBar(), 99);
-}
-
-TEST_F(LoadMountedList, reportsFailedReadsAndSavesWithoutLosingAnything) {
+    // Failed reads and saves lose nothing.
     drive.write(kIni, std::string(size_t(kPodIniLimit) + 1, 'A'));
     Status status = mounter().LoadMountedList();
     ASSERT_FALSE(status.ok());
     EXPECT_EQ(status.failure().kind, FailureKind::ReadError);
     EXPECT_EQ(drive.read(kIni).size(), size_t(kPodIniLimit) + 1); // not written over
-
     session.locationIni = "Q:\\NOWHERE\\POD.INI";
-    archive("TRUCKS.POD");
+    archives({"TRUCKS.POD"});
     mounter().mountFiles({game("TRUCKS.POD")});
     status = mounter().SaveMountedList();
     ASSERT_FALSE(status.ok());
     EXPECT_EQ(status.failure().kind, FailureKind::WriteError);
     EXPECT_TRUE(status.failure().message.contains("POD.INI"));
     EXPECT_TRUE(mounter().isModified());
+}
+
+TEST_F(LoadMountedList, capsTheBarAt99WhateverTheMaximumSays) {
+    session.mmpa = "100";
+    writeIni(Entries(150, "P.POD"));
+    ASSERT_TRUE(mounter().LoadMountedList().ok());
+    EXPECT_EQ(mounter().counterText(), "150/100 PODs Mounted");
+    EXPECT_EQ(mounter().counterBar(), 99);
 }

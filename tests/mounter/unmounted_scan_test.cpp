@@ -1,62 +1,38 @@
 #include "mounter_fixture.h"
 
-using namespace korvel;
-using namespace korvel::testing;
-using Entries = std::vector<std::string>;
-
 using ScanUnmounted = MounterTest;
 
-TEST_F(ScanUnmounted, listsTheGameFolderAndFirstLevelSubfoldersOnlySortedByDisplayText) {
-    archive("zeta.pod");
-    archive("ADDON\\alpha.pod");
-    archive("Trucks\\Big.Pod");
-    archive("ADDON\\DEEP\\HIDDEN.POD");
-    archive("ADDON\\X.PODX");
-    archive("ADDON\\X.POD.BAK");
-    archive("README.TXT");
-    writeIni({});
-    mounter().LoadMountedList();
-    mounter().ScanUnmounted();
-    EXPECT_EQ(paths(mounter().unmounted()), (Entries{"ADDON\\ALPHA.POD", "TRUCKS\\BIG.POD", "ZETA.POD"}));
-    EXPECT_EQ(texts(mounter().unmounted()), (Entries{"\\ADDON\\ALPHA.POD", "\\TRUCKS\\BIG.POD", "ZETA.POD"}));
-    EXPECT_EQ(mounter().unmounted().at(0).status, "Unmounted");
-    EXPECT_EQ(selected(mounter().unmounted()), (std::vector<int>{0}));
-}
-
-TEST_F(ScanUnmounted, hidesWhatIsMountedIgnoringCaseWhetherItExistsOrNot) {
-    archive("ADDON\\MYTRACK.POD");
-    archive("OTHER.POD");
+TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhateverTheirCase) {
+    archives({"zeta.pod", "ADDON\\alpha.pod", "Trucks\\Big.Pod", "ADDON\\DEEP\\HIDDEN.POD", "ADDON\\X.PODX",
+              "ADDON\\X.POD.BAK", "README.TXT", "ADDON\\MYTRACK.POD"});
     writeIni({"addon\\MyTrack.pod", "GHOST.POD"});
     mounter().LoadMountedList();
     mounter().ScanUnmounted();
-    EXPECT_EQ(paths(mounter().unmounted()), (Entries{"OTHER.POD"}));
+    const EntryList& list = mounter().unmounted();
+    EXPECT_EQ(joined(list), "ADDON\\ALPHA.POD,TRUCKS\\BIG.POD,ZETA.POD");
+    EXPECT_EQ(list.at(0).text + "|" + list.at(2).text, "\\ADDON\\ALPHA.POD|ZETA.POD");
+    EXPECT_EQ(list.at(0).status, "Unmounted");
+    EXPECT_EQ(selected(list), (Rows{0}));
 }
 
-TEST_F(ScanUnmounted, addsExtraFoldersInsideTheGameFolderAsRelativeAndOthersAsAbsolute) {
+TEST_F(ScanUnmounted, addsExtraFoldersInsideTheGameFolderAsRelativeOthersAsAbsoluteAndEmptyValuesAsNone) {
     QTemporaryDir other;
     drive.paths().mapDrive('E', other.path());
     drive.write("E:\\PODS\\far.pod", "POD");
-    archive("ADDON\\NEAR.POD");
+    archives({"ADDON\\NEAR.POD"});
     settings.writeProfile("MTM2", settings::kExtraDirs, "E:\\PODS\\|C:\\Games\\MTM2\\ADDON|C:\\MISSING");
-    writeIni({});
-    mounter().LoadMountedList();
-    mounter().ScanUnmounted();
+    mountedOf({});
     // ADDON is both a first-level subfolder and an extra folder: listed twice.
-    EXPECT_EQ(paths(mounter().unmounted()), (Entries{"ADDON\\NEAR.POD", "ADDON\\NEAR.POD", "E:\\PODS\\FAR.POD"}));
-}
-
-TEST_F(ScanUnmounted, treatsTheEmptyAndMissingExtraFoldersValuesAsNoFolders) {
-    archive("ONE.POD");
-    writeIni({});
-    mounter().LoadMountedList();
-    for (const std::string& value : {settings::kDefaultExtraDirs, std::string(), std::string("|")}) {
-        settings.writeProfile("MTM2", settings::kExtraDirs, value);
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\NEAR.POD,ADDON\\NEAR.POD,E:\\PODS\\FAR.POD");
+    // Empty and missing values mean no extra folders.
+    for (const std::string& value : {settings::kDefaultExtraDirs, std::string(), std::string("|"), std::string("-")}) {
+        if (value == "-")
+            drive.registry().clear(); // the value reads as "Error"
+        else
+            settings.writeProfile("MTM2", settings::kExtraDirs, value);
         mounter().ScanUnmounted();
-        EXPECT_EQ(paths(mounter().unmounted()), (Entries{"ONE.POD"}));
+        EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\NEAR.POD") << value;
     }
-    drive.registry().clear(); // the value reads as "Error"
-    mounter().ScanUnmounted();
-    EXPECT_EQ(paths(mounter().unmounted()), (Entries{"ONE.POD"}));
 }
 
 TEST_F(ScanUnmounted, findsNothingDirectlyInAGameFolderAtADriveRoot) {
@@ -66,18 +42,17 @@ TEST_F(ScanUnmounted, findsNothingDirectlyInAGameFolderAtADriveRoot) {
     session.locationIni = "C:\\POD.INI";
     session.shortGameFolder = "C:\\";
     mounter().ScanUnmounted();
-    EXPECT_EQ(paths(mounter().unmounted()), (Entries{"ADDON\\SUB.POD"}));
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\SUB.POD");
 }
 
 TEST(SplitterBounds, keepsTheBarBetween780And5370AndResetsOnRightRelease) {
-    EXPECT_EQ(splitterDragTop(100, 60, 600), 780);    // 670: below 770
-    EXPECT_EQ(splitterDragTop(205, 60, 600), 775);    // 775 is not below 770
-    EXPECT_EQ(splitterDragTop(3000, 60, 3000), 5370); // 5970: above 5380
-    EXPECT_EQ(splitterDragTop(30, 60, 3000), 3000);
+    // 670 is below 770, 775 is not, 5970 is above 5380.
+    EXPECT_EQ((Rows{splitterDragTop(100, 60, 600), splitterDragTop(205, 60, 600), splitterDragTop(3000, 60, 3000),
+                    splitterDragTop(30, 60, 3000)}),
+              (Rows{780, 775, 5370, 3000}));
     EXPECT_EQ(splitterReleaseTop(4000, true), 3070);
     EXPECT_EQ(splitterReleaseTop(4000, false), 4000);
     const MounterSplit split = mounterSplit(3070, 60, 7000);
-    EXPECT_EQ(split.mountedHeight, 2890);
-    EXPECT_EQ(split.unmountedTop, 3120);
-    EXPECT_EQ(split.unmountedHeight, 7000 - 225 - 3120);
+    EXPECT_EQ(std::tuple(split.mountedHeight, split.unmountedTop, split.unmountedHeight),
+              std::tuple(2890, 3120, 7000 - 225 - 3120));
 }
