@@ -84,17 +84,14 @@ protected:
 TEST_F(MounterPaneTest, mountsAndReordersWithAutosaveWritingPodIniAtOnceOrReportingTheFailure) {
     startGame(true);
     EXPECT_EQ(rig.find<QLabel>("lblPODs")->text(), QStringLiteral("5/99 PODs Mounted"));
-
     select(unmounted, {unmountedRow("Z.POD")});
     clickButton("cmdMount");
     EXPECT_EQ(rig.podIni(), iniText({"A.POD", "B.POD", "C.POD", "D.POD", "E.POD", "Z.POD"}));
     EXPECT_EQ(unmountedRow("Z.POD"), -1);
-
     select(mounted, {5});
     QTest::keyClick(mounted, Qt::Key_T, Qt::ControlModifier);
     EXPECT_EQ(rig.podIni(), iniText({"Z.POD", "A.POD", "B.POD", "C.POD", "D.POD", "E.POD"}));
     EXPECT_EQ(core().mounted().selectedRows(), std::vector<int>{0});
-
     select(unmounted, {0}); // Enter mounts, Delete unmounts
     const std::string entered = core().unmounted().at(0).path;
     QTest::keyClick(unmounted, Qt::Key_Return);
@@ -103,7 +100,6 @@ TEST_F(MounterPaneTest, mountsAndReordersWithAutosaveWritingPodIniAtOnceOrReport
     QTest::keyClick(mounted, Qt::Key_Delete);
     EXPECT_NE(unmountedRow("Z.POD"), -1);
     EXPECT_EQ(rig.podIni(), iniText({"A.POD", "B.POD", "C.POD", "D.POD", "E.POD", entered}));
-
     // A failed save is shown; the list keeps the change.
     rig.drive.remove("C:\\Games\\MTM2\\POD.INI");
     rig.drive.makeFolder("C:\\Games\\MTM2\\POD.INI");
@@ -116,7 +112,6 @@ TEST_F(MounterPaneTest, mountsAndReordersWithAutosaveWritingPodIniAtOnceOrReport
 TEST_F(MounterPaneTest, keysMoveRowsAndPodIniWaitsForContinueWithoutAutosave) {
     startGame(false);
     const std::string loaded = rig.podIni();
-
     select(mounted, {1, 3});
     QTest::keyClick(mounted, Qt::Key_T, Qt::ControlModifier);
     EXPECT_EQ(texts(core().mounted()), (std::vector<std::string>{"B.POD", "D.POD", "A.POD", "C.POD", "E.POD"}));
@@ -129,7 +124,6 @@ TEST_F(MounterPaneTest, keysMoveRowsAndPodIniWaitsForContinueWithoutAutosave) {
     EXPECT_EQ(rig.podIni(), loaded);
     clickButton("cmdContinue");
     EXPECT_EQ(rig.podIni(), iniText({"A.POD", "E.POD", "C.POD", "B.POD", "D.POD"}));
-
     select(mounted, {0}); // F5 reads POD.INI again, dropping what was not saved
     QTest::keyClick(mounted, Qt::Key_B, Qt::ControlModifier);
     QTest::keyClick(mounted, Qt::Key_F5);
@@ -141,7 +135,6 @@ TEST_F(MounterPaneTest, dropsPodFilesWhereThePointerIsAndMovesRowsWithinTheList)
     startGame(false);
     rig.drive.write("C:\\Other\\NEW.POD", "POD");
     rig.drive.write("C:\\Other\\notes.txt", "text");
-
     auto* files = new QMimeData;
     files->setUrls({QUrl::fromLocalFile(rig.drive.host("C:\\Other\\notes.txt")),
                     QUrl::fromLocalFile(rig.drive.host("C:\\Other\\NEW.POD"))});
@@ -149,13 +142,11 @@ TEST_F(MounterPaneTest, dropsPodFilesWhereThePointerIsAndMovesRowsWithinTheList)
     EXPECT_EQ(texts(core().mounted()),
               (std::vector<std::string>{"A.POD", "\\OTHER\\NEW.POD", "B.POD", "C.POD", "D.POD", "E.POD"}));
     EXPECT_EQ(rig.find<QLabel>("lblPODs")->text(), QStringLiteral("6/99 PODs Mounted"));
-
     // The same file again is refused; below the last row appends.
     auto* again = new QMimeData;
     again->setUrls({QUrl::fromLocalFile(rig.drive.host("C:\\Other\\NEW.POD"))});
     drop(again, QPoint(5, mounted->viewport()->height() - 3));
     EXPECT_EQ(core().mounted().size(), 6);
-
     // Rows 4 and 5 dragged onto row 1 go to the top, in order, once each.
     select(mounted, {4, 5});
     QModelIndexList picked = mounted->selectionModel()->selectedIndexes();
@@ -197,13 +188,11 @@ TEST_F(MounterPaneTest, closingWithUnsavedChangesAsksAndSavesOnYes) {
     startGame(false);
     const std::string loaded = rig.podIni();
     QSignalSpy finished(rig.app.get(), &app::KorvelApplication::finished);
-
     clickButton("cmdMountAll");
     rig.drive.dialogs().answer(MessageAnswer::Cancel);
     EXPECT_FALSE(rig.window().close());
     EXPECT_EQ(rig.podIni(), loaded);
     EXPECT_EQ(finished.count(), 0);
-
     rig.drive.dialogs().answer(MessageAnswer::Yes);
     EXPECT_TRUE(rig.window().close());
     EXPECT_EQ(rig.podIni().substr(0, 3), "7\r\n");

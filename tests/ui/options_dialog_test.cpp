@@ -87,7 +87,6 @@ TEST(OptionsDialog, opensWithTheStoredValuesAndDisablesGameOnlyChoicesWithoutCon
     EXPECT_EQ(f.find<QListWidget>("lstExtraDirs")->count(), 3);
     EXPECT_FALSE(f.find<QLineEdit>("txtBrowseDir")->isEnabled());
     EXPECT_FALSE(f.find<QPushButton>("cmdBrowseDir")->isEnabled());
-
     f.page(1);
     EXPECT_FALSE(f.find<QCheckBox>("chkPlayer")->isEnabled());
     EXPECT_FALSE(f.find<QCheckBox>("chkMonster")->isEnabled());
@@ -95,7 +94,6 @@ TEST(OptionsDialog, opensWithTheStoredValuesAndDisablesGameOnlyChoicesWithoutCon
     f.page(2);
     EXPECT_FALSE(f.find<QRadioButton>("optLock1")->isEnabled());
     EXPECT_TRUE(f.find<QRadioButton>("optLock3")->isEnabled());
-
     f.page(3);
     f.click("chkBrowse");
     EXPECT_TRUE(f.find<QLineEdit>("txtBrowseDir")->isEnabled());
@@ -112,7 +110,6 @@ TEST(OptionsDialog, okWritesEveryValueInItsOrderAndCancelWritesNothing) {
     f.click("cmdCancel");
     EXPECT_TRUE(f.registry.written.empty());
     EXPECT_EQ(f.get(settings::kLock), "2");
-
     f.open();
     int saved = 0;
     QObject::connect(f.dialog.get(), &korvel::OptionsDialog::saved, [&saved] { ++saved; });
@@ -138,7 +135,6 @@ TEST(OptionsDialog, configuratorWarningOnlyWhenSwitchingOnAndNoKeepsItOff) {
     EXPECT_FALSE(f.find<QCheckBox>("chkConfigurator")->isChecked());
     EXPECT_EQ(f.dialogs.lastMessage().title, "WARNING!");
     EXPECT_EQ(f.dialogs.lastMessage().buttons, korvel::MessageButtons::YesNo);
-
     f.dialogs.answer(MessageAnswer::Yes);
     f.find<QCheckBox>("chkConfigurator")->setFocus();
     QTest::keyClick(f.find<QCheckBox>("chkConfigurator"), Qt::Key_Space);

@@ -48,12 +48,11 @@ std::string ramp(size_t size) {
 
 } // namespace
 
-TEST(PaletteWindow, droppedFileColoursTheBoxesFromTheFirstFileOnly) {
+TEST(PaletteWindow, droppedFileColoursTheBoxesFromTheFirstFileOnlyAndAWrongSizeIsRefused) {
     PaletteFixture f;
     const QString first = f.file("C:\\Art\\ramp.pal", ramp(768));
     const QString second = f.file("C:\\Art\\other.pal", std::string(768, '\x7f'));
     EXPECT_TRUE(f.drop(f.box(37), {first, second}));
-
     EXPECT_EQ(f.box(0)->toolTip(), "C0: (0, 1, 2)");
     EXPECT_EQ(f.box(255)->toolTip(), "C255: (255, 0, 1)");
     EXPECT_EQ(f.box(10)->palette().color(QPalette::Window), QColor(10, 11, 12));
@@ -64,11 +63,8 @@ TEST(PaletteWindow, droppedFileColoursTheBoxesFromTheFirstFileOnly) {
     EXPECT_EQ(f.box(0)->toolTip(), "C0: (127, 127, 127)");
     EXPECT_TRUE(f.drop(&f.window, {second}));
     EXPECT_EQ(f.window.windowTitle(), "Palette Viewer - other.pal");
-}
-
-TEST(PaletteWindow, wrongSizeIsRefusedAndLeavesTheShownPalette) {
-    PaletteFixture f;
-    f.drop(f.box(0), {f.file("C:\\Art\\ramp.pal", ramp(768))});
+    // A file of the wrong size is refused and the shown palette stays.
+    EXPECT_TRUE(f.drop(f.box(0), {first}));
     for (size_t size : {767u, 769u}) {
         f.drive.dialogs().clear();
         f.drop(f.box(3), {f.file("C:\\Art\\odd.pal", ramp(size))});

@@ -46,16 +46,6 @@ struct TracksFixture {
         return texts.join(QLatin1Char('|')).toStdString();
     }
 
-    // Runs the update from the menu; whether the busy cursor showed.
-    bool update() {
-        QSignalSpy finished(tracks.get(), &TracksMenu::updateFinished);
-        menus.update()->trigger();
-        const bool busy = QGuiApplication::overrideCursor() &&
-                          QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor && !menus.update()->isEnabled();
-        EXPECT_TRUE(finished.wait(10000));
-        return busy;
-    }
-
     korvel::testing::TempDrive drive;
     korvel::SettingsStore store;
     QMainWindow window;
@@ -72,17 +62,14 @@ TEST(TracksMenuEntries, followTheStoredListOpenTheirAddressesAndReportAShortRow)
     f.storeList(korvel::kDefaultTrackList);
     EXPECT_TRUE(f.tracks->LoadTrackList());
     EXPECT_TRUE(f.shown().starts_with("Carnage!\t<Rumble>|Damage Inc.\t<Rumble>|"));
-
     f.tracks->entries()[1]->trigger();
     f.tracks->entries()[0]->trigger();
     EXPECT_EQ(f.drive.shell().urls.join(QLatin1Char(' ')).toStdString(),
               "http://127.0.0.1:1/site/vault/tracks/damageX.zip http://127.0.0.1:1/site/vault/tracks/carn.zip");
-
     // Rebuilding replaces the entries; an "&" in a name stays as it is.
     f.storeList("Rock & Roll|Race|vault/r.zip*B|Rumble|vault/b.zip");
     f.tracks->LoadTrackList();
     EXPECT_EQ(f.shown(), "Rock & Roll\t<Race>|B\t<Rumble>|-|&Update Track List");
-
     f.storeList("A|Rumble|a.zip*B|Rumble*C|Rumble|c.zip");
     EXPECT_FALSE(f.tracks->LoadTrackList());
     EXPECT_EQ(f.shown(), "A\t<Rumble>|-|&Update Track List");
@@ -108,7 +95,11 @@ TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
         TracksFixture f(c.url);
         f.storeList("Old|Rumble|old.zip");
         f.tracks->LoadTrackList();
-        EXPECT_TRUE(f.update());
+        QSignalSpy finished(f.tracks.get(), &TracksMenu::updateFinished);
+        f.menus.update()->trigger();
+        EXPECT_TRUE(QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor &&
+                    !f.menus.update()->isEnabled());
+        ASSERT_TRUE(finished.wait(10000));
         EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
         EXPECT_TRUE(f.menus.update()->isEnabled());
         EXPECT_EQ(f.store.readProgram(settings::kTrackList), c.stored);

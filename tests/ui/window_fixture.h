@@ -39,9 +39,7 @@ public:
 
     std::vector<std::string> listed;
     std::string current;
-    bool busy = false;
-    bool changed = false;
-    bool saveFails = false;
+    bool busy = false, changed = false, saveFails = false;
     int saves = 0;
     std::vector<std::string> calls;
     double splitter = -1;
