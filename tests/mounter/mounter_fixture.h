@@ -35,7 +35,6 @@ protected:
         settings.CreateKey(settings::profileKey("MTM2"));
         settings.writeProfile("MTM2", settings::kExtraDirs, settings::kDefaultExtraDirs);
     }
-    ~MounterTest() override { qunsetenv("XDG_DATA_HOME"); }
 
     Mounter& mounter() {
         if (!m_mounter)
@@ -51,14 +50,12 @@ protected:
     void writeIni(const Entries& entries) { drive.write(kIni, podIniText(entries)); }
     void autosaveOnChange() { session.asPod = session.asChange = "1"; }
 
-    // The rows' stored paths, separated by commas.
     static std::string joined(const EntryList& list) {
         std::string text;
         for (const MountedEntry& row : list.rows())
             text += (text.empty() ? "" : ",") + row.path;
         return text;
     }
-    static Rows selected(const EntryList& list) { return list.selectedRows(); }
     static void select(EntryList& list, const Rows& rows) {
         list.clearSelection();
         for (int row : rows)

@@ -12,7 +12,7 @@ TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhatev
     EXPECT_EQ(joined(list), "ADDON\\ALPHA.POD,TRUCKS\\BIG.POD,ZETA.POD");
     EXPECT_EQ(list.at(0).text + "|" + list.at(2).text, "\\ADDON\\ALPHA.POD|ZETA.POD");
     EXPECT_EQ(list.at(0).status, "Unmounted");
-    EXPECT_EQ(selected(list), (Rows{0}));
+    EXPECT_EQ(list.selectedRows(), (Rows{0}));
 }
 
 TEST_F(ScanUnmounted, addsExtraFoldersInsideTheGameFolderAsRelativeOthersAsAbsoluteAndEmptyValuesAsNone) {
@@ -50,8 +50,7 @@ TEST(SplitterBounds, keepsTheBarBetween780And5370AndResetsOnRightRelease) {
     EXPECT_EQ((Rows{splitterDragTop(100, 60, 600), splitterDragTop(205, 60, 600), splitterDragTop(3000, 60, 3000),
                     splitterDragTop(30, 60, 3000)}),
               (Rows{780, 775, 5370, 3000}));
-    EXPECT_EQ(splitterReleaseTop(4000, true), 3070);
-    EXPECT_EQ(splitterReleaseTop(4000, false), 4000);
+    EXPECT_EQ(std::pair(splitterReleaseTop(4000, true), splitterReleaseTop(4000, false)), std::pair(3070, 4000));
     const MounterSplit split = mounterSplit(3070, 60, 7000);
     EXPECT_EQ(std::tuple(split.mountedHeight, split.unmountedTop, split.unmountedHeight),
               std::tuple(2890, 3120, 7000 - 225 - 3120));
