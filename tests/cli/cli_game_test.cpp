@@ -1,0 +1,233 @@
+#include "../tracklist/loopback_http_server.h"
+#include "cli_run.h"
+#include "platform/file_registry.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+// A game folder with monster.ini, player.pro and a few archives listed in POD.INI.
+class GameCli : public CliFolder {
+protected:
+    void SetUp() override {
+        static int argc = 1;
+        static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
+        [[maybe_unused]] static const auto* app = new QCoreApplication(argc, argv); // serves the loopback servers
+        write("game/system/monster.ini", kMonster);
+        write("game/player.pro", kPlayer);
+        for (const char* name : {"TRUCKS.POD", "TRAXX.POD", "ADDON/ARENA.POD", "ADDON/BOMBTAG.POD", "ADDON/NOTES.TXT"})
+            write(QStringLiteral("game/") + name, "POD");
+        write("game/POD.INI", "9\nTRUCKS.POD\n\nADDON\\ARENA.POD\nGONE.POD\n");
+    }
+
+    QString game() const { return path("game"); }
+    QByteArray ini() const { return read("game/POD.INI"); }
+    CliRun mounter(const QStringList& args, const QString& folder = {}) {
+        return cli(QStringList{"mounter", "--game", game()} + args, {}, folder);
+    }
+    // A value the program stored; keys of the current user are below the program's key.
+    std::optional<std::string> stored(const std::string& key, const std::string& name,
+                                      korvel::RegistryRoot root = korvel::RegistryRoot::CurrentUser) const {
+        const bool user = root == korvel::RegistryRoot::CurrentUser;
+        return korvel::FileRegistry(path("registry.json"))
+            .readValue(root, user ? "Software\\Dunmere\\Korvel" + key : key, name);
+    }
+
+    static inline const QByteArray kMonster = "; settings\r\nshowHiddenTrack=0\r\nkookyHornFlag=1\r\n"
+                                              "gLocalizationFile=UI\\MTM2.loc\r\ngDetail=3";
+    static inline const QByteArray kPlayer = "103\r\n3\r\n1\r\nAlice\r\nRAM.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n"
+                                             "Bob\r\nx\r\nBIG.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n"
+                                             "Alice\r\nvan.trk\r\n1\r\n2\r\n3\r\n4\r\n5\r\n";
+};
+
+TEST_F(GameCli, monsterPrintsChangesAndRefuses) {
+    EXPECT_EQ(cli({"monster", "--game", game()}).out,
+              "hidden-track: off\nhorn: on\nlanguage: standard (UI\\MTM2.loc)\n");
+    write("game/UI/french.loc", "x"); // a file inside the game folder is stored relative to it
+    const CliRun changed = cli({"monster", "--game", game(), "--hidden-track", "on", "--horn", "off", "--language",
+                                game() + "/UI/french.loc", "--json"});
+    ASSERT_EQ(changed.status, 0) << changed.err.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(changed.out.toUtf8()).object(),
+              (QJsonObject{{"hiddenTrack", true}, {"horn", false}, {"language", 4}, {"custom", "UI\\french.loc"}}));
+    EXPECT_EQ(read("game/system/monster.ini"), "; settings\r\nshowHiddenTrack=666\r\nkookyHornFlag=0\r\n"
+                                               "gLocalizationFile=UI\\french.loc\r\ngDetail=3");
+
+    write("game/system/monster.ini", "showHiddenTrack=0\r\n");
+    const CliRun missing = cli({"monster", "--game", game(), "--language", "fun"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.contains("kookyHornFlag"));
+    EXPECT_EQ(read("game/system/monster.ini"), "showHiddenTrack=0\r\n");
+}
+
+TEST_F(GameCli, driversListShowAndRemove) {
+    EXPECT_EQ(cli({"drivers", "--game", game(), "list"}).out, "Alice\nBob\nAlice\n");
+    const QJsonArray array =
+        QJsonDocument::fromJson(cli({"drivers", "--game", game(), "list", "--json"}).out.toUtf8()).array();
+    ASSERT_EQ(array.size(), 3);
+    EXPECT_EQ(array[1].toObject().value("record").toString(), "Bob\r\nx\r\nBIG.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
+    EXPECT_EQ(cli({"drivers", "--game", game(), "show", "3"}).out, "Alice\r\nvan.trk\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
+    EXPECT_EQ(cli({"drivers", "--game", game(), "show", "4"}).status, 1);
+    EXPECT_EQ(cli({"drivers", "--game", game(), "remove", "Alice", "Zed"}).status, 1); // Zed refuses it all
+    EXPECT_EQ(read("game/player.pro"), kPlayer);
+    ASSERT_EQ(cli({"drivers", "--game", game(), "remove", "Alice"}).status, 0);
+    EXPECT_EQ(read("game/player.pro"), "103\r\n1\r\n1\r\nBob\r\nx\r\nBIG.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n");
+}
+
+TEST_F(GameCli, tracksListShowsTheDefaultUntilAnUpdateReplacesIt) {
+    const CliRun first = cli({"tracks", "list"});
+    ASSERT_EQ(first.out.count('\n'), 6) << first.err.toStdString();
+    EXPECT_TRUE(first.out.startsWith("Carnage!\tRumble\thttp://127.0.0.1:1/site/vault/tracks/carn.zip\n"));
+
+    korvel::testing::LoopbackHttpServer unmarked("<html>gone</html>");
+    const CliRun rejected = cli({"tracks", "update", "--url", unmarked.url().toString()});
+    EXPECT_EQ(rejected.status, 1);
+    EXPECT_EQ(rejected.err, "Update failed! Please try again later.\n");
+    EXPECT_EQ(cli({"tracks", "list"}).out, first.out);
+
+    // Without --url the list address comes from the environment.
+    korvel::testing::LoopbackHttpServer good("QXMTL$Rock & Roll|Race|r.zip*Two|Rumble|t.zip");
+    EXPECT_EQ(cli({"tracks", "update"}, {"KORVEL_TRACK_LIST_URL=" + good.url().toString()}).out,
+              "Update completed successfully!\n");
+    EXPECT_EQ(cli({"tracks", "list"}).out, "Rock & Roll\tRace\thttp://127.0.0.1:1/site/r.zip\n"
+                                           "Two\tRumble\thttp://127.0.0.1:1/site/t.zip\n");
+    EXPECT_EQ(cli({"tracks", "update"}).status, 1); // nothing listens at the configured address
+}
+
+TEST_F(GameCli, profilesAddListAndRemoveProfiles) {
+    write("Games/MTM2/monster.exe", "MZ");
+    write("Games/4x4 Evolution/4x4.exe", "MZ");
+    const CliRun added = cli({"profiles", "add", path("Games/MTM2/monster.exe")});
+    ASSERT_EQ(added.status, 0) << added.err.toStdString();
+    EXPECT_EQ(stored("\\MTM2", "Location"), "C:\\Games\\MTM2");
+    EXPECT_EQ(stored("\\MTM2", "Configurator"), "True");
+    ASSERT_EQ(cli({"profiles", "add", path("Games/4x4 Evolution/4x4.exe"), "--name", "Evo"}).status, 0);
+    EXPECT_EQ(stored("\\Evo", "Configurator"), "False");
+    EXPECT_EQ(cli({"profiles", "list"}).out, "MTM2\nEvo\n");
+
+    const CliRun missing = cli({"profiles", "add", path("Games/none.exe")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "File not found!\n");
+    EXPECT_EQ(cli({"profiles", "remove", "mtm2"}).status, 1); // names match exactly
+    ASSERT_EQ(cli({"profiles", "remove", "MTM2"}).status, 0);
+    ASSERT_EQ(cli({"profiles", "remove", "Evo"}).status, 0);
+    EXPECT_EQ(stored("", "InstalledGames"), "Error");
+    EXPECT_EQ(stored("\\MTM2", "Location"), "C:\\Games\\MTM2"); // the values stay behind
+}
+
+TEST_F(GameCli, settingsGetSetAndShowValues) {
+    EXPECT_EQ(cli({"settings", "get", "Associate"}).status, 1); // nothing stored yet
+    ASSERT_EQ(cli({"settings", "--profile", "MTM2", "set", "Slider", "4000"}).status, 0);
+    ASSERT_EQ(cli({"settings", "set", "Associate", "1"}).status, 0);
+    EXPECT_EQ(cli({"settings", "get", "Associate"}).out, "1\n");
+    const CliRun unset = cli({"settings", "--profile", "MTM2", "get", "Screen"});
+    EXPECT_EQ(unset.status, 1);
+    EXPECT_EQ(unset.err, "Screen is not set.\n");
+    EXPECT_EQ(cli({"settings", "--profile", "MTM2", "show"}).out, "Slider=4000\n");
+    EXPECT_EQ(cli({"settings", "--profile", "Other", "show"}).status, 1);
+}
+
+TEST_F(GameCli, associateRegistersAndUnregistersTheArchiveType) {
+    ASSERT_EQ(cli({"associate", "on", "--program", path("Tools/korvel")}).status, 0);
+    EXPECT_EQ(stored("", "Associate"), "1");
+    EXPECT_EQ(stored("Korvel\\shell\\open\\command", "", korvel::RegistryRoot::ClassesRoot),
+              "\"C:\\Tools\\korvel.exe\" \"%1\"");
+    EXPECT_TRUE(read("data/applications/korvel.desktop").contains("MimeType=application/x-pod-archive;"));
+
+    ASSERT_EQ(cli({"associate", "off"}).status, 0);
+    EXPECT_EQ(stored("", "Associate"), "0");
+    EXPECT_EQ(stored(".pod", "", korvel::RegistryRoot::ClassesRoot), "Korvel"); // the keys stay
+    const QByteArray entry = read("data/applications/korvel.desktop");
+    EXPECT_TRUE(entry.contains("[Desktop Entry]"));
+    EXPECT_FALSE(entry.contains("MimeType="));
+}
+
+TEST_F(GameCli, mounterShowPrintsCounterAndBothListsWithoutRewritingPodIni) {
+    const QByteArray before = ini();
+    const CliRun run = mounter({"show"});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_EQ(run.out.toStdString(), "3/99 PODs Mounted\nTRUCKS.POD\tMounted\tTRUCKS.POD\n"
+                                     "\\ADDON\\ARENA.POD\tMounted\tADDON\\ARENA.POD\nGONE.POD\tNot found\tGONE.POD\n"
+                                     "\\ADDON\\BOMBTAG.POD\tUnmounted\tADDON\\BOMBTAG.POD\n"
+                                     "TRAXX.POD\tUnmounted\tTRAXX.POD\n");
+    EXPECT_EQ(ini(), before);
+
+    const QJsonObject state =
+        QJsonDocument::fromJson(mounter({"show", "--json", "--mmpa", "120"}).out.toUtf8()).object();
+    EXPECT_EQ(state.value("counter").toString(), "3/120 PODs Mounted");
+    EXPECT_EQ(state.value("mounted").toArray().at(1).toObject(),
+              (QJsonObject{{"display", "\\ADDON\\ARENA.POD"}, {"status", "Mounted"}, {"path", "ADDON\\ARENA.POD"}}));
+    EXPECT_EQ(state.value("unmounted").toArray().size(), 2);
+    EXPECT_EQ(cli({"mounter", "--game", path("nowhere"), "show"}).status, 1);
+}
+
+TEST_F(GameCli, mounterMountTakesHostPathsRelativeToTheCurrentFolderAndSaves) {
+    const CliRun run = mounter({"mount", "ADDON/BOMBTAG.POD", "ADDON/NOTES.TXT", "TRUCKS.POD"}, path("game"));
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_EQ(ini(), "4\r\nTRUCKS.POD\r\nADDON\\ARENA.POD\r\nGONE.POD\r\nADDON\\BOMBTAG.POD\r\n");
+    EXPECT_TRUE(run.out.startsWith("4/99 PODs Mounted\n"));
+
+    const CliRun missing = mounter({"mount", path("game/NOPE.POD")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.startsWith("File not found!"));
+}
+
+TEST_F(GameCli, mounterRowCommandsNameEntriesByStoredPathIgnoringCase) {
+    const std::pair<QStringList, QByteArray> steps[] = {
+        {{"bottom", "trucks.pod"}, "3\r\nADDON\\ARENA.POD\r\nGONE.POD\r\nTRUCKS.POD\r\n"},
+        {{"up", "TRUCKS.POD"}, "3\r\nADDON\\ARENA.POD\r\nTRUCKS.POD\r\nGONE.POD\r\n"},
+        {{"top", "GONE.POD"}, "3\r\nGONE.POD\r\nADDON\\ARENA.POD\r\nTRUCKS.POD\r\n"},
+        {{"down", "GONE.POD"}, "3\r\nADDON\\ARENA.POD\r\nGONE.POD\r\nTRUCKS.POD\r\n"},
+        {{"unmount", "addon\\arena.pod"}, "2\r\nGONE.POD\r\nTRUCKS.POD\r\n"},
+        {{"clean"}, "1\r\nTRUCKS.POD\r\n"},
+        {{"mount-all"}, "4\r\nTRUCKS.POD\r\nADDON\\ARENA.POD\r\nADDON\\BOMBTAG.POD\r\nTRAXX.POD\r\n"},
+        {{"unmount-all"}, "0\r\n"},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.first.join(' ').toStdString());
+        const CliRun run = mounter(step.first);
+        ASSERT_EQ(run.status, 0) << run.err.toStdString();
+        EXPECT_EQ(ini(), step.second);
+    }
+    const CliRun unknown = mounter({"unmount", "ELSE.POD"});
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_TRUE(unknown.err.contains("ELSE.POD"));
+    EXPECT_EQ(ini(), "0\r\n");
+}
+
+TEST_F(GameCli, mounterExtraFoldersAndAnotherIniAreUsedWhenGiven) {
+    write("extra/far.pod", "");
+    write("game/OTHER.INI", "1\r\nTRAXX.POD\r\n");
+    const CliRun run = mounter({"show", "--ini", path("game/OTHER.INI"), "--extra-dirs", path("extra") + "|/no/such"});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.startsWith("1/99 PODs Mounted\nTRAXX.POD\tMounted\tTRAXX.POD\n"));
+    EXPECT_TRUE(run.out.contains("\n\\EXTRA\\FAR.POD\tUnmounted\tC:\\EXTRA\\FAR.POD\n"));
+}
+
+TEST_F(GameCli, mounterDeleteSendsUnmountedArchivesToTheTrashOnly) {
+    const CliRun run = mounter({"delete", "traxx.pod"});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_FALSE(QFile::exists(path("game/TRAXX.POD")));
+    EXPECT_FALSE(run.out.contains("TRAXX"));
+    EXPECT_EQ(mounter({"delete", "TRUCKS.POD"}).status, 1);
+    EXPECT_TRUE(QFile::exists(path("game/TRUCKS.POD")));
+}
+
+TEST_F(GameCli, everyCommandRefusesABadCommandLineWithStatusTwo) {
+    const QString lines = "list|extract %g/A.POD|export|convert %g/A.POD T.SIT sprint|compatiblize %g/A.POD|palette|"
+                          "monster --game %g --horn yes|drivers --game %g show|tracks update --url file:///etc/passwd|"
+                          "mounter --game %g|mounter --game %g dance|mounter --game %g unmount|"
+                          "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate";
+    for (const QString& line : lines.split('|')) {
+        SCOPED_TRACE(line.toStdString());
+        const CliRun run = cli(line.split(' ').replaceInStrings("%g", game()));
+        EXPECT_EQ(run.status, 2);
+        EXPECT_FALSE(run.err.isEmpty());
+    }
+    EXPECT_EQ(read("game/system/monster.ini"), kMonster);
+    EXPECT_FALSE(QFile::exists(path("registry.json")));
+    EXPECT_EQ(ini(), "9\nTRUCKS.POD\n\nADDON\\ARENA.POD\nGONE.POD\n");
+}
+
+} // namespace
