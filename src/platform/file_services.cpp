@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStandardPaths>
 
 #include <algorithm>
 
@@ -210,6 +211,13 @@ bool FileServices::copyFile(const std::string& from, const std::string& to) cons
 }
 
 bool FileServices::moveToTrash(const std::vector<std::string>& paths) const {
+#ifndef Q_OS_WIN
+    // The desktop's trash lives in the user's data folder; where that folder does not exist yet
+    // the trash cannot be set up and files would land in the current folder, so make it first.
+    const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    if (dataHome.isEmpty() || !QDir().mkpath(dataHome))
+        return false;
+#endif
     bool all = true;
     for (const std::string& path : paths) {
         const QString host = m_paths.toHost(path);
