@@ -305,10 +305,8 @@ int runTracks(const QStringList& args) {
     if (reply.ok)
         store.CreateKey(std::string(settings::kProgramKey));
     const Result<std::string> stored = storeTrackListReply(store, reply);
-    if (!stored) {
-        err() << stored.failure().message << '\n';
-        return kExitRefused;
-    }
+    if (!stored)
+        return refusedWith(stored.failure());
     out() << kUpdateSucceededText << '\n';
     return kExitOk;
 }
