@@ -88,23 +88,23 @@ void printState(const Mounter& mounter, bool json) {
     }
 }
 
-// Selects exactly the rows named by their stored paths (ignoring case); the names not found are returned.
-QStringList selectNamed(EntryList& list, const QStringList& names) {
-    list.clearSelection();
-    QStringList missing;
+// The rows named by their stored paths (ignoring case), every row that carries a name; the names
+// that no row carries go to `missing`.
+Mounter::Rows namedRows(const EntryList& list, const QStringList& names, QStringList& missing) {
+    Mounter::Rows rows;
     for (const QString& name : names) {
         const std::string path = toGameText(name);
         bool found = false;
         for (int row = 0; row < list.size(); ++row) {
             if (equalsIgnoreCase(list.at(row).path, path)) {
-                list.setSelected(row, true);
+                rows.push_back(row);
                 found = true;
             }
         }
         if (!found)
             missing << name;
     }
-    return missing;
+    return rows;
 }
 
 int runMounter(const QStringList& args) {
@@ -199,8 +199,8 @@ int runMounter(const QStringList& args) {
         mounter.setExtraDirsOverride(joinText(folders, '|'));
     }
 
-    if (Status loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
-        return refusedWith(loaded.failure().message);
+    if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
+        return refusedWith(loaded.status.failure().message);
     mounter.ScanUnmounted();
 
     Status status;
@@ -218,12 +218,14 @@ int runMounter(const QStringList& args) {
                 return refusedWith(QStringLiteral("No drive holds %1.").arg(file));
             chosen.push_back(*game);
         }
-        status = mounter.mountFiles(chosen);
+        status = mounter.mountFiles(chosen).status;
     } else if (command == QLatin1String("delete")) {
-        if (const QStringList missing = selectNamed(mounter.unmounted(), positional); !missing.isEmpty())
+        QStringList missing;
+        const Mounter::Rows rows = namedRows(mounter.unmounted(), positional, missing);
+        if (!missing.isEmpty())
             return refusedWith(QStringLiteral("Not among the unmounted archives: %1").arg(missing.join(", ")));
-        if (Status deleted = mounter.DeleteSelectedArchives(); !deleted)
-            return refusedWith(deleted.failure().message);
+        if (Mounter::Outcome deleted = mounter.DeleteSelectedArchives(rows); !deleted)
+            return refusedWith(deleted.status.failure().message);
         printState(mounter, json);
         return kExitOk;
     } else if (command == QLatin1String("mount-all")) {
@@ -231,20 +233,22 @@ int runMounter(const QStringList& args) {
     } else if (command == QLatin1String("unmount-all")) {
         mounter.UnmountAll();
     } else if (command == QLatin1String("clean")) {
-        status = mounter.CleanMissing();
+        status = mounter.CleanMissing().status;
     } else {
-        if (const QStringList missing = selectNamed(mounter.mounted(), positional); !missing.isEmpty())
+        QStringList missing;
+        const Mounter::Rows rows = namedRows(mounter.mounted(), positional, missing);
+        if (!missing.isEmpty())
             return refusedWith(QStringLiteral("Not in the mounted list: %1").arg(missing.join(", ")));
         if (command == QLatin1String("unmount"))
-            status = mounter.UnmountSelected();
+            status = mounter.UnmountSelected(rows).status;
         else if (command == QLatin1String("top"))
-            status = mounter.MoveSelectedToTop();
+            status = mounter.MoveSelectedToTop(rows).status;
         else if (command == QLatin1String("up"))
-            status = mounter.MoveSelectedUp();
+            status = mounter.MoveSelectedUp(rows).status;
         else if (command == QLatin1String("down"))
-            status = mounter.MoveSelectedDown();
+            status = mounter.MoveSelectedDown(rows).status;
         else
-            status = mounter.MoveSelectedToBottom();
+            status = mounter.MoveSelectedToBottom(rows).status;
     }
     if (status.ok())
         status = mounter.SaveMountedList();

@@ -14,7 +14,6 @@ struct MountedEntry {
     std::string text;   // display text, ArchiveDisplayName(path)
     std::string status; // "Mounted", "Not found" or "Unmounted"
     std::string path;   // stored path: what POD.INI holds for this archive
-    bool selected = false;
 
     bool operator==(const MountedEntry&) const = default;
 };

@@ -3,12 +3,23 @@
 #include "platform/game_text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace korvel {
 
 void EntryList::append(MountedEntry entry) {
     insert(size(), std::move(entry));
+}
+
+void EntryList::appendRows(std::vector<MountedEntry> entries) {
+    if (entries.empty())
+        return;
+    const int first = size();
+    emit aboutToInsert(first, first + static_cast<int>(entries.size()) - 1);
+    m_rows.insert(m_rows.end(), std::make_move_iterator(entries.begin()), std::make_move_iterator(entries.end()));
+    emit inserted(first, size() - 1);
+    emit contentChanged();
 }
 
 void EntryList::insert(int row, MountedEntry entry) {
@@ -56,45 +67,6 @@ int EntryList::indexOfPath(const std::string& path) const {
             return i;
     }
     return -1;
-}
-
-void EntryList::setSelected(int row, bool selected) {
-    if (row < 0 || row >= size() || m_rows[static_cast<size_t>(row)].selected == selected)
-        return;
-    m_rows[static_cast<size_t>(row)].selected = selected;
-    emit selectionChanged(row, row);
-}
-
-void EntryList::clearSelection() {
-    int first = -1, last = -1;
-    for (int i = 0; i < size(); ++i) {
-        if (m_rows[static_cast<size_t>(i)].selected) {
-            m_rows[static_cast<size_t>(i)].selected = false;
-            if (first < 0)
-                first = i;
-            last = i;
-        }
-    }
-    if (first >= 0)
-        emit selectionChanged(first, last);
-}
-
-void EntryList::selectOnly(int row) {
-    clearSelection();
-    setSelected(row, true);
-}
-
-std::vector<int> EntryList::selectedRows() const {
-    std::vector<int> rows;
-    for (int i = 0; i < size(); ++i) {
-        if (m_rows[static_cast<size_t>(i)].selected)
-            rows.push_back(i);
-    }
-    return rows;
-}
-
-int EntryList::selectedCount() const {
-    return static_cast<int>(selectedRows().size());
 }
 
 } // namespace korvel

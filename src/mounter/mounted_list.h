@@ -9,9 +9,10 @@
 
 namespace korvel {
 
-// The rows of one Mounter list, in order, with their selection. This is the working data the list
-// views show; every change is announced through the signals below (the "about to" signals come
-// before the rows change, the others after), so an item model can follow it exactly.
+// The rows of one Mounter list, in order. This is the working data the list views show; every
+// change is announced through the signals below (the "about to" signals come before the rows
+// change, the others after), so an item model can follow it exactly. Which rows are selected is the
+// views' business: operations are told the rows they act on.
 class EntryList : public QObject {
     Q_OBJECT
 public:
@@ -23,25 +24,19 @@ public:
     const std::vector<MountedEntry>& rows() const { return m_rows; }
 
     void append(MountedEntry entry);
+    // Appends every row of `entries` with one notification.
+    void appendRows(std::vector<MountedEntry> entries);
     // Inserts before `row`; a row past the end appends.
     void insert(int row, MountedEntry entry);
     void removeAt(int row);
     void clear();
     // Replaces every row at once.
     void assign(std::vector<MountedEntry> rows);
-    // Exchanges two rows, selection flags included.
+    // Exchanges two rows.
     void swapRows(int a, int b);
 
     // Index of the first row whose stored path equals `path` ignoring case; -1 when none.
     int indexOfPath(const std::string& path) const;
-
-    bool isSelected(int row) const { return at(row).selected; }
-    void setSelected(int row, bool selected);
-    void clearSelection();
-    // Makes `row` the only selected row.
-    void selectOnly(int row);
-    std::vector<int> selectedRows() const;
-    int selectedCount() const;
 
 signals:
     void aboutToReset();
@@ -52,8 +47,7 @@ signals:
     void removed(int first, int last);
     // Texts, status or path of rows first..last changed (also after rows were exchanged).
     void rowsChanged(int first, int last);
-    void selectionChanged(int first, int last);
-    // Any change to the rows themselves (not to the selection).
+    // Any change to the rows.
     void contentChanged();
 
 private:

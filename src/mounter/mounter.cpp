@@ -8,6 +8,7 @@
 #include "unmounted_scan.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace korvel {
 
@@ -25,7 +26,25 @@ Mounter::Mounter(const Session& session, SettingsStore& settings, Services& serv
     showCounter();
 }
 
-Status Mounter::LoadMountedList(LoadMode mode) {
+Mounter::Rows Mounter::validRows(const EntryList& list, Rows rows) {
+    std::erase_if(rows, [&list](int row) { return row < 0 || row >= list.size(); });
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
+Mounter::Rows Mounter::rowSpan(int first, int end) {
+    Rows rows;
+    for (int row = first; row < end; ++row)
+        rows.push_back(row);
+    return rows;
+}
+
+Mounter::Selection Mounter::firstRow(const EntryList& list) {
+    return {list.empty() ? Rows{} : Rows{0}};
+}
+
+Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
     const std::string& ini = m_session.locationIni;
     const bool present = m_services.files.fileSize(ini).has_value();
     Result<std::string> text =
@@ -43,11 +62,9 @@ Status Mounter::LoadMountedList(LoadMode mode) {
         status = SaveMountedList();
     m_modified = false;
 
-    if (!m_mounted.empty())
-        m_mounted.selectOnly(0);
     // The canonical rewrite above already saved whatever autosave would save.
     showCounter();
-    return status;
+    return {status, firstRow(m_mounted), {}};
 }
 
 Status Mounter::SaveMountedList() {
@@ -78,41 +95,46 @@ Status Mounter::UpdateMountCounter() {
     return saveIfAutosave();
 }
 
+Mounter::Outcome Mounter::withCounter() {
+    return {UpdateMountCounter(), {}, {}};
+}
+
 std::string Mounter::extraDirs() {
     if (m_extraDirsOverride)
         return *m_extraDirsOverride;
     return m_settings.readProfile(m_session.currentGame, settings::kExtraDirs);
 }
 
-void Mounter::ScanUnmounted() {
+Mounter::Outcome Mounter::ScanUnmounted() {
     const ScanInputs inputs{m_session.location, m_session.shortGameFolder, extraDirs()};
     m_unmounted.assign(korvel::ScanUnmounted(m_services.files, inputs, pathKeys(m_mounted.rows())));
-    if (!m_unmounted.empty())
-        m_unmounted.selectOnly(0);
+    return {{}, {}, firstRow(m_unmounted)};
 }
 
 MountedEntry Mounter::mountedRow(const std::string& storedPath) const {
-    return MountedEntry{ArchiveDisplayName(storedPath), std::string(kStatusMounted), storedPath, false};
+    return MountedEntry{ArchiveDisplayName(storedPath), std::string(kStatusMounted), storedPath};
 }
 
-void Mounter::removeRows(EntryList& list, std::vector<int> rows) {
-    std::sort(rows.begin(), rows.end());
+void Mounter::removeRows(EntryList& list, const Rows& rows) {
     for (auto it = rows.rbegin(); it != rows.rend(); ++it)
         list.removeAt(*it);
 }
 
-Status Mounter::MountSelected() {
-    const std::vector<int> rows = m_unmounted.selectedRows();
+Mounter::Outcome Mounter::MountSelected(Rows unmountedRows) {
+    const Rows rows = validRows(m_unmounted, std::move(unmountedRows));
+    std::vector<MountedEntry> added;
+    added.reserve(rows.size());
     for (int row : rows)
-        m_mounted.append(mountedRow(m_unmounted.at(row).path));
+        added.push_back(mountedRow(m_unmounted.at(row).path));
+    m_mounted.appendRows(std::move(added));
     removeRows(m_unmounted, rows);
-    return UpdateMountCounter();
+    return withCounter();
 }
 
-Status Mounter::UnmountSelected() {
-    removeRows(m_mounted, m_mounted.selectedRows());
-    ScanUnmounted();
-    return UpdateMountCounter();
+Mounter::Outcome Mounter::UnmountSelected(Rows mountedRows) {
+    removeRows(m_mounted, validRows(m_mounted, std::move(mountedRows)));
+    const Outcome scanned = ScanUnmounted();
+    return {UpdateMountCounter(), {}, scanned.unmounted};
 }
 
 std::string Mounter::storedPathOf(const std::string& path) const {
@@ -120,7 +142,7 @@ std::string Mounter::storedPathOf(const std::string& path) const {
     return ShortPath(m_services.files, m_session.shortGameFolder, upperGame(relative), false);
 }
 
-Status Mounter::MountBrowsed() {
+Mounter::Outcome Mounter::MountBrowsed() {
     OpenFileRequest request;
     request.title = QStringLiteral("Open File");
     request.multiSelect = true;
@@ -136,7 +158,7 @@ Status Mounter::MountBrowsed() {
     return mountFiles(chosen);
 }
 
-Status Mounter::mountFiles(const std::vector<std::string>& paths) {
+Mounter::Outcome Mounter::mountFiles(const std::vector<std::string>& paths) {
     for (const std::string& file : paths) {
         if (!hasPodSuffix(file))
             continue;
@@ -146,77 +168,91 @@ Status Mounter::mountFiles(const std::vector<std::string>& paths) {
         for (int row = m_unmounted.indexOfPath(stored); row >= 0; row = m_unmounted.indexOfPath(stored))
             m_unmounted.removeAt(row);
     }
-    return UpdateMountCounter();
+    return withCounter();
 }
 
-void Mounter::MountAll() {
-    std::vector<MountedEntry> rows = m_mounted.rows();
-    rows.reserve(rows.size() + m_unmounted.rows().size());
+Mounter::Outcome Mounter::MountAll() {
+    std::vector<MountedEntry> rows;
+    rows.reserve(m_unmounted.rows().size());
     for (const MountedEntry& row : m_unmounted.rows())
         rows.push_back(mountedRow(row.path));
-    m_mounted.assign(std::move(rows));
+    m_mounted.appendRows(std::move(rows));
     m_unmounted.clear();
     showCounter();
+    return {};
 }
 
-void Mounter::UnmountAll() {
+Mounter::Outcome Mounter::UnmountAll() {
     m_mounted.clear();
-    ScanUnmounted();
+    Outcome scanned = ScanUnmounted();
     showCounter();
+    return scanned;
 }
 
-Status Mounter::CleanMissing() {
-    std::vector<int> rows;
+Mounter::Outcome Mounter::CleanMissing() {
+    Rows rows;
     for (int i = 0; i < m_mounted.size(); ++i) {
         if (m_mounted.at(i).status == kStatusNotFound)
             rows.push_back(i);
     }
     removeRows(m_mounted, rows);
-    return UpdateMountCounter();
+    return withCounter();
 }
 
-Status Mounter::MoveSelectedToTop() {
-    std::vector<MountedEntry> rows = m_mounted.rows();
-    std::stable_partition(rows.begin(), rows.end(), [](const MountedEntry& row) { return row.selected; });
-    if (rows != m_mounted.rows())
-        m_mounted.assign(std::move(rows));
-    return saveIfAutosave();
+Mounter::Outcome Mounter::moveToEnd(Rows mountedRows, bool toTop) {
+    const Rows rows = validRows(m_mounted, std::move(mountedRows));
+    std::vector<bool> moving(static_cast<size_t>(m_mounted.size()), false);
+    for (int row : rows)
+        moving[static_cast<size_t>(row)] = true;
+    std::vector<MountedEntry> moved, stayed;
+    for (int i = 0; i < m_mounted.size(); ++i)
+        (moving[static_cast<size_t>(i)] ? moved : stayed).push_back(m_mounted.at(i));
+    std::vector<MountedEntry>& first = toTop ? moved : stayed;
+    std::vector<MountedEntry>& second = toTop ? stayed : moved;
+    first.insert(first.end(), std::make_move_iterator(second.begin()), std::make_move_iterator(second.end()));
+    if (first != m_mounted.rows())
+        m_mounted.assign(std::move(first));
+    // The moved block, in its former order, at the top or at the bottom.
+    const int count = static_cast<int>(rows.size());
+    const int start = toTop ? 0 : m_mounted.size() - count;
+    return {saveIfAutosave(), {rowSpan(start, start + count)}, {}};
 }
 
-Status Mounter::MoveSelectedToBottom() {
-    std::vector<MountedEntry> rows = m_mounted.rows();
-    std::stable_partition(rows.begin(), rows.end(), [](const MountedEntry& row) { return !row.selected; });
-    if (rows != m_mounted.rows())
-        m_mounted.assign(std::move(rows));
-    return saveIfAutosave();
+Mounter::Outcome Mounter::MoveSelectedToTop(Rows mountedRows) {
+    return moveToEnd(std::move(mountedRows), true);
 }
 
-Status Mounter::MoveSelectedUp() {
-    const int count = m_mounted.size();
-    for (int i = 0; i < count; ++i) {
-        if (!m_mounted.isSelected(i))
-            continue;
-        if (i == 0)
-            return {}; // no place above the first row: the move ends here
-        m_mounted.swapRows(i - 1, i);
+Mounter::Outcome Mounter::MoveSelectedToBottom(Rows mountedRows) {
+    return moveToEnd(std::move(mountedRows), false);
+}
+
+Mounter::Outcome Mounter::moveByOne(Rows mountedRows, int step) {
+    Rows rows = validRows(m_mounted, std::move(mountedRows));
+    // Up walks from the first row and Down from the last, so that a block moves as one; the row at the
+    // far end in the walk's direction has no place to go, and the move ends there before any change.
+    const int edge = step < 0 ? 0 : m_mounted.size() - 1;
+    if (!rows.empty() && (rows.front() == edge || rows.back() == edge))
+        return {{}, {std::move(rows)}, {}};
+    if (step > 0)
+        std::reverse(rows.begin(), rows.end());
+    for (int& row : rows) {
+        m_mounted.swapRows(row, row + step);
+        row += step;
     }
-    return saveIfAutosave();
+    std::sort(rows.begin(), rows.end());
+    return {saveIfAutosave(), {std::move(rows)}, {}};
 }
 
-Status Mounter::MoveSelectedDown() {
-    const int count = m_mounted.size();
-    for (int i = count - 1; i >= 0; --i) {
-        if (!m_mounted.isSelected(i))
-            continue;
-        if (i == count - 1)
-            return {}; // no place below the last row: the move ends here
-        m_mounted.swapRows(i, i + 1);
-    }
-    return saveIfAutosave();
+Mounter::Outcome Mounter::MoveSelectedUp(Rows mountedRows) {
+    return moveByOne(std::move(mountedRows), -1);
 }
 
-Status Mounter::DeleteSelectedArchives() {
-    const std::vector<int> rows = m_unmounted.selectedRows();
+Mounter::Outcome Mounter::MoveSelectedDown(Rows mountedRows) {
+    return moveByOne(std::move(mountedRows), +1);
+}
+
+Mounter::Outcome Mounter::DeleteSelectedArchives(Rows unmountedRows) {
+    const Rows rows = validRows(m_unmounted, std::move(unmountedRows));
     if (rows.empty())
         return {};
     std::vector<std::string> paths;
@@ -232,46 +268,45 @@ Status Mounter::DeleteSelectedArchives() {
                                    MessageButtons::YesNo) != MessageAnswer::Yes)
         return {};
     if (!m_services.files.moveToTrash(paths))
-        return unexpectedError(QStringLiteral("Not every selected archive could be moved to the Recycle Bin. "
-                                              "The list was left unchanged; press Refresh to see what remains."));
+        return {unexpectedError(QStringLiteral("Not every selected archive could be moved to the Recycle Bin. "
+                                               "The list was left unchanged; press Refresh to see what remains.")),
+                {},
+                {}};
     removeRows(m_unmounted, rows);
     return {};
 }
 
-Status Mounter::refreshBoth() {
-    Status status = LoadMountedList();
-    ScanUnmounted();
-    return status;
+Mounter::Outcome Mounter::refreshBoth() {
+    Outcome loaded = LoadMountedList();
+    loaded.unmounted = ScanUnmounted().unmounted;
+    return loaded;
 }
 
-void Mounter::refreshUnmounted() {
-    ScanUnmounted();
+Mounter::Outcome Mounter::refreshUnmounted() {
+    return ScanUnmounted();
 }
 
-Status Mounter::dropFiles(const std::vector<std::string>& paths, int dropRow) {
-    int place = dropRow < 0 || dropRow > m_mounted.size() ? m_mounted.size() : dropRow;
+Mounter::Outcome Mounter::dropFiles(const std::vector<std::string>& paths, int dropRow) {
+    const int start = dropRow < 0 || dropRow > m_mounted.size() ? m_mounted.size() : dropRow;
+    int place = start;
     for (const std::string& file : paths) {
         if (!hasPodSuffix(file))
             continue;
         const std::string stored = storedPathOf(file);
         if (m_mounted.indexOfPath(stored) >= 0)
             continue; // already mounted: never twice
-        MountedEntry row = mountedRow(stored);
-        row.selected = true;
-        m_mounted.insert(place++, std::move(row));
+        m_mounted.insert(place++, mountedRow(stored));
         for (int old = m_unmounted.indexOfPath(stored); old >= 0; old = m_unmounted.indexOfPath(stored))
             m_unmounted.removeAt(old);
     }
-    return UpdateMountCounter();
+    return {UpdateMountCounter(), {rowSpan(start, place), true}, {}};
 }
 
-Status Mounter::dropSelectedRows(int dropRow) {
+Mounter::Outcome Mounter::dropRows(Rows mountedRows, int dropRow) {
     int place = dropRow < 0 || dropRow > m_mounted.size() ? m_mounted.size() : dropRow;
-    const std::vector<int> selected = m_mounted.selectedRows();
-    m_mounted.clearSelection();
-    std::vector<int> moved;
+    Rows moved;
     std::vector<std::string> stored;
-    for (int row : selected) {
+    for (int row : validRows(m_mounted, std::move(mountedRows))) {
         if (!hasPodSuffix(m_mounted.at(row).path))
             continue;
         moved.push_back(row);
@@ -280,12 +315,11 @@ Status Mounter::dropSelectedRows(int dropRow) {
             --place; // removing this row shifts the drop place up by one
     }
     removeRows(m_mounted, moved);
-    for (const std::string& path : stored) {
-        MountedEntry row = mountedRow(path);
-        row.selected = true;
-        m_mounted.insert(place++, std::move(row));
-    }
-    return UpdateMountCounter();
+    const int start = place;
+    for (const std::string& path : stored)
+        m_mounted.insert(place++, mountedRow(path));
+    // The moved rows, where they landed, are the whole selection now.
+    return {UpdateMountCounter(), {rowSpan(start, place)}, {}};
 }
 
 void Mounter::saveSplitterTop(int top) {

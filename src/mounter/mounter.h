@@ -19,10 +19,34 @@ namespace korvel {
 // runs on them. Each operation ends as the Mounter's table of operations says (counter, save,
 // rescan); the front end only wires events to these calls and shows the lists and the counter.
 //
+// The core keeps no selection. An operation on chosen rows is given them (indices into the list it
+// names, in any order; duplicates and indices out of range are ignored) and answers with the rows
+// the views should select next.
+//
 // Every failure to save is returned; the old POD.INI then stays as it was.
 class Mounter : public QObject {
     Q_OBJECT
 public:
+    using Rows = std::vector<int>;
+
+    // The rows a list's view selects after an operation. Without a value, the view keeps the
+    // selection it carried through the change (rows inserted or removed around it move it along).
+    struct Selection {
+        std::optional<Rows> rows;
+        // The rows are added to the view's selection instead of replacing it.
+        bool add = false;
+    };
+    // What an operation leaves: its status (a failed save still leaves the lists changed) and the
+    // selection of each list.
+    struct Outcome {
+        Status status;
+        Selection mounted;
+        Selection unmounted;
+
+        bool ok() const { return status.ok(); }
+        explicit operator bool() const { return ok(); }
+    };
+
     Mounter(const Session& session, SettingsStore& settings, Services& services, QObject* parent = nullptr);
 
     MountedList& mounted() { return m_mounted; }
@@ -46,44 +70,48 @@ public:
     };
     // Fills the mounted list from POD.INI. A missing POD.INI gives an empty list and is not created
     // (the next save creates it); one that exists but cannot be read gives an empty list, is left
-    // alone, and is reported.
-    Status LoadMountedList(LoadMode mode = LoadMode::Rewrite);
+    // alone, and is reported. The first row is to be selected.
+    Outcome LoadMountedList(LoadMode mode = LoadMode::Rewrite);
     // Writes POD.INI from the mounted list (count line, then one stored path per line).
     Status SaveMountedList();
     // Counter text and bar; saves when autosave on change is on.
     Status UpdateMountCounter();
-    void ScanUnmounted();
+    // Fills the unmounted list afresh; its first row is to be selected.
+    Outcome ScanUnmounted();
 
-    Status MountSelected();
-    Status UnmountSelected();
+    // Mounts the given unmounted rows, in list order, at the end of the mounted list.
+    Outcome MountSelected(Rows unmountedRows);
+    // Unmounts the given mounted rows, then rescans the unmounted list.
+    Outcome UnmountSelected(Rows mountedRows);
     // Asks for files with the file-open dialog, then mounts them as mountFiles does.
-    Status MountBrowsed();
+    Outcome MountBrowsed();
     // Mounts the chosen files (game paths), skipping non-".POD" names and paths already mounted.
-    Status mountFiles(const std::vector<std::string>& paths);
+    Outcome mountFiles(const std::vector<std::string>& paths);
     // Neither "all" operation saves: saving is left to the user.
-    void MountAll();
-    void UnmountAll();
-    Status CleanMissing();
+    Outcome MountAll();
+    Outcome UnmountAll();
+    Outcome CleanMissing();
 
-    // The moves keep the moved rows selected. Up with the first row selected and Down with the last
-    // row selected stop at once and change nothing (no save).
-    Status MoveSelectedToTop();
-    Status MoveSelectedUp();
-    Status MoveSelectedDown();
-    Status MoveSelectedToBottom();
+    // The moves select the moved rows where they went. Up with the first row among the given ones
+    // and Down with the last stop at once and change nothing (no save).
+    Outcome MoveSelectedToTop(Rows mountedRows);
+    Outcome MoveSelectedUp(Rows mountedRows);
+    Outcome MoveSelectedDown(Rows mountedRows);
+    Outcome MoveSelectedToBottom(Rows mountedRows);
 
-    // Sends the selected unmounted archives to the recycle bin after one confirmation. No row is
-    // removed when the user says No or when any file could not be moved (then reported).
-    Status DeleteSelectedArchives();
+    // Sends the archives of the given unmounted rows to the recycle bin after one confirmation. No
+    // row is removed when the user says No or when any file could not be moved (then reported).
+    Outcome DeleteSelectedArchives(Rows unmountedRows);
 
-    Status refreshBoth();
-    void refreshUnmounted();
+    Outcome refreshBoth();
+    Outcome refreshUnmounted();
 
     // Drops onto the mounted list at `dropRow` (the row under the pointer; -1 or past the last row
     // appends). Files (game paths) from outside: non-".POD" names are ignored and a stored path
-    // already mounted is refused. Rows of the list itself: the selected rows move there in order.
-    Status dropFiles(const std::vector<std::string>& paths, int dropRow);
-    Status dropSelectedRows(int dropRow);
+    // already mounted is refused; the new rows join the selection. Rows of the list itself: the
+    // given rows move there in order and become the selection.
+    Outcome dropFiles(const std::vector<std::string>& paths, int dropRow);
+    Outcome dropRows(Rows mountedRows, int dropRow);
 
     // Stores the splitter's position in the "Slider" setting.
     void saveSplitterTop(int top);
@@ -100,7 +128,17 @@ private:
     Status saveIfAutosave();
     std::string extraDirs();
     MountedEntry mountedRow(const std::string& storedPath) const;
-    void removeRows(EntryList& list, std::vector<int> rows);
+    static void removeRows(EntryList& list, const Rows& rows);
+    // The given rows of `list`, sorted, each once, those out of range left out.
+    static Rows validRows(const EntryList& list, Rows rows);
+    // Selects the first row of `list`, or nothing when it is empty.
+    static Selection firstRow(const EntryList& list);
+    // first, first + 1, ..., end - 1.
+    static Rows rowSpan(int first, int end);
+    Outcome withCounter();
+    Outcome moveToEnd(Rows mountedRows, bool toTop);
+    // Moves every given row one place up (step -1) or down (+1).
+    Outcome moveByOne(Rows mountedRows, int step);
 
     const Session& m_session;
     SettingsStore& m_settings;

@@ -24,7 +24,7 @@ std::string displaySortKey(std::string_view text);
 
 // The unmounted archives: "*.pod" files of the game folder, of its first-level subfolders and of
 // the extra folders, whose stored path is not in `mounted` (ignoring case), sorted by display
-// text. Rows come unselected, with status "Unmounted".
+// text. Rows come with status "Unmounted".
 std::vector<MountedEntry> ScanUnmounted(const FileServices& files, const ScanInputs& inputs, const PathKeySet& mounted);
 
 } // namespace korvel

@@ -56,10 +56,14 @@ protected:
             text += (text.empty() ? "" : ",") + row.path;
         return text;
     }
-    static void select(EntryList& list, const Rows& rows) {
-        list.clearSelection();
-        for (int row : rows)
-            list.setSelected(row, true);
+    // The rows an outcome asks a list's view to select; "keep" when it leaves the selection alone.
+    static std::string selection(const Mounter::Selection& next) {
+        if (!next.rows)
+            return "keep";
+        std::string text = next.add ? "+" : "";
+        for (int row : *next.rows)
+            text += (text.empty() || text == "+" ? "" : ",") + std::to_string(row);
+        return text;
     }
 
     // Loads a mounted list of the given archives (created on disk), then adds and scans the unmounted ones.

@@ -25,13 +25,14 @@ TEST_F(LoadMountedList, capsTheBarAt99WhateverTheMaximumSays) {
 TEST_F(LoadMountedList, marksExistingAndMissingArchivesAndRewritesTheFileCanonically) {
     archives({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     drive.write(kIni, "7\nTRUCKS.POD\n\n   \naddon\\mytrack.pod\rADDON\\MYTRACK.POD\n\x1b\n  MISSING.POD\n");
-    ASSERT_TRUE(mounter().LoadMountedList().ok());
+    const Mounter::Outcome loaded = mounter().LoadMountedList();
+    ASSERT_TRUE(loaded.ok());
+    EXPECT_EQ(selection(loaded.mounted), "0");
     const EntryList& list = mounter().mounted();
     // Both spellings are found on disk but stay separate stored paths; leading blanks are kept.
     EXPECT_EQ(joined(list), "TRUCKS.POD,addon\\mytrack.pod,ADDON\\MYTRACK.POD,  MISSING.POD");
     EXPECT_EQ(list.at(2).text, "\\ADDON\\MYTRACK.POD");
     EXPECT_EQ(list.at(1).status + list.at(2).status + list.at(3).status, "MountedMountedNot found");
-    EXPECT_EQ(list.selectedRows(), (Rows{0}));
     EXPECT_EQ(drive.read(kIni), "4\r\nTRUCKS.POD\r\naddon\\mytrack.pod\r\nADDON\\MYTRACK.POD\r\n  MISSING.POD\r\n");
     EXPECT_FALSE(mounter().isModified());
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
@@ -45,7 +46,7 @@ TEST_F(LoadMountedList, findsAbsoluteEntriesOnTheirDriveAndRelativeOnesAlsoInThe
     writeIni({"D:\\TRACKS\\FAR.POD", "D:\\TRACKS\\GONE.POD", "ELSE\\HERE.POD"});
     const QString before = QDir::currentPath();
     QDir::setCurrent(cwd.path());
-    const Status status = mounter().LoadMountedList();
+    const Status status = mounter().LoadMountedList().status;
     QDir::setCurrent(before);
     ASSERT_TRUE(status.ok());
     const EntryList& list = mounter().mounted();
@@ -67,7 +68,7 @@ TEST_F(LoadMountedList, leavesAMissingFileToTheNextSaveRewritesACountOnlyOneUnle
     EXPECT_EQ(drive.read(kIni), "0\r\n");
     // Failed reads and saves lose nothing.
     drive.write(kIni, std::string(size_t(kPodIniLimit) + 1, 'A'));
-    Status status = mounter().LoadMountedList();
+    Status status = mounter().LoadMountedList().status;
     ASSERT_FALSE(status.ok());
     EXPECT_EQ(status.failure().kind, FailureKind::ReadError);
     EXPECT_EQ(drive.read(kIni).size(), size_t(kPodIniLimit) + 1); // not written over

@@ -7,12 +7,11 @@ TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhatev
               "ADDON\\X.POD.BAK", "README.TXT", "ADDON\\MYTRACK.POD"});
     writeIni({"addon\\MyTrack.pod", "GHOST.POD"});
     mounter().LoadMountedList();
-    mounter().ScanUnmounted();
+    EXPECT_EQ(selection(mounter().ScanUnmounted().unmounted), "0");
     const EntryList& list = mounter().unmounted();
     EXPECT_EQ(joined(list), "ADDON\\ALPHA.POD,TRUCKS\\BIG.POD,ZETA.POD");
     EXPECT_EQ(list.at(0).text + "|" + list.at(2).text, "\\ADDON\\ALPHA.POD|ZETA.POD");
     EXPECT_EQ(list.at(0).status, "Unmounted");
-    EXPECT_EQ(list.selectedRows(), (Rows{0}));
 }
 
 TEST_F(ScanUnmounted, addsExtraFoldersInsideTheGameFolderAsRelativeOthersAsAbsoluteAndEmptyValuesAsNone) {

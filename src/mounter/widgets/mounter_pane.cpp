@@ -10,6 +10,7 @@
 
 #include <QDrag>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
@@ -18,6 +19,7 @@
 #include <QProgressBar>
 #include <QTreeView>
 
+#include <algorithm>
 #include <cmath>
 
 namespace korvel {
@@ -88,7 +90,7 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     m_lstUnmounted->setAcceptDrops(false);
     connect(m_mountedModel, &MountedModel::filesDropped, this, &MounterPane::dropFiles);
     connect(m_mountedModel, &MountedModel::rowsDropped, this,
-            [this](int row) { run(m_mounter.dropSelectedRows(row)); });
+            [this](int row) { run(m_mounter.dropRows(selectedRows(m_lstMounted), row)); });
     connect(m_lstMounted, &QAbstractItemView::doubleClicked, this, &MounterPane::unmountSelected);
     connect(m_lstUnmounted, &QAbstractItemView::doubleClicked, this, &MounterPane::mountSelected);
 
@@ -102,9 +104,9 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     connect(makeButton("cmdUnmount", QStringLiteral("&Unmount"), 1), &QAbstractButton::clicked, this,
             &MounterPane::unmountSelected);
     connect(makeButton("cmdMountAll", QStringLiteral("Mount &All"), 2), &QAbstractButton::clicked, this,
-            [this] { m_mounter.MountAll(); });
+            [this] { run(m_mounter.MountAll()); });
     connect(makeButton("cmdUnmountAll", QStringLiteral("Unmount A&ll"), 3), &QAbstractButton::clicked, this,
-            [this] { m_mounter.UnmountAll(); });
+            [this] { run(m_mounter.UnmountAll()); });
     connect(makeButton("cmdClean", QStringLiteral("Clea&n Missing"), 4), &QAbstractButton::clicked, this,
             [this] { run(m_mounter.CleanMissing()); });
     connect(makeButton("cmdRefresh", QStringLiteral("&Refresh"), 5), &QAbstractButton::clicked, this,
@@ -137,7 +139,6 @@ QTreeView* MounterPane::makeList(const char* name, MountedModel* model) {
     QTreeView* list = new MounterListView(this);
     list->setObjectName(QString::fromLatin1(name));
     list->setModel(model);
-    model->bindSelection(list->selectionModel());
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true);
     list->setAllColumnsShowFocus(true);
@@ -182,10 +183,10 @@ void MounterPane::buildMenus() {
     m_mnuMounted->addSeparator();
     QAction* refreshMounted = makeAction(m_mnuMounted, "mnuRefreshMounted", QStringLiteral("&Refresh"));
     connect(unmount, &QAction::triggered, this, &MounterPane::unmountSelected);
-    connect(top, &QAction::triggered, this, [this] { run(m_mounter.MoveSelectedToTop()); });
-    connect(up, &QAction::triggered, this, [this] { run(m_mounter.MoveSelectedUp()); });
-    connect(down, &QAction::triggered, this, [this] { run(m_mounter.MoveSelectedDown()); });
-    connect(bottom, &QAction::triggered, this, [this] { run(m_mounter.MoveSelectedToBottom()); });
+    connect(top, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedToTop); });
+    connect(up, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedUp); });
+    connect(down, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedDown); });
+    connect(bottom, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedToBottom); });
     connect(refreshMounted, &QAction::triggered, this, &MounterPane::refreshBoth);
 
     m_mnuUnmounted = new QMenu(this);
@@ -228,9 +229,38 @@ void MounterPane::barReleased(bool rightButton) {
     m_mounter.saveSplitterTop(m_barTop);
 }
 
-void MounterPane::run(const Status& status) {
-    if (!status.ok())
-        m_services.dialogs.message(status.failure().title(), status.failure().message, MessageIcon::Critical);
+void MounterPane::run(const Mounter::Outcome& outcome) {
+    select(m_lstMounted, outcome.mounted);
+    select(m_lstUnmounted, outcome.unmounted);
+    if (!outcome.ok())
+        m_services.dialogs.message(outcome.status.failure().title(), outcome.status.failure().message,
+                                   MessageIcon::Critical);
+}
+
+Mounter::Rows MounterPane::selectedRows(const QTreeView* list) {
+    Mounter::Rows rows;
+    for (const QModelIndex& index : list->selectionModel()->selectedRows())
+        rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void MounterPane::select(QTreeView* list, const Mounter::Selection& selection) {
+    if (!selection.rows)
+        return;
+    QAbstractItemModel* model = list->model();
+    const int lastColumn = model->columnCount() - 1;
+    QItemSelection wanted;
+    for (int row : *selection.rows) {
+        if (row >= 0 && row < model->rowCount())
+            wanted.select(model->index(row, 0), model->index(row, lastColumn));
+    }
+    list->selectionModel()->select(wanted,
+                                   selection.add ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
+}
+
+void MounterPane::moveSelected(Mounter::Outcome (Mounter::*move)(Mounter::Rows)) {
+    run((m_mounter.*move)(selectedRows(m_lstMounted)));
 }
 
 void MounterPane::refreshBoth() {
@@ -238,19 +268,19 @@ void MounterPane::refreshBoth() {
 }
 
 void MounterPane::refreshUnmounted() {
-    m_mounter.refreshUnmounted();
+    run(m_mounter.refreshUnmounted());
 }
 
 void MounterPane::mountSelected() {
-    run(m_mounter.MountSelected());
+    run(m_mounter.MountSelected(selectedRows(m_lstUnmounted)));
 }
 
 void MounterPane::unmountSelected() {
-    run(m_mounter.UnmountSelected());
+    run(m_mounter.UnmountSelected(selectedRows(m_lstMounted)));
 }
 
 void MounterPane::deleteSelected() {
-    run(m_mounter.DeleteSelectedArchives());
+    run(m_mounter.DeleteSelectedArchives(selectedRows(m_lstUnmounted)));
 }
 
 void MounterPane::showCounter(const QString& text, int bar) {
@@ -269,7 +299,7 @@ void MounterPane::dropFiles(const QStringList& hostPaths, int row) {
 
 void MounterPane::loadGameLists() {
     run(m_mounter.LoadMountedList());
-    m_mounter.ScanUnmounted();
+    run(m_mounter.ScanUnmounted());
 }
 
 void MounterPane::restoreSplitter(double sliderTop) {
@@ -308,16 +338,16 @@ bool MounterPane::listKey(QTreeView* list, QKeyEvent* key) {
         return false;
     switch (key->key()) {
     case Qt::Key_T:
-        run(m_mounter.MoveSelectedToTop());
+        moveSelected(&Mounter::MoveSelectedToTop);
         return true;
     case Qt::Key_U:
-        run(m_mounter.MoveSelectedUp());
+        moveSelected(&Mounter::MoveSelectedUp);
         return true;
     case Qt::Key_D:
-        run(m_mounter.MoveSelectedDown());
+        moveSelected(&Mounter::MoveSelectedDown);
         return true;
     case Qt::Key_B:
-        run(m_mounter.MoveSelectedToBottom());
+        moveSelected(&Mounter::MoveSelectedToBottom);
         return true;
     default:
         return false;

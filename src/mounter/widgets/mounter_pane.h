@@ -26,7 +26,9 @@ class GoldButton;
 
 // The Mounter pane (`fraMount`'s content): the mounted and the unmounted list with their buttons,
 // keys, context menus, drag and drop, the counter and the splitter bar between the lists. Every
-// event is handed to the Mounter core; a failed save is shown in a message box.
+// event is handed to the Mounter core with the rows selected in the list views, which alone keep
+// the selection; the views then select what the core answers. A failed save is shown in a message
+// box.
 //
 // It answers the main window's questions about the mounted list (WindowHooks).
 class MounterPane : public QWidget, public ui::WindowHooks {
@@ -62,8 +64,11 @@ private:
     void layoutLists();
     bool listKey(QTreeView* list, QKeyEvent* key);
 
-    // Runs an operation and shows its failure, if any.
-    void run(const Status& status);
+    // Selects what an operation answered and shows its failure, if any.
+    void run(const Mounter::Outcome& outcome);
+    static Mounter::Rows selectedRows(const QTreeView* list);
+    static void select(QTreeView* list, const Mounter::Selection& selection);
+    void moveSelected(Mounter::Outcome (Mounter::*move)(Mounter::Rows));
     void refreshBoth();
     void refreshUnmounted();
     void mountSelected();
