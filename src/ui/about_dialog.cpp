@@ -3,8 +3,8 @@
 #include "app_info.h"
 #include "platform/dialogs.h"
 #include "platform/shell.h"
-#include "widgets/gold_button.h"
-#include "widgets/twips.h"
+#include "kit/gold_button.h"
+#include "kit/twips.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

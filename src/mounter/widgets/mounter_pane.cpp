@@ -5,8 +5,8 @@
 #include "platform/services.h"
 #include "splitter_bar.h"
 #include "startup/session.h"
-#include "ui/widgets/gold_button.h"
-#include "ui/widgets/twips.h"
+#include "ui/kit/gold_button.h"
+#include "ui/kit/twips.h"
 
 #include <QDrag>
 #include <QHeaderView>
@@ -282,6 +282,27 @@ bool MounterPane::mountedListChanged() const {
 
 Status MounterPane::saveMountedList() {
     return m_mounter.SaveMountedList();
+}
+
+Status MounterPane::saveMountedListIfChanged() {
+    return mountedListChanged() ? saveMountedList() : Status();
+}
+
+bool MounterPane::settleUnsavedList() {
+    if (!mountedListChanged())
+        return true;
+    if (m_session.asPod != "1" || m_session.asExit != "1") {
+        const MessageAnswer answer = m_services.dialogs.message(
+            QStringLiteral("Question"),
+            QStringLiteral("The list of mounted PODs has changed since it was last saved. Save it to POD.INI before "
+                           "Korvel exits?"),
+            MessageIcon::Question, MessageButtons::YesNoCancel);
+        if (answer != MessageAnswer::Yes)
+            return answer == MessageAnswer::No;
+    }
+    const Status saved = saveMountedList();
+    run(saved);
+    return saved.ok();
 }
 
 bool MounterPane::listKey(QTreeView* list, QKeyEvent* key) {

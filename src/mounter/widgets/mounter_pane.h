@@ -2,7 +2,6 @@
 
 #include "mounter/mounter.h"
 #include "platform/result.h"
-#include "ui/window_hooks.h"
 
 #include <QWidget>
 
@@ -28,8 +27,9 @@ class GoldButton;
 // keys, context menus, drag and drop, the counter and the splitter bar between the lists. Every
 // event is handed to the Mounter core; a failed save is shown in a message box.
 //
-// It answers the main window's questions about the mounted list (WindowHooks).
-class MounterPane : public QWidget, public ui::WindowHooks {
+// The application calls it at opening (the lists, then the splitter), for the Play and Continue
+// buttons and at closing (unsaved changes of the mounted list).
+class MounterPane : public QWidget {
     Q_OBJECT
 public:
     MounterPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
@@ -40,11 +40,16 @@ public:
     int splitterTop() const { return m_barTop; }
     void setSplitterTop(int twips);
 
-    // WindowHooks.
-    void loadGameLists() override;
-    void restoreSplitter(double sliderTop) override;
-    bool mountedListChanged() const override;
-    Status saveMountedList() override;
+    // Opening: POD.INI, then the scan for unmounted archives; the splitter at a stored top.
+    void loadGameLists();
+    void restoreSplitter(double sliderTop);
+    // Whether the mounted list differs from POD.INI, and writing it (always, or only when changed).
+    bool mountedListChanged() const;
+    Status saveMountedList();
+    Status saveMountedListIfChanged();
+    // Closing: unsaved changes are saved or dropped as the autosave settings say, or as the user
+    // answers; false (the window stays open) on Cancel or a failed save, which has been shown.
+    bool settleUnsavedList();
 
     // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
     // row of the window's own buttons).
