@@ -94,18 +94,18 @@ private:
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;
-    QCheckBox* m_track = nullptr;
-    QCheckBox* m_sounds = nullptr;
-    std::array<QRadioButton*, 4> m_localization{};
-    QLineEdit* m_custom = nullptr;
-    ui::GoldButton* m_browse = nullptr;
+    QCheckBox* m_hiddenTrackBox = nullptr;
+    QCheckBox* m_hornSoundsBox = nullptr;
+    std::array<QRadioButton*, 4> m_localizationOptions{};
+    QLineEdit* m_customFileBox = nullptr;
+    ui::GoldButton* m_browseButton = nullptr;
     QGroupBox* m_driversFrame = nullptr;
     QTreeWidget* m_driverList = nullptr;
-    QPlainTextEdit* m_information = nullptr;
-    ui::GoldButton* m_remove = nullptr;
-    ui::GoldButton* m_undo = nullptr;
-    ui::GoldButton* m_download = nullptr;
-    ui::GoldButton* m_save = nullptr;
+    QPlainTextEdit* m_informationBox = nullptr;
+    ui::GoldButton* m_removeButton = nullptr;
+    ui::GoldButton* m_undoButton = nullptr;
+    ui::GoldButton* m_downloadButton = nullptr;
+    ui::GoldButton* m_saveButton = nullptr;
 };
 
 } // namespace korvel
