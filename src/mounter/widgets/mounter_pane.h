@@ -37,7 +37,7 @@ public:
 
     Mounter& mounter() { return m_mounter; }
     // The splitter bar's top, in twips of the pane.
-    int splitterTop() const { return m_barTop; }
+    int splitterTop() const { return m_splitterTop; }
     void setSplitterTop(int twips);
 
     // Opening: POD.INI, then the scan for unmounted archives; the splitter at a stored top.
@@ -86,14 +86,14 @@ private:
     Mounter m_mounter;
     MountedModel* m_mountedModel = nullptr;
     MountedModel* m_unmountedModel = nullptr;
-    QTreeView* m_lstMounted = nullptr;
-    QTreeView* m_lstUnmounted = nullptr;
-    SplitterBar* m_bar = nullptr;
-    QLabel* m_lblPODs = nullptr;
-    QProgressBar* m_prgPODs = nullptr;
-    QMenu* m_mnuMounted = nullptr;
-    QMenu* m_mnuUnmounted = nullptr;
-    int m_barTop = 3070;
+    QTreeView* m_mountedList = nullptr;
+    QTreeView* m_unmountedList = nullptr;
+    SplitterBar* m_splitterBar = nullptr;
+    QLabel* m_counterLabel = nullptr;
+    QProgressBar* m_counterBar = nullptr;
+    QMenu* m_mountedMenu = nullptr;
+    QMenu* m_unmountedMenu = nullptr;
+    int m_splitterTop = 3070;
 };
 
 } // namespace korvel
