@@ -1,22 +1,22 @@
 // Renders the main window in each mode and each dialog to PNG files, for the documentation.
 // Usage: korvel-screenshots OUTPUT_FOLDER PROFILE (run on the offscreen platform).
 
+#include "gui/korvel_application.h"
+#include "palette/widgets/palette_window.h"
 #include "platform/file_services.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
 #include "platform/widgets/qt_dialogs.h"
-#include "gui/korvel_application.h"
-#include "palette/widgets/palette_window.h"
 #include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/settings_store.h"
+#include "ui/kit/twips.h"
 #include "ui/main_menus.h"
 #include "ui/main_window.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
-#include "ui/kit/twips.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,10 +1,10 @@
 #include "about_dialog.h"
 
 #include "app_info.h"
-#include "platform/dialogs.h"
-#include "platform/shell.h"
 #include "kit/gold_button.h"
 #include "kit/twips.h"
+#include "platform/dialogs.h"
+#include "platform/shell.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

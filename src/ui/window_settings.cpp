@@ -1,9 +1,9 @@
 #include "window_settings.h"
 
+#include "kit/twips.h"
 #include "platform/game_text.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
-#include "kit/twips.h"
 
 #include <QWidget>
 

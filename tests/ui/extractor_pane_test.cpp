@@ -154,8 +154,11 @@ TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoThe
         {"extracts", korvel::MessageAnswer::Yes, {{"A.RAW", "first"}, {"SHARED.TXT", "two"}}, "", false},
         {"declined", korvel::MessageAnswer::No, {{"A.RAW", ""}, {"SHARED.TXT", ""}}, "", false},
         // Rows go in the order the list shows them: A.BIN is written before the bad Z.BIN stops it all.
-        {"corrupt", korvel::MessageAnswer::Yes, {{"A.BIN", "good"}, {"Z.BIN", ""}, {"SHARED.TXT", ""}},
-         "This POD appears to be corrupt!", true},
+        {"corrupt",
+         korvel::MessageAnswer::Yes,
+         {{"A.BIN", "good"}, {"Z.BIN", ""}, {"SHARED.TXT", ""}},
+         "This POD appears to be corrupt!",
+         true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -173,7 +176,8 @@ TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoThe
         f.pane->massExtract();
         const QString count = std::string(c.name) == "corrupt" ? "4" : "3";
         EXPECT_EQ(f.drive.dialogs().messages().front().text,
-                  "All " + count + " PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
+                  "All " + count +
+                      " PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
         for (const auto& [file, contents] : c.expected)
             EXPECT_EQ(f.drive.exists(kGame + "\\" + file) ? f.drive.read(kGame + "\\" + file) : "", contents) << file;
         EXPECT_EQ(f.pane->archiveBusy(), c.busy);

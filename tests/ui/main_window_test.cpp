@@ -1,8 +1,8 @@
+#include "ui/kit/gold_button.h"
+#include "ui/kit/twips.h"
 #include "ui/main_menus.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
-#include "ui/kit/gold_button.h"
-#include "ui/kit/twips.h"
 #include "window_fixture.h"
 
 #include <QAction>

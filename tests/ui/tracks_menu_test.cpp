@@ -1,8 +1,8 @@
 #include "../tracklist/loopback_http_server.h"
+#include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "temp_game.h"
-#include "startup/default_track_list.h"
 #include "tracklist/widgets/tracks_menu.h"
 #include "ui/main_menus.h"
 

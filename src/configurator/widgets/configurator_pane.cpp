@@ -55,8 +55,9 @@ void ConfiguratorPane::buildControls() {
     auto* language = named(new QGroupBox(QStringLiteral("Language File"), m_settingsFrame), "fraLocalization");
     language->setGeometry(ui::twipsRect(2700, 180, 3870, 1260, this));
     const std::array<const char*, 4> captions = {"&Standard", "&Fun", "&Pig Latin", "C&ustom:"};
-    const std::array<QRect, 4> places = {ui::twipsRect(120, 270, 1200, 285, this), ui::twipsRect(1320, 270, 1100, 285, this),
-                                         ui::twipsRect(2460, 270, 1300, 285, this), ui::twipsRect(120, 600, 1200, 285, this)};
+    const std::array<QRect, 4> places = {
+        ui::twipsRect(120, 270, 1200, 285, this), ui::twipsRect(1320, 270, 1100, 285, this),
+        ui::twipsRect(2460, 270, 1300, 285, this), ui::twipsRect(120, 600, 1200, 285, this)};
     for (int i = 0; i < 4; ++i) {
         const int index = i + 1;
         auto* option = new QRadioButton(QString::fromLatin1(captions[i]), language);

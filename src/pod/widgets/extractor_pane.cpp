@@ -78,7 +78,8 @@ void ExtractorPane::buildControls() {
     connect(m_browser, &FileBrowser::archiveChosen, this,
             [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
 
-    m_recentBox = new RecentArchivesBox(m_services.files, [this] { return listedArchive(); }, this);
+    m_recentBox = new RecentArchivesBox(
+        m_services.files, [this] { return listedArchive(); }, this);
     m_recentBox->setGeometry(ui::twipsRect(120, 5520, 6690, 375, this));
     connect(m_recentBox, &RecentArchivesBox::archiveChosen, this,
             [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
@@ -109,7 +110,7 @@ void ExtractorPane::buildControls() {
         numbers += width;
     }
     m_fileList->setColumnWidth(ListingModel::NameColumn,
-                           std::max(ui::twipsToPixels(1200, this), m_fileList->width() - numbers - 22));
+                               std::max(ui::twipsToPixels(1200, this), m_fileList->width() - numbers - 22));
     m_fileList->installEventFilter(this);
     m_fileList->viewport()->installEventFilter(this);
     connect(m_fileList, &QTableView::doubleClicked, this, [this] { extractFromList(); });
@@ -204,11 +205,13 @@ void ExtractorPane::prepareExtractionProgress() {
 }
 
 void ExtractorPane::loadRecentArchives() {
-    m_recentBox->setEntries(RecentArchivesBox::entriesOf(m_store.readProfile(m_session.currentGame, settings::kRecent)));
+    m_recentBox->setEntries(
+        RecentArchivesBox::entriesOf(m_store.readProfile(m_session.currentGame, settings::kRecent)));
 }
 
 void ExtractorPane::saveRecentArchives() {
-    m_store.writeProfile(m_session.currentGame, settings::kRecent, RecentArchivesBox::storedText(m_recentBox->entries()));
+    m_store.writeProfile(m_session.currentGame, settings::kRecent,
+                         RecentArchivesBox::storedText(m_recentBox->entries()));
 }
 
 bool ExtractorPane::autosort() {
@@ -322,9 +325,9 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
     bool opened = false;
     QElapsedTimer sincePaint;
     sincePaint.start();
-    Result<ExtractSummary> done =
-        korvel::ExtractFiles(m_services.files, m_model->listing(), entries, destination, {},
-                             [&](int count, int, const std::string& name) { showProgress(count, name, opened, sincePaint); });
+    Result<ExtractSummary> done = korvel::ExtractFiles(
+        m_services.files, m_model->listing(), entries, destination, {},
+        [&](int count, int, const std::string& name) { showProgress(count, name, opened, sincePaint); });
     m_working = false;
     if (!done) {
         stopRun(done.failure(), opened, onFault);

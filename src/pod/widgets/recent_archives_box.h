@@ -24,8 +24,7 @@ class RecentArchivesBox : public QWidget {
 
 public:
     // `listedArchive` answers the folder + file name listed now.
-    RecentArchivesBox(const FileServices& files, std::function<std::string()> listedArchive,
-                      QWidget* parent = nullptr);
+    RecentArchivesBox(const FileServices& files, std::function<std::string()> listedArchive, QWidget* parent = nullptr);
 
     QComboBox* combo() const { return m_combo; }
     ui::GoldButton* removeButton() const { return m_removeButton; }
