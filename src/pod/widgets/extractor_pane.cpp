@@ -71,17 +71,18 @@ ExtractorPane::ExtractorPane(Services& services, Session& session, SettingsStore
 ExtractorPane::~ExtractorPane() = default;
 
 void ExtractorPane::buildControls() {
+    // First in the tab order: the recent list is the quickest way back to an archive.
+    m_recentBox = new RecentArchivesBox(
+        m_services.files, [this] { return listedArchive(); }, this);
+    m_recentBox->setGeometry(ui::twipsRect(120, 5520, 6690, 375, this));
+    connect(m_recentBox, &RecentArchivesBox::archiveChosen, this,
+            [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
+
     m_browser = new FileBrowser(m_services.files, m_services.dialogs, this);
     m_browser->driveBox()->setGeometry(ui::twipsRect(120, 180, 1815, 315, this));
     m_browser->dirBox()->setGeometry(ui::twipsRect(120, 555, 1815, 2085, this));
     m_browser->fileBox()->setGeometry(ui::twipsRect(120, 2700, 1815, 1935, this));
     connect(m_browser, &FileBrowser::archiveChosen, this,
-            [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
-
-    m_recentBox = new RecentArchivesBox(
-        m_services.files, [this] { return listedArchive(); }, this);
-    m_recentBox->setGeometry(ui::twipsRect(120, 5520, 6690, 375, this));
-    connect(m_recentBox, &RecentArchivesBox::archiveChosen, this,
             [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
 
     m_model = new ListingModel(this);
