@@ -68,7 +68,7 @@ public:
 
     // Reads "Flat" and gives every skinned button of the window the matching looks.
     void applyButtonLooks();
-    // A number stored in the profile's key, read the old way ("Slider" for the Mounter's splitter).
+    // A number stored in the profile's key, read as its leading number ("Slider" for the splitter).
     double storedNumber(std::string_view name) const;
     // Shows a failure in a message box; false when `status` is a success.
     bool reportFailure(const Status& status);
