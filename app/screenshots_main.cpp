@@ -1,21 +1,24 @@
 // Renders the main window in each mode and each dialog to PNG files, for the documentation.
 // Usage: korvel-screenshots OUTPUT_FOLDER PROFILE (run on the offscreen platform).
 
+#include "gui/korvel_application.h"
+#include "palette/widgets/palette_window.h"
 #include "platform/file_services.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
 #include "platform/widgets/qt_dialogs.h"
-#include "gui/korvel_application.h"
-#include "palette/widgets/palette_window.h"
+#include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/settings_store.h"
+#include "ui/kit/twips.h"
+#include "ui/main_menus.h"
 #include "ui/main_window.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
-#include "ui/widgets/twips.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
@@ -91,14 +94,14 @@ int main(int argc, char** argv) {
             continue;
         window.showMode(mode, QStringLiteral("0"));
         if (mode == Mode::Extractor) // a listed track archive
-            window.hooks().listArchive(session.location + "\\", "TRAXX.POD");
+            window.findChild<korvel::ExtractorPane*>()->ListPOD(session.location + "\\", "TRAXX.POD");
         if (mode != Mode::Mounter) // the Mounter's picture keeps the information text
             hover(*window.modeStatusBar(), mode);
         ok = save(window, folder, QStringLiteral("main-") + QLatin1String(name)) && ok;
     }
 
     // The palette viewer with the sample game's palette.
-    window.hooks().showPaletteViewer();
+    window.menus().palette()->trigger();
     for (QWidget* top : QApplication::topLevelWidgets()) {
         if (auto* palette = qobject_cast<korvel::PaletteWindow*>(top)) {
             palette->ShowPalette(paths.toHost(session.location + "\\ART\\DEMO.ACT"));

@@ -10,19 +10,20 @@
 #include "platform/widgets/qt_dialogs.h"
 #include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
+#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
+#include "startup/version_text.h"
 #include "startup/widgets/games_dialog.h"
 #include "tracklist/track_site.h"
 #include "tracklist/widgets/tracks_menu.h"
-#include "ui/composite_hooks.h"
+#include "ui/kit/gold_button.h"
 #include "ui/main_menus.h"
 #include "ui/main_window.h"
-#include "ui/profile_session.h"
-#include "ui/widgets/gold_button.h"
-#include "ui/window_hooks.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -30,44 +31,22 @@
 
 namespace korvel::app {
 
-namespace {
-
-// What the application itself answers for the window: game switching and the association.
-class ApplicationHooks : public ui::WindowHooks {
-public:
-    ApplicationHooks(KorvelApplication& application, FileAssociation& association)
-        : m_application(application), m_association(association) {}
-
-    void switchGame() override {
-        // Not from inside the menu's handler: the window is closed and destroyed on the way.
-        QTimer::singleShot(0, &m_application, &KorvelApplication::switchGame);
-    }
-    void applyAssociation(bool associate) override {
-        if (associate)
-            m_association.Register();
-        else
-            m_association.Unregister();
-    }
-
-private:
-    KorvelApplication& m_application;
-    FileAssociation& m_association;
-};
-
-} // namespace
-
-// The window and the hooks its panes answer through; the window goes first.
+// The window and its panes by name. The panes belong to the window; the Configurator pane and the
+// Tracks menu exist for the Monster Truck Madness 2 profile only.
 struct KorvelApplication::WindowParts {
-    std::unique_ptr<ui::CompositeHooks> hooks = std::make_unique<ui::CompositeHooks>();
     std::unique_ptr<ui::MainWindow> window;
+    ConfiguratorPane* configurator = nullptr;
+    TracksMenu* tracks = nullptr;
+    ExtractorPane* extractor = nullptr;
+    PaletteViewer* palette = nullptr;
+    MounterPane* mounter = nullptr;
 };
 
 KorvelApplication::KorvelApplication(Services& services, SettingsStore& store, FileAssociation& association,
                                      QObject* parent)
     : QObject(parent), m_services(services), m_store(store), m_association(association),
       m_games(std::make_unique<GamesDialog>()),
-      m_startup(std::make_unique<Startup>(services, store, m_session, *m_games, association)),
-      m_ownHooks(std::make_unique<ApplicationHooks>(*this, association)) {}
+      m_startup(std::make_unique<Startup>(services, store, m_session, *m_games, association)) {}
 
 KorvelApplication::~KorvelApplication() {
     m_parts.reset();
@@ -90,50 +69,108 @@ bool KorvelApplication::start(const QStringList& arguments) {
 
 void KorvelApplication::openWindow() {
     m_parts = std::make_unique<WindowParts>();
-    ui::CompositeHooks& hooks = *m_parts->hooks;
-    m_parts->window = std::make_unique<ui::MainWindow>(m_session, m_store, m_services, &hooks);
-    ui::MainWindow& window = *m_parts->window;
-    hooks.add(m_ownHooks.get());
-    createPanes(window, hooks);
+    m_parts->window = std::make_unique<ui::MainWindow>(m_session, m_store, m_services);
+    createPanes();
+    connectCommands();
+    emit windowChanged(m_parts->window.get());
+    runOpenSequence();
+    m_parts->window->show();
+}
+
+void KorvelApplication::createPanes() {
+    WindowParts& parts = *m_parts;
+    ui::MainWindow& window = *parts.window;
+    if (m_session.configurator) {
+        const TrackSite site = TrackSite::fromEnvironment();
+        parts.configurator = new ConfiguratorPane(m_session, m_store, m_services);
+        parts.configurator->setDownloadAddress(site.siteRoot);
+        window.installPane(ui::Mode::Configurator, parts.configurator);
+        ui::MainMenus& menus = window.menus();
+        parts.tracks = new TracksMenu(*menus.tracksMenu(), *menus.trackListEntry(), *menus.tracksSeparator(),
+                                      *menus.update(), m_store, m_services.dialogs, m_services.shell, site, &window);
+    }
+    parts.extractor = new ExtractorPane(m_services, m_session, m_store);
+    window.installPane(ui::Mode::Extractor, parts.extractor);
+    parts.palette = new PaletteViewer(m_services, &window);
+    parts.mounter = new MounterPane(m_session, m_store, m_services);
+    window.installPane(ui::Mode::Mounter, parts.mounter);
+}
+
+void KorvelApplication::connectCommands() {
+    WindowParts& parts = *m_parts;
+    ui::MainWindow& window = *parts.window;
+    ui::MainMenus& menus = window.menus();
+    connect(menus.switchGame(), &QAction::triggered, this, [this] {
+        // Not from inside the menu's handler: the window is closed and destroyed on the way.
+        QTimer::singleShot(0, this, &KorvelApplication::switchGame);
+    });
+    connect(&window, &ui::MainWindow::associationToggled, this, [this](bool associate) {
+        if (associate)
+            m_association.Register();
+        else
+            m_association.Unregister();
+    });
+    connect(menus.palette(), &QAction::triggered, parts.palette, &PaletteViewer::show);
+    connect(menus.mass(), &QAction::triggered, parts.extractor, &ExtractorPane::massExtract);
+    connect(parts.extractor, &ExtractorPane::showRequested, &window,
+            [&window] { window.ShowExtractor(QStringLiteral("0")); });
+    if (parts.configurator) {
+        connect(menus.fixRegistry(), &QAction::triggered, parts.configurator, &ConfiguratorPane::fixRegistry);
+        connect(menus.update(), &QAction::triggered, parts.tracks, &TracksMenu::mnuUpdate_Click);
+    }
+    connect(window.playButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(true); });
+    connect(window.continueButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(false); });
+    window.setCloseSequence([this] { return closeSequence(); });
     connect(&window, &ui::MainWindow::closed, this, [this] {
         if (!m_switching)
             end(0);
     });
-    emit windowChanged(&window);
-    window.open();
-    window.show();
 }
 
-// Each subsystem's pane goes into its place of the window, and answers the window's questions
-// through `hooks`. The window loads the player profile, then the mounted list, then the unmounted
-// list, so the Configurator's hooks come before the Mounter's.
-void KorvelApplication::createPanes(ui::MainWindow& window, ui::CompositeHooks& hooks) {
-    // Configurator pane and Tracks menu (the Monster Truck Madness 2 profile only).
-    if (m_session.configurator) {
-        const TrackSite site = TrackSite::fromEnvironment();
-        auto* configurator =
-            new ConfiguratorPane(m_session, m_store, m_services, nullptr, [](const QString& caption, QWidget* parent) {
-                return new ui::GoldButton(caption, parent);
-            });
-        configurator->setDownloadAddress(site.siteRoot);
-        window.installPane(ui::Mode::Configurator, configurator);
-        hooks.add(configurator);
-        ui::MainMenus& menus = window.menus();
-        hooks.add(new TracksMenu(*menus.tracksMenu(), *menus.trackListEntry(), *menus.tracksSeparator(),
-                                 *menus.update(), m_store, m_services.dialogs, m_services.shell, site, &window));
+// Opening the window: its frame, the Extractor's browsing and progress bar, the player profile,
+// the mounted and the unmounted list, the information panel and the buttons' looks, monster.ini and
+// the track list, the recent archives, the first mode (or the archive named on the command line),
+// and last the Mounter's splitter.
+void KorvelApplication::runOpenSequence() {
+    WindowParts& parts = *m_parts;
+    ui::MainWindow& window = *parts.window;
+    window.prepareFrame();
+    parts.extractor->startBrowsingAtGameFolder();
+    parts.extractor->prepareExtractionProgress();
+    if (parts.configurator)
+        parts.configurator->LoadDrivers();
+    parts.mounter->loadGameLists();
+    window.showInformation();
+    if (parts.configurator) {
+        parts.configurator->LoadMonsterIni();
+        parts.tracks->LoadTrackList();
     }
+    parts.extractor->loadRecentArchives();
+    if (m_session.hasOpenedArchive()) {
+        window.ShowExtractor(QStringLiteral("0"));
+        parts.extractor->ListPOD(m_session.openedFolder, m_session.openedFile);
+    } else {
+        window.showStartMode();
+    }
+    parts.mounter->restoreSplitter(window.storedNumber(settings::kSlider));
+}
 
-    // Extractor pane, and the palette viewer behind the File menu.
-    auto* extractor = new ExtractorPane(m_services, m_session, m_store);
-    window.installPane(ui::Mode::Extractor, extractor);
-    extractor->attachTo(window);
-    hooks.add(extractor);
-    hooks.add(new PaletteViewerHook(m_services, &window));
+// Closing the window: refused while the Extractor is busy or while the mounted list's changes are
+// not settled; then the window's state and the recent archives are saved.
+bool KorvelApplication::closeSequence() {
+    WindowParts& parts = *m_parts;
+    if (parts.extractor->archiveBusy() || !parts.mounter->settleUnsavedList())
+        return false;
+    parts.window->saveState();
+    parts.extractor->saveRecentArchives();
+    return true;
+}
 
-    // Mounter pane.
-    auto* mounter = new MounterPane(m_session, m_store, m_services);
-    window.installPane(ui::Mode::Mounter, mounter);
-    hooks.add(mounter);
+void KorvelApplication::saveBeforePlaying(bool launch) {
+    if (m_parts->window->reportFailure(m_parts->mounter->saveMountedListIfChanged()) || !launch)
+        return;
+    const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
+    m_services.shell.launch(m_session.locationExe, workingFolder);
 }
 
 void KorvelApplication::closeWindow() {
@@ -189,7 +226,7 @@ void KorvelApplication::showStoreWarnings() {
 int runKorvel(int argc, char** argv) {
     // Answered before any window system is needed.
     if (argc == 2 && (std::strcmp(argv[1], "--version") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-        std::printf("Korvel %s\n", ui::buildVersionText().c_str());
+        std::printf("Korvel %s\n", VersionText(ProgramVersion::current()).c_str());
         if (std::strcmp(argv[1], "--help") == 0)
             std::printf("Usage: korvel [PROFILE | ARCHIVE]\n"
                         "Starts with the game profile named PROFILE, or opens ARCHIVE (a .pod file) in the\n"

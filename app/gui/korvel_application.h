@@ -18,16 +18,19 @@ class Startup;
 } // namespace korvel
 
 namespace korvel::ui {
-class CompositeHooks;
 class MainWindow;
-class WindowHooks;
-} // namespace korvel::ui
+}
 
 namespace korvel::app {
 
 // The desktop application put together: start-up with the profiles dialog, then the main window
 // with its panes, game switching, and the end of the program. The services come from outside (the
 // machine's for the program, fakes for tests).
+//
+// The window knows none of its panes: this object makes each pane, puts it into the window, and
+// runs the window's open and close sequences, calling the window's own steps and each pane's in
+// their order (openWindow(), closeSequence()). The menu entries and the Play and Continue buttons
+// are connected here to the pane that owns what they do.
 class KorvelApplication : public QObject {
     Q_OBJECT
 public:
@@ -56,7 +59,12 @@ signals:
 private:
     struct WindowParts;
     void openWindow();
-    void createPanes(ui::MainWindow& window, ui::CompositeHooks& hooks);
+    void createPanes();
+    void connectCommands();
+    void runOpenSequence();
+    bool closeSequence();
+    // `cmdPlay` (launch) and `cmdContinue`: the mounted list is written first when it has changed.
+    void saveBeforePlaying(bool launch);
     void closeWindow();
     void end(int exitCode);
     int terminationCode() const;
@@ -68,7 +76,6 @@ private:
     Session m_session;
     std::unique_ptr<GamesDialog> m_games;
     std::unique_ptr<Startup> m_startup;
-    std::unique_ptr<ui::WindowHooks> m_ownHooks;
     std::unique_ptr<WindowParts> m_parts;
     bool m_switching = false;
     int m_exitCode = 0;

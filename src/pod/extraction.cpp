@@ -214,11 +214,11 @@ Status MassExtract(const FileServices& files, const std::string& gameFolder,
         if (found.size() != 1 || upperGame(found.front()) != upperGame(name))
             return readError(fileNotFoundText());
         Result<PodDirectory> listing = ListPOD(files, folder + name);
-        if (hooks.listed)
-            hooks.listed(folder + name, listing);
-        if (!listing)
+        const bool wanted = !hooks.listed || hooks.listed(folder + name, listing);
+        if (!listing || !wanted)
             continue;
-        Result<ExtractSummary> done = ExtractFiles(files, *listing, allRows(*listing), folder, options, hooks.progress);
+        const std::vector<size_t> rows = hooks.rows ? hooks.rows(*listing) : allRows(*listing);
+        Result<ExtractSummary> done = ExtractFiles(files, *listing, rows, folder, options, hooks.progress);
         if (!done)
             return done.failure();
         if (hooks.extracted)

@@ -52,8 +52,12 @@ Result<ExtractSummary> ExtractFiles(const FileServices& files, const PodDirector
 std::vector<size_t> allRows(const PodDirectory& listing);
 
 struct MassExtractHooks {
-    // After each archive is listed (successfully or not); a failed listing skips that archive.
-    std::function<void(const std::string& archivePath, const Result<PodDirectory>& listing)> listed;
+    // After each archive is listed (successfully or not). A failed listing skips that archive, and
+    // so does a listed one for which this answers false.
+    std::function<bool(const std::string& archivePath, const Result<PodDirectory>& listing)> listed;
+    // Just before a listed archive is extracted: the rows to extract, in order. Without it every
+    // row is extracted in directory order.
+    std::function<std::vector<size_t>(const PodDirectory& listing)> rows;
     ExtractProgress progress;
     std::function<void(const ExtractSummary& summary)> extracted;
 };

@@ -1,11 +1,11 @@
 #include "startup.h"
 
 #include "backups.h"
+#include "default_track_list.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
 #include "settings_names.h"
-#include "tracklist/default_track_list.h"
 
 #include <QByteArray>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "track_list.h"
 
-#include "default_track_list.h"
 #include "platform/game_text.h"
+#include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 

@@ -1,10 +1,10 @@
 #include "about_dialog.h"
 
 #include "app_info.h"
+#include "kit/gold_button.h"
+#include "kit/twips.h"
 #include "platform/dialogs.h"
 #include "platform/shell.h"
-#include "widgets/gold_button.h"
-#include "widgets/twips.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

@@ -2,24 +2,21 @@
 
 #include "about_dialog.h"
 #include "app_info.h"
+#include "kit/gold_button.h"
+#include "kit/twips.h"
 #include "main_menus.h"
 #include "mode_status_bar.h"
 #include "pane_slider.h"
 #include "platform/game_text.h"
 #include "platform/services.h"
-#include "recent_archives.h"
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/widgets/options_dialog.h"
-#include "widgets/gold_button.h"
-#include "widgets/twips.h"
-#include "window_hooks.h"
 #include "window_settings.h"
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QDir>
 #include <QFrame>
 #include <QMenu>
 #include <QMenuBar>
@@ -51,9 +48,8 @@ bool isOne(const QString& text) {
 
 } // namespace
 
-MainWindow::MainWindow(Session& session, SettingsStore& store, Services& services, WindowHooks* hooks, QWidget* parent)
+MainWindow::MainWindow(Session& session, SettingsStore& store, Services& services, QWidget* parent)
     : QMainWindow(parent), m_session(session), m_store(store), m_services(services),
-      m_defaultHooks(std::make_unique<WindowHooks>()), m_hooks(hooks ? hooks : m_defaultHooks.get()),
       m_settings(std::make_unique<WindowSettings>(store, session.currentGame)) {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(applicationTitle());
@@ -84,23 +80,13 @@ MainWindow::MainWindow(Session& session, SettingsStore& store, Services& service
 
     connect(m_statusBar, &ModeStatusBar::modeChosen, this,
             [this](Mode mode) { showMode(mode, m_settings->read(settings::kSlide)); });
-    connect(m_menus->switchGame(), &QAction::triggered, this, [this] { m_hooks->switchGame(); });
     connect(m_menus->associate(), &QAction::triggered, this, &MainWindow::toggleAssociation);
     connect(m_menus->options(), &QAction::triggered, this, &MainWindow::showOptions);
-    connect(m_menus->palette(), &QAction::triggered, this, [this] { m_hooks->showPaletteViewer(); });
-    connect(m_menus->mass(), &QAction::triggered, this, [this] { m_hooks->massExtract(); });
     connect(m_menus->exit(), &QAction::triggered, this, &QWidget::close);
     connect(m_menus->about(), &QAction::triggered, this, &MainWindow::showAbout);
-    connect(m_menus->update(), &QAction::triggered, this, [this] { m_hooks->updateTrackList(); });
-    connect(m_menus->fixRegistry(), &QAction::triggered, this, [this] { m_hooks->fixRegistry(); });
 }
 
 MainWindow::~MainWindow() = default;
-
-void MainWindow::setHooks(WindowHooks* hooks) {
-    m_hooks = hooks ? hooks : m_defaultHooks.get();
-    m_recent->setHooks(*m_hooks);
-}
 
 QFrame* MainWindow::makePane(const char* name) {
     auto* frame = new QFrame(m_paneArea);
@@ -116,30 +102,25 @@ QFrame* MainWindow::makePane(const char* name) {
 
 void MainWindow::placeOwnControls() {
     QFrame* mount = pane(Mode::Mounter);
-    m_play = new GoldButton(QStringLiteral("&Play MTM2"), mount);
-    m_play->setObjectName(QStringLiteral("cmdPlay"));
-    m_continue = new GoldButton(QStringLiteral("&Continue"), mount);
-    m_continue->setObjectName(QStringLiteral("cmdContinue"));
-    m_continue->setToolTip(QStringLiteral("Save the mounted PODs list without starting the game"));
-    m_quit = new GoldButton(QStringLiteral("&Quit"), mount);
-    m_quit->setObjectName(QStringLiteral("cmdQuit"));
-    m_play->setGeometry(twipsRect(2460, 5520, 1440, 375, this));
-    m_continue->setGeometry(twipsRect(3990, 5520, 1440, 375, this));
-    m_quit->setGeometry(twipsRect(5520, 5520, 1290, 375, this));
-    connect(m_play, &GoldButton::clicked, this, &MainWindow::playGame);
-    connect(m_continue, &GoldButton::clicked, this, &MainWindow::continueWithoutPlaying);
-    connect(m_quit, &GoldButton::clicked, this, &QWidget::close);
-
-    m_recent = new RecentArchives(m_services.files, *m_hooks, pane(Mode::Extractor));
-    m_recent->setGeometry(twipsRect(120, 5520, 6690, 375, this));
+    m_playButton = new GoldButton(QStringLiteral("&Play MTM2"), mount);
+    m_playButton->setObjectName(QStringLiteral("cmdPlay"));
+    m_continueButton = new GoldButton(QStringLiteral("&Continue"), mount);
+    m_continueButton->setObjectName(QStringLiteral("cmdContinue"));
+    m_continueButton->setToolTip(QStringLiteral("Save the mounted PODs list without starting the game"));
+    m_quitButton = new GoldButton(QStringLiteral("&Quit"), mount);
+    m_quitButton->setObjectName(QStringLiteral("cmdQuit"));
+    m_playButton->setGeometry(twipsRect(2460, 5520, 1440, 375, this));
+    m_continueButton->setGeometry(twipsRect(3990, 5520, 1440, 375, this));
+    m_quitButton->setGeometry(twipsRect(5520, 5520, 1290, 375, this));
+    connect(m_quitButton, &GoldButton::clicked, this, &QWidget::close);
 }
 
 void MainWindow::installPane(Mode mode, QWidget* content) {
     QFrame* frame = pane(mode);
     frame->layout()->addWidget(content);
     // The window's own controls in the pane stay above the content until the pane places them.
-    for (QWidget* own : {static_cast<QWidget*>(m_play), static_cast<QWidget*>(m_continue),
-                         static_cast<QWidget*>(m_quit), static_cast<QWidget*>(m_recent)}) {
+    for (QWidget* own : {static_cast<QWidget*>(m_playButton), static_cast<QWidget*>(m_continueButton),
+                         static_cast<QWidget*>(m_quitButton)}) {
         if (own->parentWidget() == frame)
             own->raise();
     }
@@ -149,35 +130,32 @@ QFrame* MainWindow::pane(Mode mode) const {
     return m_panes[static_cast<size_t>(mode)];
 }
 
-void MainWindow::open() {
+void MainWindow::prepareFrame() {
     const bool configurator = m_session.configurator;
     if (!configurator) {
-        m_play->setText(QStringLiteral("&Play Game"));
+        m_playButton->setText(QStringLiteral("&Play Game"));
         m_statusBar->setConfiguratorAvailable(false);
     }
     m_menus->setTracksAvailable(configurator);
-    m_hooks->startBrowsingAtGameFolder();
     for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
         m_slider->setTop(mode, m_slider->top(mode)); // every pane at left 0
     m_settings->restorePosition(*this);
     m_menus->associate()->setChecked(m_store.readProgram(settings::kAssociate) == "1");
     appendShortcutCaptions();
-    m_hooks->prepareMenuCaptions();
-    m_hooks->prepareExtractionProgress();
-    m_hooks->loadGameLists();
+}
+
+void MainWindow::showInformation() {
     m_statusBar->setPanelText(1, informationText(fromGameText(m_session.versionText)));
     applyButtonLooks();
-    if (configurator)
-        m_hooks->loadConfiguratorSettings();
-    m_recent->setEntries(m_settings->recent());
+}
 
-    if (m_session.hasOpenedArchive()) {
-        ShowExtractor(QStringLiteral("0"));
-        m_hooks->listArchive(m_session.openedFolder, m_session.openedFile);
-    } else if (const auto mode = m_settings->startMode(configurator)) {
+void MainWindow::showStartMode() {
+    if (const auto mode = m_settings->startMode(m_session.configurator))
         showMode(*mode, QStringLiteral("0"));
-    }
-    m_hooks->restoreSplitter(m_settings->number(settings::kSlider));
+}
+
+double MainWindow::storedNumber(std::string_view name) const {
+    return m_settings->number(name);
 }
 
 void MainWindow::appendShortcutCaptions() {
@@ -225,22 +203,11 @@ bool MainWindow::reportFailure(const Status& status) {
     return true;
 }
 
-void MainWindow::playGame() {
-    if (reportFailure(m_hooks->saveMountedListIfChanged()))
-        return;
-    const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
-    m_services.shell.launch(m_session.locationExe, workingFolder);
-}
-
-void MainWindow::continueWithoutPlaying() {
-    reportFailure(m_hooks->saveMountedListIfChanged());
-}
-
 void MainWindow::toggleAssociation() {
     // The action has already flipped its check mark.
     const bool associate = m_menus->associate()->isChecked();
     m_store.writeProgram(settings::kAssociate, associate ? "1" : "0");
-    m_hooks->applyAssociation(associate);
+    emit associationToggled(associate);
 }
 
 QDialog* MainWindow::showOptions() {
@@ -258,29 +225,24 @@ QDialog* MainWindow::showAbout() {
     return dialog;
 }
 
-bool MainWindow::settleUnsavedMountedList() {
-    if (!m_hooks->mountedListChanged())
-        return true;
-    if (m_session.asPod == "1" && m_session.asExit == "1")
-        return !reportFailure(m_hooks->saveMountedList());
-    const MessageAnswer answer = m_services.dialogs.message(
-        QStringLiteral("Question"),
-        QStringLiteral("The list of mounted PODs has changed since it was last saved. Save it to POD.INI before "
-                       "Korvel exits?"),
-        MessageIcon::Question, MessageButtons::YesNoCancel);
-    if (answer == MessageAnswer::Yes)
-        return !reportFailure(m_hooks->saveMountedList());
-    return answer == MessageAnswer::No;
+void MainWindow::setCloseSequence(std::function<bool()> sequence) {
+    m_closeSequence = std::move(sequence);
+}
+
+void MainWindow::saveState() {
+    m_settings->saveScreen(windowTitle());
+    m_settings->savePosition(*this);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (m_hooks->archiveBusy() || !settleUnsavedMountedList()) {
-        event->ignore();
-        return;
+    if (m_closeSequence) {
+        if (!m_closeSequence()) {
+            event->ignore();
+            return;
+        }
+    } else {
+        saveState();
     }
-    m_settings->saveScreen(windowTitle());
-    m_settings->savePosition(*this);
-    m_settings->saveRecent(m_recent->entries());
     event->accept();
     emit closed();
 }

@@ -6,8 +6,10 @@
 #include <QMainWindow>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 class QDialog;
 class QFrame;
@@ -24,31 +26,38 @@ class GoldButton;
 class MainMenus;
 class ModeStatusBar;
 class PaneSlider;
-class RecentArchives;
-class WindowHooks;
 class WindowSettings;
 
 // `frmMain`, the program's one main window: three panes in one place (`fraMount`, `fraExtract`,
 // `fraConfigure`), one shown at a time, chosen from the mode panels of the status bar.
 //
-// The panes' contents come from their subsystems: installPane() puts a widget into a pane's frame
-// (it fills the frame; coordinates inside are the frame's, whose top 90 twips stay hidden), and a
-// WindowHooks implementation answers what the window needs from them.
+// The window knows none of its panes' subsystems. installPane() puts a widget into a pane's frame (it
+// fills the frame; coordinates inside are the frame's, whose top 90 twips stay hidden). The
+// application that puts the window together runs the open sequence, calling the window's own steps
+// (prepareFrame(), showInformation(), showStartMode()) between its panes' steps; it sets the close
+// sequence, connects the menu entries and the Play and Continue buttons to the panes that own them.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    MainWindow(Session& session, SettingsStore& store, Services& services, WindowHooks* hooks = nullptr,
-               QWidget* parent = nullptr);
+    MainWindow(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    void setHooks(WindowHooks* hooks);
-    WindowHooks& hooks() const { return *m_hooks; }
     void installPane(Mode mode, QWidget* content);
 
-    // The open sequence: sets the window up from the session and the store and shows the first mode.
-    // Call it once, before show().
-    void open();
+    // The window's own steps of opening, in the order they come. prepareFrame(): the profile's
+    // captions, the panes' places, the position, the association check mark and the shortcut
+    // captions. showInformation(): the information panel and the skinned buttons' looks.
+    // showStartMode(): the first mode as "Lock" and "Screen" choose it.
+    void prepareFrame();
+    void showInformation();
+    void showStartMode();
+
+    // Asked when the window is about to close: false keeps it open. Without one, closing saves the
+    // window's state (saveState()) and goes ahead.
+    void setCloseSequence(std::function<bool()> sequence);
+    // "Screen", then "Left" and "Top" while the window is neither minimised nor maximised.
+    void saveState();
 
     void ShowMounter(const QString& slide);
     void ShowExtractor(const QString& slide);
@@ -59,9 +68,10 @@ public:
 
     // Reads "Flat" and gives every skinned button of the window the matching looks.
     void applyButtonLooks();
-    // `cmdPlay` and `cmdContinue`: write the mounted list if it changed (and launch the game).
-    void playGame();
-    void continueWithoutPlaying();
+    // A number stored in the profile's key, read as its leading number ("Slider" for the splitter).
+    double storedNumber(std::string_view name) const;
+    // Shows a failure in a message box; false when `status` is a success.
+    bool reportFailure(const Status& status);
 
     // The options and about dialogs, opened window-modal; they delete themselves when closed.
     QDialog* showOptions();
@@ -71,10 +81,9 @@ public:
     PaneSlider& slider() const { return *m_slider; }
     ModeStatusBar* modeStatusBar() const { return m_statusBar; }
     MainMenus& menus() const { return *m_menus; }
-    RecentArchives* recentArchives() const { return m_recent; }
-    GoldButton* playButton() const { return m_play; }
-    GoldButton* continueButton() const { return m_continue; }
-    GoldButton* quitButton() const { return m_quit; }
+    GoldButton* playButton() const { return m_playButton; }
+    GoldButton* continueButton() const { return m_continueButton; }
+    GoldButton* quitButton() const { return m_quitButton; }
     Session& session() const { return m_session; }
     Services& services() const { return m_services; }
     SettingsStore& store() const { return m_store; }
@@ -82,6 +91,8 @@ public:
 signals:
     // The window has finished its close sequence and closes.
     void closed();
+    // `mnuAssociate` was toggled; the setting is already stored.
+    void associationToggled(bool associate);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -91,26 +102,22 @@ private:
     QFrame* makePane(const char* name);
     void placeOwnControls();
     void appendShortcutCaptions();
-    bool settleUnsavedMountedList();
-    bool reportFailure(const Status& status);
     void toggleAssociation();
 
     Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
-    std::unique_ptr<WindowHooks> m_defaultHooks;
-    WindowHooks* m_hooks;
     std::unique_ptr<WindowSettings> m_settings;
+    std::function<bool()> m_closeSequence;
 
     QWidget* m_paneArea = nullptr;
     std::array<QFrame*, 3> m_panes{};
     PaneSlider* m_slider = nullptr;
     ModeStatusBar* m_statusBar = nullptr;
     MainMenus* m_menus = nullptr;
-    RecentArchives* m_recent = nullptr;
-    GoldButton* m_play = nullptr;
-    GoldButton* m_continue = nullptr;
-    GoldButton* m_quit = nullptr;
+    GoldButton* m_playButton = nullptr;
+    GoldButton* m_continueButton = nullptr;
+    GoldButton* m_quitButton = nullptr;
 };
 
 } // namespace korvel::ui

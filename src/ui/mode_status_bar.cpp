@@ -1,6 +1,6 @@
 #include "mode_status_bar.h"
 
-#include "widgets/twips.h"
+#include "kit/twips.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #include "pane_slider.h"
 
-#include "widgets/twips.h"
+#include "kit/twips.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -1,9 +1,9 @@
 #include "window_settings.h"
 
+#include "kit/twips.h"
 #include "platform/game_text.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
-#include "widgets/twips.h"
 
 #include <QWidget>
 
@@ -59,34 +59,6 @@ std::optional<Mode> WindowSettings::startMode(double lock, const QString& screen
 
 void WindowSettings::saveScreen(const QString& title) {
     write(settings::kScreen, title.mid(9, 1));
-}
-
-QStringList WindowSettings::recent() const {
-    return recentEntries(m_store.readProfile(m_profile, settings::kRecent));
-}
-
-void WindowSettings::saveRecent(const QStringList& entries) {
-    m_store.writeProfile(m_profile, settings::kRecent, recentText(entries));
-}
-
-std::string WindowSettings::recentText(const QStringList& entries) {
-    if (entries.isEmpty())
-        return std::string(1, settings::kListSeparator);
-    std::string text;
-    for (const QString& entry : entries) {
-        text += settings::kListSeparator;
-        text += toGameText(entry);
-    }
-    return text;
-}
-
-QStringList WindowSettings::recentEntries(const std::string& text) {
-    QStringList entries;
-    for (const std::string& piece : splitText(text, settings::kListSeparator)) {
-        if (!piece.empty() && piece != settings::kError)
-            entries << fromGameText(piece);
-    }
-    return entries;
 }
 
 } // namespace korvel::ui

@@ -2,7 +2,7 @@
 
 #include "window_mode.h"
 
-#include <QStringList>
+#include <QString>
 
 #include <optional>
 #include <string>
@@ -16,7 +16,7 @@ class SettingsStore;
 namespace korvel::ui {
 
 // The main window's values in the profile's settings key: position, remembered mode, start-up
-// lock, sliding, button looks and the recent archives.
+// lock, sliding and button looks.
 class WindowSettings {
 public:
     WindowSettings(SettingsStore& store, std::string profile) : m_store(store), m_profile(std::move(profile)) {}
@@ -37,12 +37,6 @@ public:
 
     // "Screen" is the character at position 10 of the window title (the one after "Korvel - ").
     void saveScreen(const QString& title);
-
-    QStringList recent() const;
-    void saveRecent(const QStringList& entries);
-    // The stored form of a recent list: each entry preceded by "|", a lone "|" when empty.
-    static std::string recentText(const QStringList& entries);
-    static QStringList recentEntries(const std::string& text);
 
 private:
     SettingsStore& m_store;

@@ -1,6 +1,6 @@
+#include "startup/default_track_list.h"
 #include "startup/version_text.h"
 #include "startup_fixture.h"
-#include "tracklist/default_track_list.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
+#include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "temp_game.h"
-#include "tracklist/default_track_list.h"
 #include "tracklist/track_list.h"
 #include "tracklist/track_list_download.h"
 

@@ -1,6 +1,4 @@
 #include "configurator/widgets/configurator_pane.h"
-#include "ui/composite_hooks.h"
-#include "ui/main_menus.h"
 #include "window_fixture.h"
 
 #include <QCheckBox>
@@ -30,8 +28,8 @@ struct PaneFixture : korvel::testing::WindowFixture {
         pane = std::make_unique<ConfiguratorPane>(session, store, drive.services());
     }
     void open() {
-        pane->loadGameLists();
-        pane->loadConfiguratorSettings();
+        pane->LoadDrivers();
+        pane->LoadMonsterIni();
         pane->show();
     }
     template <typename W> W* find(const char* name) { return pane->findChild<W*>(QString::fromLatin1(name)); }
@@ -132,17 +130,15 @@ TEST(ConfiguratorPaneDrivers, listShowRemoveUndoSaveAndReload) {
     EXPECT_EQ(f.driverNames(), QStringList({"Bob"}));
 }
 
-TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegistryFromTheMenu) {
+TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpened) {
     korvel::testing::WindowFixture f;
     korvel::testing::buildGameFolder(f.drive, {});
     f.session.asMonster = f.session.asChange = "1";
-    korvel::ui::CompositeHooks hooks;
     auto* pane = new ConfiguratorPane(f.session, f.store, f.drive.services());
-    hooks.add(pane);
-    korvel::ui::MainWindow window(f.session, f.store, f.drive.services(), &hooks);
-    window.slider().setStepPause(0);
+    korvel::ui::MainWindow window(f.session, f.store, f.drive.services());
     window.installPane(korvel::ui::Mode::Configurator, pane);
-    window.open();
+    ASSERT_TRUE(pane->LoadDrivers());
+    ASSERT_TRUE(pane->LoadMonsterIni());
     EXPECT_EQ(pane->drivers().count(), 3);
     const std::string before = f.drive.read(kMonsterIni); // changes before the window shows wait for a save
     pane->findChild<QCheckBox*>("chkTrack")->click();
@@ -150,10 +146,4 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     EXPECT_FALSE(pane->hasFinishedOpening());
     window.show();
     EXPECT_TRUE(pane->hasFinishedOpening());
-    f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
-    window.menus().fixRegistry()->trigger();
-    EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
-                                "InstalledPath"),
-              "E:\\MTM2");
-    EXPECT_EQ(f.session.location, "E:\\MTM2");
 }

@@ -1,12 +1,12 @@
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/file_browser.h"
 #include "pod/widgets/listing_model.h"
+#include "pod/widgets/recent_archives_box.h"
 
 #include "pod/extraction.h"
 #include "pod/pod_directory.h"
 #include "pod_writer.h"
-#include "ui/recent_archives.h"
-#include "ui/widgets/gold_button.h"
+#include "ui/kit/gold_button.h"
 #include "window_fixture.h"
 
 #include <QAbstractItemModelTester>
@@ -18,6 +18,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QProgressBar>
+#include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 
@@ -35,8 +36,6 @@ struct PaneFixture : korvel::testing::WindowFixture {
         set(korvel::settings::kAutosort, autosort);
         drive.makeFolder(kGame);
         pane = std::make_unique<ExtractorPane>(drive.services(), session, store);
-        recent = std::make_unique<korvel::ui::RecentArchives>(drive.files(), *pane);
-        pane->setRecentArchives(recent.get());
         pane->startBrowsingAtGameFolder();
         pane->prepareExtractionProgress();
         pane->show();
@@ -63,8 +62,9 @@ struct PaneFixture : korvel::testing::WindowFixture {
     }
     QStringList messages() { return drive.dialogs().messageTexts(); }
 
+    korvel::RecentArchivesBox& recent() const { return pane->recentArchives(); }
+
     std::unique_ptr<ExtractorPane> pane;
-    std::unique_ptr<korvel::ui::RecentArchives> recent;
 };
 
 } // namespace
@@ -82,7 +82,7 @@ TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     EXPECT_EQ(f.cell(1, 0), "ART\\C.RAW");
     EXPECT_EQ(f.cell(2, 0), "b.trk");
     EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("Contents of TRUCKS.POD listed in "));
-    EXPECT_EQ(f.recent->entries().value(0), "C:\\Games\\MTM2\\TRUCKS.POD");
+    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TRUCKS.POD");
     EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TRUCKS.POD");
     PaneFixture unsorted("0");
     unsorted.listTrucks();
@@ -101,7 +101,7 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
     EXPECT_EQ(f.child<QProgressBar>("prgExtract")->value(), 3);
     EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("3 files (1,018 bytes) extracted in "));
     EXPECT_FALSE(f.pane->archiveBusy());
-    EXPECT_TRUE(f.recent->combo()->isEnabled());
+    EXPECT_TRUE(f.recent().combo()->isEnabled());
     EXPECT_TRUE(f.messages().isEmpty());
     f.drive.remove(kGame + "\\A.BIN"); // Enter on the list extracts again
     f.selectRows({0});
@@ -140,6 +140,60 @@ TEST(ExtractorPane, corruptOrUnreadableArchivesAreReportedAndTheWindowHeldUntilT
     EXPECT_EQ(f.drive.dialogs().lastMessage().text, korvel::unreadablePodText());
     EXPECT_EQ(f.pane->model().rowCount(), 0);
     EXPECT_EQ(f.text("txtTotal"), "2");
+}
+
+TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoTheGameFolder) {
+    const struct {
+        const char* name;
+        korvel::MessageAnswer answer;
+        std::vector<std::pair<std::string, std::string>> expected; // file in the game folder, its contents
+        QString lastMessage;
+        bool busy;
+    } cases[] = {
+        // Later archives write over earlier ones; an unreadable one is reported and skipped.
+        {"extracts", korvel::MessageAnswer::Yes, {{"A.RAW", "first"}, {"SHARED.TXT", "two"}}, "", false},
+        {"declined", korvel::MessageAnswer::No, {{"A.RAW", ""}, {"SHARED.TXT", ""}}, "", false},
+        // Rows go in the order the list shows them: A.BIN is written before the bad Z.BIN stops it all.
+        {"corrupt",
+         korvel::MessageAnswer::Yes,
+         {{"A.BIN", "good"}, {"Z.BIN", ""}, {"SHARED.TXT", ""}},
+         "This POD appears to be corrupt!",
+         true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        PaneFixture f;
+        if (std::string(c.name) == "corrupt") {
+            f.drive.write(kGame + "\\BAD.POD",
+                          PodWriter().add({"Z.BIN", "z", std::nullopt, 1 << 20}).add("A.BIN", "good").pod1());
+        }
+        f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
+        f.drive.write(kGame + "\\ONE.POD", PodWriter().add("A.RAW", "first").add("SHARED.TXT", "one").pod1());
+        f.drive.write(kGame + "\\TWO.POD", PodWriter().add("SHARED.TXT", "two").pod2());
+        f.pane->browser().refreshFiles();
+        QSignalSpy shown(f.pane.get(), &ExtractorPane::showRequested);
+        f.drive.dialogs().answer(c.answer);
+        f.pane->massExtract();
+        const QString count = std::string(c.name) == "corrupt" ? "4" : "3";
+        EXPECT_EQ(f.drive.dialogs().messages().front().text,
+                  "All " + count +
+                      " PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
+        for (const auto& [file, contents] : c.expected)
+            EXPECT_EQ(f.drive.exists(kGame + "\\" + file) ? f.drive.read(kGame + "\\" + file) : "", contents) << file;
+        EXPECT_EQ(f.pane->archiveBusy(), c.busy);
+        if (c.answer == korvel::MessageAnswer::No) {
+            EXPECT_EQ(shown.count(), 0);
+            continue;
+        }
+        EXPECT_EQ(shown.count(), 1);
+        if (!c.lastMessage.isEmpty()) {
+            EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.lastMessage);
+            continue;
+        }
+        EXPECT_EQ(f.messages().value(1), korvel::unreadablePodText());
+        EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
+        EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("1 files (3 bytes) extracted in "));
+    }
 }
 
 TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {

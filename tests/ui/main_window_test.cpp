@@ -1,19 +1,18 @@
+#include "ui/kit/gold_button.h"
+#include "ui/kit/twips.h"
 #include "ui/main_menus.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
-#include "ui/recent_archives.h"
-#include "ui/widgets/gold_button.h"
-#include "ui/widgets/twips.h"
 #include "window_fixture.h"
 
 #include <QAction>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
-using korvel::MessageAnswer;
 using korvel::testing::WindowFixture;
 using korvel::ui::Mode;
 using korvel::ui::ModeStatusBar;
@@ -110,27 +109,20 @@ TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAM
 TEST(MainWindowOpen, setsTheWindowUpFromTheStoreAndTheSession) {
     WindowFixture f;
     f.set(settings::kLock, "2");
-    f.set(settings::kRecent, "|C:\\A\\ONE.POD||Error|C:\\B\\TWO.POD");
     f.set(settings::kFlat, "1");
-    f.set(settings::kSlider, "2500");
     f.set(settings::kLeft, "1500");
     f.set(settings::kTop, "0");
     f.store.writeProgram(settings::kAssociate, "1");
     auto& window = f.open();
     EXPECT_EQ(window.currentMode(), Mode::Extractor);
-    EXPECT_EQ(window.recentArchives()->entries(), QStringList({"C:\\A\\ONE.POD", "C:\\B\\TWO.POD"}));
     EXPECT_EQ(window.modeStatusBar()->panelText(1), QString::fromUtf8("Korvel 1.5 Build 12 \u00a9 2026 Gravlen Forge"));
     EXPECT_TRUE(window.menus().associate()->isChecked());
+    EXPECT_EQ(window.playButton()->onUp(), 0); // the flat looks
     EXPECT_EQ(window.pos(), QPoint(twipsToPixels(1500, &window), 0));
-    EXPECT_EQ(f.hooks.calls,
-              (std::vector<std::string>{"loadGameLists", "loadConfiguratorSettings", "restoreSplitter"}));
-    EXPECT_EQ(f.hooks.splitter, 2500);
-    EXPECT_TRUE(f.hooks.listed.empty());
 }
 
-TEST(MainWindowClose, storesScreenPositionAndRecentButKeepsThePositionWhenMinimised) {
+TEST(MainWindowClose, storesScreenAndPositionButKeepsThePositionWhenMinimised) {
     WindowFixture f("Evo", false);
-    f.set(settings::kRecent, "|C:\\A\\ONE.POD|C:\\B\\TWO.POD");
     auto& window = f.open();
     window.ShowExtractor("0");
     window.move(twipsToPixels(3000, &window), twipsToPixels(1500, &window));
@@ -138,7 +130,6 @@ TEST(MainWindowClose, storesScreenPositionAndRecentButKeepsThePositionWhenMinimi
     EXPECT_EQ(f.get(settings::kScreen), "E"); // the profile's first letter, not the mode's
     EXPECT_EQ(f.get(settings::kLeft), "3000");
     EXPECT_EQ(f.get(settings::kTop), "1500");
-    EXPECT_EQ(f.get(settings::kRecent), "|C:\\A\\ONE.POD|C:\\B\\TWO.POD");
     WindowFixture m;
     m.set(settings::kLeft, "915");
     auto& minimised = m.open();
@@ -146,65 +137,23 @@ TEST(MainWindowClose, storesScreenPositionAndRecentButKeepsThePositionWhenMinimi
     minimised.setWindowState(Qt::WindowMinimized);
     ASSERT_TRUE(minimised.close());
     EXPECT_EQ(m.get(settings::kLeft), "915");
-    EXPECT_EQ(m.get(settings::kRecent), "|");
+    // A close sequence that refuses keeps the window and saves nothing.
+    WindowFixture r;
+    auto& refusing = r.open();
+    refusing.setCloseSequence([] { return false; });
+    EXPECT_FALSE(refusing.close());
+    EXPECT_EQ(r.get(settings::kScreen), "Error");
 }
 
-TEST(MainWindowClose, isRefusedWhileBusyAndUnsavedChangesFollowAutosaveOrTheAnswer) {
-    {
-        WindowFixture f;
-        f.session.asPod = f.session.asExit = "1";
-        auto& window = f.open();
-        f.hooks.busy = true;
-        EXPECT_FALSE(window.close());
-        EXPECT_EQ(f.get(settings::kRecent), "Error");
-        f.hooks.busy = false;
-        f.hooks.changed = true;
-        EXPECT_TRUE(window.close());
-        EXPECT_EQ(f.hooks.saves, 1);
-        EXPECT_TRUE(f.drive.dialogs().messages().empty());
-    }
-    {
-        WindowFixture f;
-        f.session.asPod = "1"; // saving at exit is not on
-        auto& window = f.open();
-        f.hooks.changed = true;
-        f.drive.dialogs().answer(MessageAnswer::Cancel).answer(MessageAnswer::No);
-        EXPECT_FALSE(window.close());
-        EXPECT_EQ(f.get(settings::kScreen), "Error");
-        EXPECT_EQ(f.drive.dialogs().lastMessage().buttons, korvel::MessageButtons::YesNoCancel);
-        EXPECT_TRUE(window.close());
-        EXPECT_EQ(f.hooks.saves, 0);
-    }
-    {
-        WindowFixture f;
-        auto& window = f.open();
-        f.hooks.changed = f.hooks.saveFails = true;
-        f.drive.dialogs().answer(MessageAnswer::Yes);
-        EXPECT_FALSE(window.close()); // a failed save keeps the window and the changes
-        EXPECT_EQ(f.drive.dialogs().lastMessage().text, "POD.INI could not be written.");
-        f.hooks.saveFails = false;
-        f.drive.dialogs().answer(MessageAnswer::Yes);
-        EXPECT_TRUE(window.close());
-        EXPECT_EQ(f.hooks.saves, 2);
-    }
-}
-
-TEST(MainWindowButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
+TEST(MainWindowMenus, associationIsStoredAndAnnounced) {
     WindowFixture f;
     auto& window = f.open();
-    window.ShowMounter("0");
-    f.hooks.changed = true;
-    QTest::mouseClick(window.continueButton(), Qt::LeftButton);
-    EXPECT_EQ(f.hooks.saves, 1);
-    EXPECT_TRUE(f.drive.shell().launches.empty());
-    QTest::mouseClick(window.playButton(), Qt::LeftButton);
-    EXPECT_EQ(f.hooks.saves, 1);
-    ASSERT_EQ(f.drive.shell().launches.size(), 1u);
-    EXPECT_EQ(f.drive.shell().launches[0].first, "C:\\Games\\MTM2\\monster.exe");
-    f.hooks.changed = f.hooks.saveFails = true;
-    QTest::mouseClick(window.playButton(), Qt::LeftButton);
-    EXPECT_EQ(f.drive.shell().launches.size(), 1u);
-    EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Critical);
-    QTest::mouseClick(window.quitButton(), Qt::LeftButton);
-    EXPECT_TRUE(window.isVisible()); // still unsaved: the question was not answered
+    QSignalSpy toggled(&window, &korvel::ui::MainWindow::associationToggled);
+    window.menus().associate()->trigger();
+    EXPECT_EQ(f.store.readProgram(settings::kAssociate), "1");
+    window.menus().associate()->trigger();
+    EXPECT_EQ(f.store.readProgram(settings::kAssociate), "0");
+    ASSERT_EQ(toggled.count(), 2);
+    EXPECT_TRUE(toggled.at(0).at(0).toBool());
+    EXPECT_FALSE(toggled.at(1).at(0).toBool());
 }

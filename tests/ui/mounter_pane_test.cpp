@@ -193,21 +193,5 @@ TEST_F(MounterPaneTest, listModelsPassTheModelTesterThroughEveryOperation) {
     EXPECT_EQ(unmountedModel.rowCount(), 6);
 }
 
-TEST_F(MounterPaneTest, closingWithUnsavedChangesAsksAndSavesOnYes) {
-    startGame(false);
-    const std::string loaded = rig.podIni();
-    QSignalSpy finished(rig.app.get(), &app::KorvelApplication::finished);
-    clickButton("cmdMountAll");
-    rig.drive.dialogs().answer(MessageAnswer::Cancel);
-    EXPECT_FALSE(rig.window().close());
-    EXPECT_EQ(rig.podIni(), loaded);
-    EXPECT_EQ(finished.count(), 0);
-    rig.drive.dialogs().answer(MessageAnswer::Yes);
-    EXPECT_TRUE(rig.window().close());
-    EXPECT_EQ(rig.podIni().substr(0, 3), "7\r\n");
-    ASSERT_EQ(finished.count(), 1);
-    EXPECT_EQ(finished.front().front().toInt(), 0);
-}
-
 } // namespace
 } // namespace korvel::testing

@@ -1,8 +1,8 @@
 #include "../tracklist/loopback_http_server.h"
+#include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "temp_game.h"
-#include "tracklist/default_track_list.h"
 #include "tracklist/widgets/tracks_menu.h"
 #include "ui/main_menus.h"
 
@@ -34,7 +34,7 @@ struct TracksFixture {
         site.timeout = std::chrono::milliseconds(5000);
         tracks = std::make_unique<TracksMenu>(*menus.tracksMenu(), *menus.trackListEntry(), *menus.tracksSeparator(),
                                               *menus.update(), store, drive.dialogs(), drive.shell(), site);
-        QObject::connect(menus.update(), &QAction::triggered, tracks.get(), [this] { tracks->updateTrackList(); });
+        QObject::connect(menus.update(), &QAction::triggered, tracks.get(), [this] { tracks->mnuUpdate_Click(); });
     }
 
     void storeList(std::string_view list) { store.writeProgram(settings::kTrackList, std::string(list)); }

@@ -3,14 +3,11 @@
 #include "configurator/monster_ini.h"
 #include "configurator/player_profile.h"
 #include "platform/result.h"
-#include "ui/window_hooks.h"
 
 #include <QWidget>
 
 #include <array>
-#include <functional>
 
-class QAbstractButton;
 class QCheckBox;
 class QGroupBox;
 class QLineEdit;
@@ -24,26 +21,26 @@ struct Services;
 struct Session;
 class SettingsStore;
 
+namespace ui {
+class GoldButton;
+}
+
 // The Configurator pane (`fraConfigure`'s contents) of the Monster Truck Madness 2 profile: the
 // three game settings of system\monster.ini, the drivers of player.pro, and the button that opens
 // the add-on tracks' web site.
 //
 // The pane only wires its controls to the configurator cores; every rule about the two files lives
-// there. It also answers the main window's hooks it owns: the player profile at opening, monster.ini
-// after it, and the game registry repair of the pane's pop-up menu.
+// there. The application calls it at opening (the player profile, then monster.ini) and for the
+// game registry repair of the pane's pop-up menu.
 //
 // Changes save themselves (monster.ini after a click on a setting, player.pro after a removal) only
 // once the window has finished opening, and only when the profile's autosave settings ask for it.
 // No caption of the pane carries a race-type suffix: the race type is shown by the Tracks menu.
-class ConfiguratorPane : public QWidget, public ui::WindowHooks {
+class ConfiguratorPane : public QWidget {
     Q_OBJECT
 
 public:
-    // Makes the pane's push buttons, so the window can give them its own skinned look.
-    using ButtonMaker = std::function<QAbstractButton*(const QString& caption, QWidget* parent)>;
-
-    ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr,
-                     ButtonMaker makeButton = {});
+    ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
     ~ConfiguratorPane() override;
 
     // The address `cmdDownload` opens in the browser; the button is disabled while there is none.
@@ -73,17 +70,15 @@ public:
     // `cmdCustom`: asks for a language file and selects it as the custom choice.
     void chooseCustomFile();
 
-    // The main window's hooks.
-    void loadGameLists() override { LoadDrivers(); }
-    void loadConfiguratorSettings() override { LoadMonsterIni(); }
-    void fixRegistry() override;
+    // `mnuFixRegistry` of the pane's pop-up menu.
+    void fixRegistry();
 
 protected:
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void buildControls(const ButtonMaker& makeButton);
+    void buildControls();
     void localizationClicked(int index);
     void selectLocalization(int index);
     void settingChanged();
@@ -99,18 +94,18 @@ private:
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;
-    QCheckBox* m_track = nullptr;
-    QCheckBox* m_sounds = nullptr;
-    std::array<QRadioButton*, 4> m_localization{};
-    QLineEdit* m_custom = nullptr;
-    QAbstractButton* m_browse = nullptr;
+    QCheckBox* m_hiddenTrackBox = nullptr;
+    QCheckBox* m_hornSoundsBox = nullptr;
+    std::array<QRadioButton*, 4> m_localizationOptions{};
+    QLineEdit* m_customFileBox = nullptr;
+    ui::GoldButton* m_browseButton = nullptr;
     QGroupBox* m_driversFrame = nullptr;
     QTreeWidget* m_driverList = nullptr;
-    QPlainTextEdit* m_information = nullptr;
-    QAbstractButton* m_remove = nullptr;
-    QAbstractButton* m_undo = nullptr;
-    QAbstractButton* m_download = nullptr;
-    QAbstractButton* m_save = nullptr;
+    QPlainTextEdit* m_informationBox = nullptr;
+    ui::GoldButton* m_removeButton = nullptr;
+    ui::GoldButton* m_undoButton = nullptr;
+    ui::GoldButton* m_downloadButton = nullptr;
+    ui::GoldButton* m_saveButton = nullptr;
 };
 
 } // namespace korvel

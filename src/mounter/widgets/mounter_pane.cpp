@@ -5,8 +5,8 @@
 #include "platform/services.h"
 #include "splitter_bar.h"
 #include "startup/session.h"
-#include "ui/widgets/gold_button.h"
-#include "ui/widgets/twips.h"
+#include "ui/kit/gold_button.h"
+#include "ui/kit/twips.h"
 
 #include <QDrag>
 #include <QHeaderView>
@@ -77,27 +77,27 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     m_unmountedModel = new MountedModel(m_mounter.unmounted(), this);
     m_mountedModel->setIcon(icon);
     m_unmountedModel->setIcon(icon);
-    m_lstMounted = makeList("lstMounted", m_mountedModel);
-    m_lstUnmounted = makeList("lstUnmounted", m_unmountedModel);
+    m_mountedList = makeList("lstMounted", m_mountedModel);
+    m_unmountedList = makeList("lstUnmounted", m_unmountedModel);
 
-    m_lstMounted->setDragEnabled(true);
-    m_lstMounted->setAcceptDrops(true);
-    m_lstMounted->setDragDropMode(QAbstractItemView::DragDrop);
-    m_lstMounted->setDragDropOverwriteMode(true); // the drop place is the row under the pointer
-    m_lstMounted->setDefaultDropAction(Qt::MoveAction);
-    m_lstMounted->setDropIndicatorShown(true);
-    m_lstUnmounted->setDragEnabled(false);
-    m_lstUnmounted->setAcceptDrops(false);
+    m_mountedList->setDragEnabled(true);
+    m_mountedList->setAcceptDrops(true);
+    m_mountedList->setDragDropMode(QAbstractItemView::DragDrop);
+    m_mountedList->setDragDropOverwriteMode(true); // the drop place is the row under the pointer
+    m_mountedList->setDefaultDropAction(Qt::MoveAction);
+    m_mountedList->setDropIndicatorShown(true);
+    m_unmountedList->setDragEnabled(false);
+    m_unmountedList->setAcceptDrops(false);
     connect(m_mountedModel, &MountedModel::filesDropped, this, &MounterPane::dropFiles);
     connect(m_mountedModel, &MountedModel::rowsDropped, this,
-            [this](int row) { run(m_mounter.dropRows(selectedRows(m_lstMounted), row)); });
-    connect(m_lstMounted, &QAbstractItemView::doubleClicked, this, &MounterPane::unmountSelected);
-    connect(m_lstUnmounted, &QAbstractItemView::doubleClicked, this, &MounterPane::mountSelected);
+            [this](int row) { run(m_mounter.dropRows(selectedRows(m_mountedList), row)); });
+    connect(m_mountedList, &QAbstractItemView::doubleClicked, this, &MounterPane::unmountSelected);
+    connect(m_unmountedList, &QAbstractItemView::doubleClicked, this, &MounterPane::mountSelected);
 
-    m_bar = new SplitterBar(this);
-    connect(m_bar, &SplitterBar::pressed, this, &MounterPane::barPressed);
-    connect(m_bar, &SplitterBar::dragged, this, &MounterPane::barDragged);
-    connect(m_bar, &SplitterBar::released, this, &MounterPane::barReleased);
+    m_splitterBar = new SplitterBar(this);
+    connect(m_splitterBar, &SplitterBar::pressed, this, &MounterPane::barPressed);
+    connect(m_splitterBar, &SplitterBar::dragged, this, &MounterPane::barDragged);
+    connect(m_splitterBar, &SplitterBar::released, this, &MounterPane::barReleased);
 
     connect(makeButton("cmdMount", QStringLiteral("&Mount"), 0), &QAbstractButton::clicked, this,
             &MounterPane::mountSelected);
@@ -117,16 +117,16 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     view->setToolTip(QStringLiteral("Open POD.INI in the program that edits text files"));
     connect(view, &QAbstractButton::clicked, this, [this] { m_services.shell.openDocument(m_session.locationIni); });
 
-    m_lblPODs = new QLabel(this);
-    m_lblPODs->setObjectName(QStringLiteral("lblPODs"));
-    m_lblPODs->setAlignment(Qt::AlignCenter);
-    m_lblPODs->setWordWrap(true);
-    m_lblPODs->setGeometry(ui::twipsRect(kButtonLeft, 180 + 8 * kButtonPitch, kButtonWidth, 420, this));
-    m_prgPODs = new QProgressBar(this);
-    m_prgPODs->setObjectName(QStringLiteral("prgPODs"));
-    m_prgPODs->setRange(0, 99);
-    m_prgPODs->setTextVisible(false);
-    m_prgPODs->setGeometry(ui::twipsRect(kButtonLeft, 180 + 8 * kButtonPitch + 450, kButtonWidth, 240, this));
+    m_counterLabel = new QLabel(this);
+    m_counterLabel->setObjectName(QStringLiteral("lblPODs"));
+    m_counterLabel->setAlignment(Qt::AlignCenter);
+    m_counterLabel->setWordWrap(true);
+    m_counterLabel->setGeometry(ui::twipsRect(kButtonLeft, 180 + 8 * kButtonPitch, kButtonWidth, 420, this));
+    m_counterBar = new QProgressBar(this);
+    m_counterBar->setObjectName(QStringLiteral("prgPODs"));
+    m_counterBar->setRange(0, 99);
+    m_counterBar->setTextVisible(false);
+    m_counterBar->setGeometry(ui::twipsRect(kButtonLeft, 180 + 8 * kButtonPitch + 450, kButtonWidth, 240, this));
     connect(&m_mounter, &Mounter::counterChanged, this, &MounterPane::showCounter);
 
     buildMenus();
@@ -171,17 +171,17 @@ QAction* MounterPane::makeAction(QMenu* menu, const char* name, const QString& c
 
 void MounterPane::buildMenus() {
     // The main window appends the keys to these captions when it opens.
-    m_mnuMounted = new QMenu(this);
-    m_mnuMounted->setObjectName(QStringLiteral("mnuMounted"));
-    QAction* unmount = makeAction(m_mnuMounted, "mnuUnmount", QStringLiteral("&Unmount"));
-    m_mnuMounted->setDefaultAction(unmount);
-    m_mnuMounted->addSeparator();
-    QAction* top = makeAction(m_mnuMounted, "mnuTop", QStringLiteral("Move to &Top"));
-    QAction* up = makeAction(m_mnuMounted, "mnuUp", QStringLiteral("Move &Up"));
-    QAction* down = makeAction(m_mnuMounted, "mnuDown", QStringLiteral("Move &Down"));
-    QAction* bottom = makeAction(m_mnuMounted, "mnuBottom", QStringLiteral("Move to &Bottom"));
-    m_mnuMounted->addSeparator();
-    QAction* refreshMounted = makeAction(m_mnuMounted, "mnuRefreshMounted", QStringLiteral("&Refresh"));
+    m_mountedMenu = new QMenu(this);
+    m_mountedMenu->setObjectName(QStringLiteral("mnuMounted"));
+    QAction* unmount = makeAction(m_mountedMenu, "mnuUnmount", QStringLiteral("&Unmount"));
+    m_mountedMenu->setDefaultAction(unmount);
+    m_mountedMenu->addSeparator();
+    QAction* top = makeAction(m_mountedMenu, "mnuTop", QStringLiteral("Move to &Top"));
+    QAction* up = makeAction(m_mountedMenu, "mnuUp", QStringLiteral("Move &Up"));
+    QAction* down = makeAction(m_mountedMenu, "mnuDown", QStringLiteral("Move &Down"));
+    QAction* bottom = makeAction(m_mountedMenu, "mnuBottom", QStringLiteral("Move to &Bottom"));
+    m_mountedMenu->addSeparator();
+    QAction* refreshMounted = makeAction(m_mountedMenu, "mnuRefreshMounted", QStringLiteral("&Refresh"));
     connect(unmount, &QAction::triggered, this, &MounterPane::unmountSelected);
     connect(top, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedToTop); });
     connect(up, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedUp); });
@@ -189,49 +189,49 @@ void MounterPane::buildMenus() {
     connect(bottom, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedToBottom); });
     connect(refreshMounted, &QAction::triggered, this, &MounterPane::refreshBoth);
 
-    m_mnuUnmounted = new QMenu(this);
-    m_mnuUnmounted->setObjectName(QStringLiteral("mnuUnmounted"));
-    QAction* mount = makeAction(m_mnuUnmounted, "mnuMount", QStringLiteral("&Mount"));
-    m_mnuUnmounted->setDefaultAction(mount);
-    QAction* remove = makeAction(m_mnuUnmounted, "mnuDelete", QStringLiteral("&Delete"));
-    m_mnuUnmounted->addSeparator();
-    QAction* refreshUnmounted = makeAction(m_mnuUnmounted, "mnuRefreshUnmounted", QStringLiteral("&Refresh"));
+    m_unmountedMenu = new QMenu(this);
+    m_unmountedMenu->setObjectName(QStringLiteral("mnuUnmounted"));
+    QAction* mount = makeAction(m_unmountedMenu, "mnuMount", QStringLiteral("&Mount"));
+    m_unmountedMenu->setDefaultAction(mount);
+    QAction* remove = makeAction(m_unmountedMenu, "mnuDelete", QStringLiteral("&Delete"));
+    m_unmountedMenu->addSeparator();
+    QAction* refreshUnmounted = makeAction(m_unmountedMenu, "mnuRefreshUnmounted", QStringLiteral("&Refresh"));
     connect(mount, &QAction::triggered, this, &MounterPane::mountSelected);
     connect(remove, &QAction::triggered, this, &MounterPane::deleteSelected);
     connect(refreshUnmounted, &QAction::triggered, this, &MounterPane::refreshUnmounted);
 }
 
 void MounterPane::setSplitterTop(int twips) {
-    m_barTop = twips;
+    m_splitterTop = twips;
     layoutLists();
 }
 
 void MounterPane::layoutLists() {
-    const MounterSplit split = mounterSplit(m_barTop, kBarHeight, kListsBottom);
-    m_lstMounted->setGeometry(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this));
-    m_bar->setGeometry(ui::twipsRect(kListLeft, m_barTop, kListWidth, kBarHeight, this));
-    m_lstUnmounted->setGeometry(ui::twipsRect(kListLeft, split.unmountedTop, kListWidth, split.unmountedHeight, this));
+    const MounterSplit split = mounterSplit(m_splitterTop, kBarHeight, kListsBottom);
+    m_mountedList->setGeometry(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this));
+    m_splitterBar->setGeometry(ui::twipsRect(kListLeft, m_splitterTop, kListWidth, kBarHeight, this));
+    m_unmountedList->setGeometry(ui::twipsRect(kListLeft, split.unmountedTop, kListWidth, split.unmountedHeight, this));
 }
 
 void MounterPane::barPressed() {
-    m_bar->setDragging(true);
+    m_splitterBar->setDragging(true);
 }
 
 void MounterPane::barDragged(int pointerY) {
-    if (!m_bar->dragging())
+    if (!m_splitterBar->dragging())
         return;
-    setSplitterTop(splitterDragTop(ui::pixelsToTwips(pointerY, this), kBarHeight, m_barTop));
+    setSplitterTop(splitterDragTop(ui::pixelsToTwips(pointerY, this), kBarHeight, m_splitterTop));
 }
 
 void MounterPane::barReleased(bool rightButton) {
-    setSplitterTop(splitterReleaseTop(m_barTop, rightButton));
-    m_bar->setDragging(false);
-    m_mounter.saveSplitterTop(m_barTop);
+    setSplitterTop(splitterReleaseTop(m_splitterTop, rightButton));
+    m_splitterBar->setDragging(false);
+    m_mounter.saveSplitterTop(m_splitterTop);
 }
 
 void MounterPane::run(const Mounter::Outcome& outcome) {
-    select(m_lstMounted, outcome.mounted);
-    select(m_lstUnmounted, outcome.unmounted);
+    select(m_mountedList, outcome.mounted);
+    select(m_unmountedList, outcome.unmounted);
     if (!outcome.ok())
         m_services.dialogs.message(outcome.status.failure().title(), outcome.status.failure().message,
                                    MessageIcon::Critical);
@@ -260,7 +260,7 @@ void MounterPane::select(QTreeView* list, const Mounter::Selection& selection) {
 }
 
 void MounterPane::moveSelected(Mounter::Outcome (Mounter::*move)(Mounter::Rows)) {
-    run((m_mounter.*move)(selectedRows(m_lstMounted)));
+    run((m_mounter.*move)(selectedRows(m_mountedList)));
 }
 
 void MounterPane::refreshBoth() {
@@ -272,20 +272,20 @@ void MounterPane::refreshUnmounted() {
 }
 
 void MounterPane::mountSelected() {
-    run(m_mounter.MountSelected(selectedRows(m_lstUnmounted)));
+    run(m_mounter.MountSelected(selectedRows(m_unmountedList)));
 }
 
 void MounterPane::unmountSelected() {
-    run(m_mounter.UnmountSelected(selectedRows(m_lstMounted)));
+    run(m_mounter.UnmountSelected(selectedRows(m_mountedList)));
 }
 
 void MounterPane::deleteSelected() {
-    run(m_mounter.DeleteSelectedArchives(selectedRows(m_lstUnmounted)));
+    run(m_mounter.DeleteSelectedArchives(selectedRows(m_unmountedList)));
 }
 
 void MounterPane::showCounter(const QString& text, int bar) {
-    m_lblPODs->setText(text);
-    m_prgPODs->setValue(bar);
+    m_counterLabel->setText(text);
+    m_counterBar->setValue(bar);
 }
 
 void MounterPane::dropFiles(const QStringList& hostPaths, int row) {
@@ -314,8 +314,29 @@ Status MounterPane::saveMountedList() {
     return m_mounter.SaveMountedList();
 }
 
+Status MounterPane::saveMountedListIfChanged() {
+    return mountedListChanged() ? saveMountedList() : Status();
+}
+
+bool MounterPane::settleUnsavedList() {
+    if (!mountedListChanged())
+        return true;
+    if (m_session.asPod != "1" || m_session.asExit != "1") {
+        const MessageAnswer answer = m_services.dialogs.message(
+            QStringLiteral("Question"),
+            QStringLiteral("The list of mounted PODs has changed since it was last saved. Save it to POD.INI before "
+                           "Korvel exits?"),
+            MessageIcon::Question, MessageButtons::YesNoCancel);
+        if (answer != MessageAnswer::Yes)
+            return answer == MessageAnswer::No;
+    }
+    const Status saved = saveMountedList();
+    run(saved);
+    return saved.ok();
+}
+
 bool MounterPane::listKey(QTreeView* list, QKeyEvent* key) {
-    const bool mounted = list == m_lstMounted;
+    const bool mounted = list == m_mountedList;
     const Qt::KeyboardModifiers modifiers = key->modifiers() & ~Qt::KeypadModifier;
     const bool control = modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier);
     switch (key->key()) {
@@ -355,7 +376,7 @@ bool MounterPane::listKey(QTreeView* list, QKeyEvent* key) {
 }
 
 bool MounterPane::eventFilter(QObject* watched, QEvent* event) {
-    for (QTreeView* list : {m_lstMounted, m_lstUnmounted}) {
+    for (QTreeView* list : {m_mountedList, m_unmountedList}) {
         if (!list)
             continue;
         if (watched == list && event->type() == QEvent::KeyPress && listKey(list, static_cast<QKeyEvent*>(event)))
@@ -363,7 +384,7 @@ bool MounterPane::eventFilter(QObject* watched, QEvent* event) {
         if (watched == list->viewport() && event->type() == QEvent::MouseButtonRelease) {
             auto* mouse = static_cast<QMouseEvent*>(event);
             if (mouse->button() == Qt::RightButton) {
-                (list == m_lstMounted ? m_mnuMounted : m_mnuUnmounted)->popup(mouse->globalPosition().toPoint());
+                (list == m_mountedList ? m_mountedMenu : m_unmountedMenu)->popup(mouse->globalPosition().toPoint());
                 return true;
             }
         }

@@ -2,7 +2,6 @@
 
 #include "mounter/mounter.h"
 #include "platform/result.h"
-#include "ui/window_hooks.h"
 
 #include <QWidget>
 
@@ -30,8 +29,9 @@ class GoldButton;
 // the selection; the views then select what the core answers. A failed save is shown in a message
 // box.
 //
-// It answers the main window's questions about the mounted list (WindowHooks).
-class MounterPane : public QWidget, public ui::WindowHooks {
+// The application calls it at opening (the lists, then the splitter), for the Play and Continue
+// buttons and at closing (unsaved changes of the mounted list).
+class MounterPane : public QWidget {
     Q_OBJECT
 public:
     MounterPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
@@ -39,14 +39,19 @@ public:
 
     Mounter& mounter() { return m_mounter; }
     // The splitter bar's top, in twips of the pane.
-    int splitterTop() const { return m_barTop; }
+    int splitterTop() const { return m_splitterTop; }
     void setSplitterTop(int twips);
 
-    // WindowHooks.
-    void loadGameLists() override;
-    void restoreSplitter(double sliderTop) override;
-    bool mountedListChanged() const override;
-    Status saveMountedList() override;
+    // Opening: POD.INI, then the scan for unmounted archives; the splitter at a stored top.
+    void loadGameLists();
+    void restoreSplitter(double sliderTop);
+    // Whether the mounted list differs from POD.INI, and writing it (always, or only when changed).
+    bool mountedListChanged() const;
+    Status saveMountedList();
+    Status saveMountedListIfChanged();
+    // Closing: unsaved changes are saved or dropped as the autosave settings say, or as the user
+    // answers; false (the window stays open) on Cancel or a failed save, which has been shown.
+    bool settleUnsavedList();
 
     // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
     // row of the window's own buttons).
@@ -86,14 +91,14 @@ private:
     Mounter m_mounter;
     MountedModel* m_mountedModel = nullptr;
     MountedModel* m_unmountedModel = nullptr;
-    QTreeView* m_lstMounted = nullptr;
-    QTreeView* m_lstUnmounted = nullptr;
-    SplitterBar* m_bar = nullptr;
-    QLabel* m_lblPODs = nullptr;
-    QProgressBar* m_prgPODs = nullptr;
-    QMenu* m_mnuMounted = nullptr;
-    QMenu* m_mnuUnmounted = nullptr;
-    int m_barTop = 3070;
+    QTreeView* m_mountedList = nullptr;
+    QTreeView* m_unmountedList = nullptr;
+    SplitterBar* m_splitterBar = nullptr;
+    QLabel* m_counterLabel = nullptr;
+    QProgressBar* m_counterBar = nullptr;
+    QMenu* m_mountedMenu = nullptr;
+    QMenu* m_unmountedMenu = nullptr;
+    int m_splitterTop = 3070;
 };
 
 } // namespace korvel

@@ -142,11 +142,11 @@ void PaletteWindow::dropEvent(QDropEvent* event) {
     takeDrop(event);
 }
 
-PaletteViewerHook::~PaletteViewerHook() {
+PaletteViewer::~PaletteViewer() {
     delete m_window.data();
 }
 
-void PaletteViewerHook::showPaletteViewer() {
+void PaletteViewer::show() {
     if (!m_window)
         m_window = new PaletteWindow(m_services);
     m_window->show();

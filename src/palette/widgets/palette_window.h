@@ -1,7 +1,6 @@
 #pragma once
 
 #include "palette/palette.h"
-#include "ui/window_hooks.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -46,15 +45,15 @@ private:
     QLabel* m_instructions = nullptr;
 };
 
-// Opens the palette viewer from the main window's menu: one window, kept between openings and
-// closed with the hook.
-class PaletteViewerHook : public QObject, public ui::WindowHooks {
+// The palette viewer behind the main window's menu: one window, kept between openings and closed
+// with this object.
+class PaletteViewer : public QObject {
     Q_OBJECT
 public:
-    explicit PaletteViewerHook(Services& services, QObject* parent = nullptr) : QObject(parent), m_services(services) {}
-    ~PaletteViewerHook() override;
+    explicit PaletteViewer(Services& services, QObject* parent = nullptr) : QObject(parent), m_services(services) {}
+    ~PaletteViewer() override;
 
-    void showPaletteViewer() override;
+    void show();
     PaletteWindow* window() const { return m_window; }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "file_browser.h"
 #include "listing_model.h"
+#include "recent_archives_box.h"
 
 #include "configurator/track_tools.h"
 #include "platform/dialogs.h"
@@ -13,10 +14,8 @@
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
-#include "ui/main_window.h"
-#include "ui/recent_archives.h"
-#include "ui/widgets/gold_button.h"
-#include "ui/widgets/twips.h"
+#include "ui/kit/gold_button.h"
+#include "ui/kit/twips.h"
 
 #include <QAction>
 #include <QApplication>
@@ -72,6 +71,13 @@ ExtractorPane::ExtractorPane(Services& services, Session& session, SettingsStore
 ExtractorPane::~ExtractorPane() = default;
 
 void ExtractorPane::buildControls() {
+    // First in the tab order: the recent list is the quickest way back to an archive.
+    m_recentBox = new RecentArchivesBox(
+        m_services.files, [this] { return listedArchive(); }, this);
+    m_recentBox->setGeometry(ui::twipsRect(120, 5520, 6690, 375, this));
+    connect(m_recentBox, &RecentArchivesBox::archiveChosen, this,
+            [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
+
     m_browser = new FileBrowser(m_services.files, m_services.dialogs, this);
     m_browser->driveBox()->setGeometry(ui::twipsRect(120, 180, 1815, 315, this));
     m_browser->dirBox()->setGeometry(ui::twipsRect(120, 555, 1815, 2085, this));
@@ -80,35 +86,35 @@ void ExtractorPane::buildControls() {
             [this](const std::string& folder, const std::string& file) { ListPOD(folder, file); });
 
     m_model = new ListingModel(this);
-    m_list = new QTableView(this);
-    m_list->setObjectName(QStringLiteral("lstFiles"));
-    m_list->setModel(m_model);
-    m_list->setGeometry(ui::twipsRect(2055, 180, 4755, 2760, this));
-    m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_list->setShowGrid(false);
-    m_list->setWordWrap(false);
-    m_list->setTabKeyNavigation(false);
-    m_list->verticalHeader()->hide();
+    m_fileList = new QTableView(this);
+    m_fileList->setObjectName(QStringLiteral("lstFiles"));
+    m_fileList->setModel(m_model);
+    m_fileList->setGeometry(ui::twipsRect(2055, 180, 4755, 2760, this));
+    m_fileList->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_fileList->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_fileList->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_fileList->setShowGrid(false);
+    m_fileList->setWordWrap(false);
+    m_fileList->setTabKeyNavigation(false);
+    m_fileList->verticalHeader()->hide();
     // Fixed row heights and column widths keep very long lists from being measured row by row.
-    m_list->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    m_list->verticalHeader()->setDefaultSectionSize(m_list->fontMetrics().height() + 4);
-    m_list->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
-    m_list->horizontalHeader()->setHighlightSections(false);
+    m_fileList->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_fileList->verticalHeader()->setDefaultSectionSize(m_fileList->fontMetrics().height() + 4);
+    m_fileList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    m_fileList->horizontalHeader()->setHighlightSections(false);
     // The number columns are as wide as their captions; the name takes what is left.
-    const QFontMetrics header(m_list->horizontalHeader()->font());
+    const QFontMetrics header(m_fileList->horizontalHeader()->font());
     int numbers = 0;
     for (int column = ListingModel::SizeColumn; column < ListingModel::ColumnCount; ++column) {
         const int width = header.horizontalAdvance(m_model->headerData(column, Qt::Horizontal).toString()) + 18;
-        m_list->setColumnWidth(column, width);
+        m_fileList->setColumnWidth(column, width);
         numbers += width;
     }
-    m_list->setColumnWidth(ListingModel::NameColumn,
-                           std::max(ui::twipsToPixels(1200, this), m_list->width() - numbers - 22));
-    m_list->installEventFilter(this);
-    m_list->viewport()->installEventFilter(this);
-    connect(m_list, &QTableView::doubleClicked, this, [this] { extractFromList(); });
+    m_fileList->setColumnWidth(ListingModel::NameColumn,
+                               std::max(ui::twipsToPixels(1200, this), m_fileList->width() - numbers - 22));
+    m_fileList->installEventFilter(this);
+    m_fileList->viewport()->installEventFilter(this);
+    connect(m_fileList, &QTableView::doubleClicked, this, [this] { extractFromList(); });
 
     struct Box {
         QLineEdit** edit;
@@ -117,9 +123,9 @@ void ExtractorPane::buildControls() {
         const char* labelName;
     };
     const Box boxes[] = {
-        {&m_name, "txtName", "POD Name:", "lblName"},       {&m_size, "txtSize", "POD Size:", "lblSize"},
-        {&m_type, "txtType", "POD Type:", "lblType"},       {&m_editor, "txtEditor", "Editor Used:", "lblEditor"},
-        {&m_total, "txtTotal", "Total Files:", "lblTotal"},
+        {&m_nameBox, "txtName", "POD Name:", "lblName"},       {&m_sizeBox, "txtSize", "POD Size:", "lblSize"},
+        {&m_typeBox, "txtType", "POD Type:", "lblType"},       {&m_editorBox, "txtEditor", "Editor Used:", "lblEditor"},
+        {&m_totalBox, "txtTotal", "Total Files:", "lblTotal"},
     };
     int top = 3030;
     for (const Box& box : boxes) {
@@ -134,67 +140,58 @@ void ExtractorPane::buildControls() {
         top += 330;
     }
 
-    m_progress = new QProgressBar(this);
-    m_progress->setObjectName(QStringLiteral("prgExtract"));
-    m_progress->setTextVisible(false);
-    m_progress->setRange(0, 100);
-    m_progress->setValue(0);
-    m_progress->setGeometry(ui::twipsRect(120, 4740, 6690, 210, this));
+    m_progressBar = new QProgressBar(this);
+    m_progressBar->setObjectName(QStringLiteral("prgExtract"));
+    m_progressBar->setTextVisible(false);
+    m_progressBar->setRange(0, 100);
+    m_progressBar->setValue(0);
+    m_progressBar->setGeometry(ui::twipsRect(120, 4740, 6690, 210, this));
 
-    m_status = new QLabel(this);
-    m_status->setObjectName(QStringLiteral("lblExtract"));
-    m_status->setGeometry(ui::twipsRect(120, 5040, 4320, 375, this));
-    m_status->setTextFormat(Qt::PlainText);
+    m_statusLabel = new QLabel(this);
+    m_statusLabel->setObjectName(QStringLiteral("lblExtract"));
+    m_statusLabel->setGeometry(ui::twipsRect(120, 5040, 4320, 375, this));
+    m_statusLabel->setTextFormat(Qt::PlainText);
 
-    m_export = new ui::GoldButton(QStringLiteral("E&xport"), this);
-    m_export->setObjectName(QStringLiteral("cmdExport"));
-    m_export->setToolTip(QStringLiteral("Write the list of files to a text file beside the POD"));
-    m_export->setGeometry(ui::twipsRect(4560, 5040, 1065, 375, this));
-    m_extract = new ui::GoldButton(QStringLiteral("&Extract"), this);
-    m_extract->setObjectName(QStringLiteral("cmdExtract"));
-    m_extract->setToolTip(QStringLiteral("Extract the selected files into the folder shown on the left"));
-    m_extract->setGeometry(ui::twipsRect(5745, 5040, 1065, 375, this));
-    connect(m_export, &ui::GoldButton::clicked, this, &ExtractorPane::exportClicked);
-    connect(m_extract, &ui::GoldButton::clicked, this, &ExtractorPane::extractClicked);
+    m_exportButton = new ui::GoldButton(QStringLiteral("E&xport"), this);
+    m_exportButton->setObjectName(QStringLiteral("cmdExport"));
+    m_exportButton->setToolTip(QStringLiteral("Write the list of files to a text file beside the POD"));
+    m_exportButton->setGeometry(ui::twipsRect(4560, 5040, 1065, 375, this));
+    m_extractButton = new ui::GoldButton(QStringLiteral("&Extract"), this);
+    m_extractButton->setObjectName(QStringLiteral("cmdExtract"));
+    m_extractButton->setToolTip(QStringLiteral("Extract the selected files into the folder shown on the left"));
+    m_extractButton->setGeometry(ui::twipsRect(5745, 5040, 1065, 375, this));
+    connect(m_exportButton, &ui::GoldButton::clicked, this, &ExtractorPane::exportClicked);
+    connect(m_extractButton, &ui::GoldButton::clicked, this, &ExtractorPane::extractClicked);
 }
 
 void ExtractorPane::buildFileMenu() {
-    m_menu = new QMenu(this);
-    m_menu->setObjectName(QStringLiteral("mnuFileS"));
-    m_extractHere = m_menu->addAction(QStringLiteral("&Extract"));
-    m_extractHere->setObjectName(QStringLiteral("mnuExtract"));
-    m_menu->setDefaultAction(m_extractHere);
-    m_extractTo = m_menu->addAction(QStringLiteral("Extract &To..."));
-    m_extractTo->setObjectName(QStringLiteral("mnuExtractTo"));
-    m_separator = m_menu->addSeparator();
-    m_separator->setObjectName(QStringLiteral("mnuFilesSep1"));
-    m_convert = m_menu->addMenu(QStringLiteral("&Convert"));
-    m_convert->setObjectName(QStringLiteral("mnuConvert"));
-    m_convert->menuAction()->setObjectName(QStringLiteral("mnuConvert"));
+    m_fileMenu = new QMenu(this);
+    m_fileMenu->setObjectName(QStringLiteral("mnuFileS"));
+    m_extractHereAction = m_fileMenu->addAction(QStringLiteral("&Extract"));
+    m_extractHereAction->setObjectName(QStringLiteral("mnuExtract"));
+    m_fileMenu->setDefaultAction(m_extractHereAction);
+    m_extractToAction = m_fileMenu->addAction(QStringLiteral("Extract &To..."));
+    m_extractToAction->setObjectName(QStringLiteral("mnuExtractTo"));
+    m_trackToolsSeparator = m_fileMenu->addSeparator();
+    m_trackToolsSeparator->setObjectName(QStringLiteral("mnuFilesSep1"));
+    m_convertMenu = m_fileMenu->addMenu(QStringLiteral("&Convert"));
+    m_convertMenu->setObjectName(QStringLiteral("mnuConvert"));
+    m_convertMenu->menuAction()->setObjectName(QStringLiteral("mnuConvert"));
     int index = 1;
     for (const Caption& caption : kConvertCaptions) {
-        QAction* action = m_convert->addAction(QString::fromLatin1(caption.text));
+        QAction* action = m_convertMenu->addAction(QString::fromLatin1(caption.text));
         action->setObjectName(QString::fromLatin1(caption.name));
         action->setProperty("index", index);
         connect(action, &QAction::triggered, this, [this, index] { convertTo(index); });
         ++index;
     }
-    m_compatiblize = m_menu->addAction(QStringLiteral("C&ompatiblize"));
-    m_compatiblize->setObjectName(QStringLiteral("mnuCompatiblize"));
+    m_compatiblizeAction = m_fileMenu->addAction(QStringLiteral("C&ompatiblize"));
+    m_compatiblizeAction->setObjectName(QStringLiteral("mnuCompatiblize"));
 
-    connect(m_extractHere, &QAction::triggered, this, &ExtractorPane::extractHere);
-    connect(m_extractTo, &QAction::triggered, this, &ExtractorPane::extractTo);
-    connect(m_compatiblize, &QAction::triggered, this, &ExtractorPane::compatiblize);
-    connect(m_menu, &QMenu::aboutToHide, this, &ExtractorPane::restoreFileMenu);
-}
-
-void ExtractorPane::attachTo(ui::MainWindow& window) {
-    m_window = &window;
-    setRecentArchives(window.recentArchives());
-}
-
-void ExtractorPane::setRecentArchives(ui::RecentArchives* recent) {
-    m_recent = recent;
+    connect(m_extractHereAction, &QAction::triggered, this, &ExtractorPane::extractHere);
+    connect(m_extractToAction, &QAction::triggered, this, &ExtractorPane::extractTo);
+    connect(m_compatiblizeAction, &QAction::triggered, this, &ExtractorPane::compatiblize);
+    connect(m_fileMenu, &QMenu::aboutToHide, this, &ExtractorPane::restoreFileMenu);
 }
 
 void ExtractorPane::startBrowsingAtGameFolder() {
@@ -205,7 +202,17 @@ void ExtractorPane::startBrowsingAtGameFolder() {
 }
 
 void ExtractorPane::prepareExtractionProgress() {
-    m_progress->setRange(0, 100);
+    m_progressBar->setRange(0, 100);
+}
+
+void ExtractorPane::loadRecentArchives() {
+    m_recentBox->setEntries(
+        RecentArchivesBox::entriesOf(m_store.readProfile(m_session.currentGame, settings::kRecent)));
+}
+
+void ExtractorPane::saveRecentArchives() {
+    m_store.writeProfile(m_session.currentGame, settings::kRecent,
+                         RecentArchivesBox::storedText(m_recentBox->entries()));
 }
 
 bool ExtractorPane::autosort() {
@@ -215,13 +222,15 @@ bool ExtractorPane::autosort() {
     return number ? asNumber != 0 : value.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0;
 }
 
-void ExtractorPane::listArchive(const std::string& folder, const std::string& file) {
-    ListPOD(folder, file);
+bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) {
+    if (m_working || !beginListing(folder, file))
+        return false;
+    QElapsedTimer clock;
+    clock.start();
+    return showListing(korvel::ListPOD(m_services.files, folder + file), clock);
 }
 
-bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) {
-    if (m_working)
-        return false;
+bool ExtractorPane::beginListing(const std::string& folder, const std::string& file) {
     m_folder = folder;
     m_file = file;
     m_browser->setGameFolder(m_session.location);
@@ -230,13 +239,10 @@ bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) 
     m_browser->setPath(folder);
 
     m_busy = true;
-    QElapsedTimer clock;
-    clock.start();
-    m_export->setEnabled(true);
-    m_extract->setEnabled(true);
-    m_list->setEnabled(true);
+    m_exportButton->setEnabled(true);
+    m_extractButton->setEnabled(true);
+    m_fileList->setEnabled(true);
     m_model->clear();
-
     if (m_archiveLeftOpen) {
         // The extraction that stopped midway still held the archive; this listing closes it.
         m_archiveLeftOpen = false;
@@ -244,34 +250,35 @@ bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) 
         report(archiveAlreadyOpen());
         return false;
     }
-    Result<PodDirectory> listing = korvel::ListPOD(m_services.files, folder + file);
+    return true;
+}
+
+bool ExtractorPane::showListing(Result<PodDirectory> listing, const QElapsedTimer& clock) {
     if (!listing) {
         m_busy = false;
         m_model->clear();
         report(listing.failure());
         return false;
     }
-
-    m_name->setText(fromGameText(listing->nameText()));
-    m_size->setText(fromGameText(listing->sizeText()));
-    m_type->setText(fromGameText(listing->typeText));
-    m_editor->setText(fromGameText(listing->editorText));
-    m_total->setText(fromGameText(listing->totalText()));
+    m_nameBox->setText(fromGameText(listing->nameText()));
+    m_sizeBox->setText(fromGameText(listing->sizeText()));
+    m_typeBox->setText(fromGameText(listing->typeText));
+    m_editorBox->setText(fromGameText(listing->editorText));
+    m_totalBox->setText(fromGameText(listing->totalText()));
     m_model->setListing(std::move(*listing), autosort());
     if (m_model->rowCount() > 0) {
-        m_list->setCurrentIndex(m_model->index(0, 0));
-        m_list->scrollToTop();
+        m_fileList->setCurrentIndex(m_model->index(0, 0));
+        m_fileList->scrollToTop();
     }
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
-    m_status->setText(listedStatusText(m_model->listing(), seconds));
-    if (m_recent)
-        m_recent->remember(folder, file);
+    m_statusLabel->setText(listedStatusText(m_model->listing(), seconds));
+    m_recentBox->remember(m_folder, m_file);
     m_busy = false;
     return true;
 }
 
 std::vector<size_t> ExtractorPane::selectedEntries() const {
-    QModelIndexList rows = m_list->selectionModel()->selectedRows();
+    QModelIndexList rows = m_fileList->selectionModel()->selectedRows();
     std::sort(rows.begin(), rows.end(), [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
     std::vector<size_t> entries;
     entries.reserve(static_cast<size_t>(rows.size()));
@@ -281,20 +288,19 @@ std::vector<size_t> ExtractorPane::selectedEntries() const {
 }
 
 std::optional<int> ExtractorPane::selectedRow() const {
-    const QModelIndex current = m_list->currentIndex();
-    if (current.isValid() && m_list->selectionModel()->isRowSelected(current.row()))
+    const QModelIndex current = m_fileList->currentIndex();
+    if (current.isValid() && m_fileList->selectionModel()->isRowSelected(current.row()))
         return current.row();
-    const QModelIndexList rows = m_list->selectionModel()->selectedRows();
+    const QModelIndexList rows = m_fileList->selectionModel()->selectedRows();
     if (rows.isEmpty())
         return std::nullopt;
     return rows.front().row();
 }
 
 void ExtractorPane::setExtractControlsEnabled(bool enabled) {
-    if (m_recent)
-        m_recent->combo()->setEnabled(enabled);
-    m_extract->setEnabled(enabled);
-    m_export->setEnabled(enabled);
+    m_recentBox->combo()->setEnabled(enabled);
+    m_extractButton->setEnabled(enabled);
+    m_exportButton->setEnabled(enabled);
     m_browser->fileBox()->setEnabled(enabled);
 }
 
@@ -311,53 +317,64 @@ void ExtractorPane::report(const Failure& failure) {
 bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::string& destination, OnFault onFault) {
     if (m_working)
         return false;
-    m_busy = true;
-    setExtractControlsEnabled(false);
-    m_progress->setRange(0, static_cast<int>(entries.size()));
-    m_progress->setValue(0);
-
-    std::optional<Failure> fault;
-    bool opened = false;
+    beginRun(entries.size());
     if (m_archiveLeftOpen) {
-        fault = archiveAlreadyOpen();
-    } else {
-        m_working = true;
-        QElapsedTimer sincePaint;
-        sincePaint.start();
-        const auto progress = [&](int done, int, const std::string& name) {
-            opened = true;
-            m_progress->setValue(done);
-            if (!name.empty())
-                m_status->setText(extractingText(name));
-            if (sincePaint.elapsed() >= kRepaintMilliseconds) {
-                QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-                sincePaint.restart();
-            }
-        };
-        Result<ExtractSummary> done =
-            korvel::ExtractFiles(m_services.files, m_model->listing(), entries, destination, {}, progress);
         m_working = false;
-        if (done) {
-            m_progress->setValue(static_cast<int>(entries.size()));
-            m_status->setText(extractedSummaryText(*done));
-            setExtractControlsEnabled(true);
-            m_busy = false;
-            return true;
-        }
-        fault = done.failure();
-    }
-
-    // The run stopped midway: the busy flag stays set and the controls stay disabled.
-    m_archiveLeftOpen = m_archiveLeftOpen || opened;
-    if (isCorruptFault(*fault)) {
-        report(*fault);
+        stopRun(archiveAlreadyOpen(), false, onFault);
         return false;
     }
+    bool opened = false;
+    QElapsedTimer sincePaint;
+    sincePaint.start();
+    Result<ExtractSummary> done = korvel::ExtractFiles(
+        m_services.files, m_model->listing(), entries, destination, {},
+        [&](int count, int, const std::string& name) { showProgress(count, name, opened, sincePaint); });
+    m_working = false;
+    if (!done) {
+        stopRun(done.failure(), opened, onFault);
+        return false;
+    }
+    endRun(*done, entries.size());
+    return true;
+}
+
+void ExtractorPane::beginRun(size_t entries) {
+    m_busy = true;
+    setExtractControlsEnabled(false);
+    m_progressBar->setRange(0, static_cast<int>(entries));
+    m_progressBar->setValue(0);
+    m_working = true;
+}
+
+void ExtractorPane::showProgress(int done, const std::string& name, bool& opened, QElapsedTimer& sincePaint) {
+    opened = true;
+    m_progressBar->setValue(done);
+    if (!name.empty())
+        m_statusLabel->setText(extractingText(name));
+    if (sincePaint.elapsed() >= kRepaintMilliseconds) {
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        sincePaint.restart();
+    }
+}
+
+void ExtractorPane::endRun(const ExtractSummary& summary, size_t entries) {
+    m_progressBar->setValue(static_cast<int>(entries));
+    m_statusLabel->setText(extractedSummaryText(summary));
+    setExtractControlsEnabled(true);
+    m_busy = false;
+}
+
+void ExtractorPane::stopRun(const Failure& fault, bool opened, OnFault onFault) {
+    // The run stopped midway: the busy flag stays set and the controls stay disabled.
+    m_archiveLeftOpen = m_archiveLeftOpen || opened;
+    if (isCorruptFault(fault)) {
+        report(fault);
+        return;
+    }
     if (onFault == OnFault::Report) {
-        report(*fault);
+        report(fault);
         recover();
     }
-    return false;
 }
 
 void ExtractorPane::extractClicked() {
@@ -395,31 +412,52 @@ void ExtractorPane::massExtract() {
 void ExtractorPane::runMassExtract() {
     if (m_working)
         return;
-    if (m_window)
-        m_window->ShowExtractor(QStringLiteral("0"));
+    emit showRequested();
     if (!m_session.location.empty())
         m_browser->setDrive(m_session.location.front());
     m_browser->setPath(m_session.location);
-    const std::vector<std::string> names = m_browser->fileNames();
-    for (const std::string& name : names) {
-        const std::string folder = withTrailingBackslash(m_browser->path());
-        const std::vector<std::string> found = m_services.files.search(folder + name, SearchFilter::FilesAndFolders);
-        if (found.size() != 1 || upperGame(found.front()) != upperGame(name)) {
-            m_services.dialogs.message(QStringLiteral("Read Error"), fileNotFoundText(), MessageIcon::Critical);
-            m_browser->refreshFiles();
-            return;
-        }
-        if (!ListPOD(folder, name))
-            continue; // the listing's fault has been shown; the next archive follows
-        m_list->selectAll();
+
+    bool extracting = false; // between an archive's first and last entry
+    size_t rowCount = 0;
+    bool opened = false;
+    QElapsedTimer sincePaint;
+    MassExtractHooks hooks;
+    hooks.listed = [&](const std::string& path, const Result<PodDirectory>& listing) {
+        QElapsedTimer clock;
+        clock.start();
+        // A listing's fault is shown and the next archive follows.
+        return beginListing(FolderOf(path), FileNameOf(path)) && showListing(listing, clock);
+    };
+    hooks.rows = [&](const PodDirectory&) {
+        m_fileList->selectAll();
         std::vector<size_t> entries;
         entries.reserve(static_cast<size_t>(m_model->rowCount()));
         for (int row = 0; row < m_model->rowCount(); ++row)
             entries.push_back(m_model->entryIndex(row));
+        extracting = true;
+        rowCount = entries.size();
+        opened = false;
+        sincePaint.start();
+        beginRun(rowCount);
+        return entries;
+    };
+    hooks.progress = [&](int done, int, const std::string& name) { showProgress(done, name, opened, sincePaint); };
+    hooks.extracted = [&](const ExtractSummary& summary) {
+        extracting = false;
+        m_working = false;
+        endRun(summary, rowCount);
+    };
+    const Status status = MassExtract(m_services.files, m_browser->path(), m_browser->fileNames(), {}, hooks);
+    m_working = false;
+    if (status)
+        return;
+    if (extracting) {
         // A run that stops midway stops the whole mass extraction.
-        if (!ExtractFiles(entries, m_session.location, OnFault::Report))
-            return;
+        stopRun(status.failure(), opened, OnFault::Report);
+        return;
     }
+    report(status.failure()); // an archive of the list is gone
+    m_browser->refreshFiles();
 }
 
 void ExtractorPane::exportClicked() {
@@ -468,30 +506,30 @@ QMenu* ExtractorPane::showFileMenu(const QPoint& globalPos) {
         suffix = name.size() >= 4 ? name.substr(name.size() - 4) : name;
     }
     if (suffix == ".SIT") {
-        m_compatiblize->setVisible(false);
+        m_compatiblizeAction->setVisible(false);
     } else if (suffix != ".TRK") {
-        m_separator->setVisible(false);
-        m_convert->menuAction()->setVisible(false);
-        m_compatiblize->setVisible(false);
+        m_trackToolsSeparator->setVisible(false);
+        m_convertMenu->menuAction()->setVisible(false);
+        m_compatiblizeAction->setVisible(false);
     }
-    m_menu->popup(globalPos);
-    return m_menu;
+    m_fileMenu->popup(globalPos);
+    return m_fileMenu;
 }
 
 void ExtractorPane::restoreFileMenu() {
-    m_separator->setVisible(true);
-    m_convert->menuAction()->setVisible(true);
-    m_compatiblize->setVisible(true);
+    m_trackToolsSeparator->setVisible(true);
+    m_convertMenu->menuAction()->setVisible(true);
+    m_compatiblizeAction->setVisible(true);
 }
 
 bool ExtractorPane::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_list && event->type() == QEvent::KeyPress) {
+    if (watched == m_fileList && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {
             extractFromList();
             return true;
         }
-    } else if (watched == m_list->viewport() && event->type() == QEvent::MouseButtonRelease) {
+    } else if (watched == m_fileList->viewport() && event->type() == QEvent::MouseButtonRelease) {
         auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() == Qt::RightButton) {
             showFileMenu(mouse->globalPosition().toPoint());

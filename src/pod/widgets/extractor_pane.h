@@ -1,9 +1,8 @@
 #pragma once
 
 #include "platform/result.h"
-#include "ui/window_hooks.h"
+#include "pod/pod_directory.h"
 
-#include <QPointer>
 #include <QWidget>
 
 #include <optional>
@@ -11,6 +10,7 @@
 #include <vector>
 
 class QAction;
+class QElapsedTimer;
 class QLabel;
 class QLineEdit;
 class QMenu;
@@ -24,17 +24,18 @@ struct Session;
 class SettingsStore;
 class FileBrowser;
 class ListingModel;
+class RecentArchivesBox;
+struct ExtractSummary;
 
 namespace ui {
 class GoldButton;
-class MainWindow;
-class RecentArchives;
-} // namespace ui
+}
 
 // The Extractor pane (`fraExtract`'s contents): the drive, folder and file boxes, the file list
 // `lstFiles` of the listed archive with its information boxes, the extraction buttons and progress
-// bar, and the file list's context menu `mnuFileS` with the track tools. It answers the main
-// window's Extractor hooks (listing an archive, the busy flag, mass extraction).
+// bar, the recent-archives combo `cmbRecent`, and the file list's context menu `mnuFileS` with the
+// track tools. The application calls it at opening (browsing, the progress bar, the recent list),
+// at closing (the busy flag, the recent list) and from the File menu (mass extraction).
 //
 // Everything runs on the user-interface thread. While an archive is extracted the window keeps
 // painting and the progress bar moves (pending non-input events are let through between entries);
@@ -44,24 +45,26 @@ class RecentArchives;
 // `mnuExtractTo` end silently, leaving the busy flag set and the extraction controls disabled, as a
 // corrupt archive does; `mnuExtract`, `mnuMass`, the list's double click and Enter, the export and
 // the track tools show the fault in a message box and put the pane back in working order.
-class ExtractorPane : public QWidget, public ui::WindowHooks {
+class ExtractorPane : public QWidget {
     Q_OBJECT
 public:
     ExtractorPane(Services& services, Session& session, SettingsStore& store, QWidget* parent = nullptr);
     ~ExtractorPane() override;
 
-    // Takes the main window's recent-archives combo and lets mass extraction bring this pane up.
-    void attachTo(ui::MainWindow& window);
-    void setRecentArchives(ui::RecentArchives* recent);
+    // Opening: the drive and folder lists at the game folder, the progress bar's range, and the
+    // recent list from "Recent".
+    void startBrowsingAtGameFolder();
+    void prepareExtractionProgress();
+    void loadRecentArchives();
+    // Closing: "Recent" from the recent list.
+    void saveRecentArchives();
 
-    // Main window hooks.
-    void startBrowsingAtGameFolder() override;
-    void prepareExtractionProgress() override;
-    void listArchive(const std::string& folder, const std::string& file) override;
-    std::string listedArchive() const override { return m_folder + m_file; }
-    bool archiveBusy() const override { return m_busy; }
+    // The folder (ending in "\") + file name listed now.
+    std::string listedArchive() const { return m_folder + m_file; }
+    // True while an archive is being listed or extracted; the window must not close meanwhile.
+    bool archiveBusy() const { return m_busy; }
     // `mnuMass`: asks, then lists and extracts every archive of the game folder into it.
-    void massExtract() override;
+    void massExtract();
 
     // Lists an archive; false when the listing failed (the failure has been shown).
     bool ListPOD(const std::string& folder, const std::string& file);
@@ -79,8 +82,13 @@ public:
 
     ListingModel& model() const { return *m_model; }
     FileBrowser& browser() const { return *m_browser; }
-    QTableView* fileList() const { return m_list; }
-    QMenu* fileMenu() const { return m_menu; }
+    RecentArchivesBox& recentArchives() const { return *m_recentBox; }
+    QTableView* fileList() const { return m_fileList; }
+    QMenu* fileMenu() const { return m_fileMenu; }
+
+signals:
+    // Mass extraction wants the Extractor's pane up.
+    void showRequested();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -97,6 +105,17 @@ private:
     // The extraction of `entries` into `destination`; true when it finished.
     bool ExtractFiles(const std::vector<size_t>& entries, const std::string& destination, OnFault onFault);
     void runMassExtract();
+    // Listing: the folder and file become the listed archive; false (after showing why) when an
+    // extraction that stopped midway still held an archive.
+    bool beginListing(const std::string& folder, const std::string& file);
+    // Shows a listing (or its failure) and remembers the archive; false when it failed.
+    bool showListing(Result<PodDirectory> listing, const QElapsedTimer& clock);
+    // An extraction run: its start, each entry, its end, and a stop midway (the busy flag then stays
+    // set and the controls stay disabled, unless the fault is reported and the pane recovers).
+    void beginRun(size_t entries);
+    void showProgress(int done, const std::string& name, bool& opened, QElapsedTimer& sincePaint);
+    void endRun(const ExtractSummary& summary, size_t entries);
+    void stopRun(const Failure& fault, bool opened, OnFault onFault);
     void setExtractControlsEnabled(bool enabled);
     void recover();
     void report(const Failure& failure);
@@ -104,28 +123,27 @@ private:
     Services& m_services;
     Session& m_session;
     SettingsStore& m_store;
-    QPointer<ui::MainWindow> m_window;
-    QPointer<ui::RecentArchives> m_recent;
 
     FileBrowser* m_browser = nullptr;
+    RecentArchivesBox* m_recentBox = nullptr;
     ListingModel* m_model = nullptr;
-    QTableView* m_list = nullptr;
-    QLineEdit* m_name = nullptr;
-    QLineEdit* m_size = nullptr;
-    QLineEdit* m_type = nullptr;
-    QLineEdit* m_editor = nullptr;
-    QLineEdit* m_total = nullptr;
-    QLabel* m_status = nullptr;
-    QProgressBar* m_progress = nullptr;
-    ui::GoldButton* m_export = nullptr;
-    ui::GoldButton* m_extract = nullptr;
+    QTableView* m_fileList = nullptr;
+    QLineEdit* m_nameBox = nullptr;
+    QLineEdit* m_sizeBox = nullptr;
+    QLineEdit* m_typeBox = nullptr;
+    QLineEdit* m_editorBox = nullptr;
+    QLineEdit* m_totalBox = nullptr;
+    QLabel* m_statusLabel = nullptr;
+    QProgressBar* m_progressBar = nullptr;
+    ui::GoldButton* m_exportButton = nullptr;
+    ui::GoldButton* m_extractButton = nullptr;
 
-    QMenu* m_menu = nullptr;
-    QAction* m_extractHere = nullptr;
-    QAction* m_extractTo = nullptr;
-    QAction* m_separator = nullptr;
-    QMenu* m_convert = nullptr;
-    QAction* m_compatiblize = nullptr;
+    QMenu* m_fileMenu = nullptr;
+    QAction* m_extractHereAction = nullptr;
+    QAction* m_extractToAction = nullptr;
+    QAction* m_trackToolsSeparator = nullptr;
+    QMenu* m_convertMenu = nullptr;
+    QAction* m_compatiblizeAction = nullptr;
 
     std::string m_folder; // the listed archive's folder, with its trailing "\"
     std::string m_file;

@@ -2,7 +2,6 @@
 
 #include "tracklist/track_list.h"
 #include "tracklist/track_site.h"
-#include "ui/window_hooks.h"
 
 #include <QObject>
 #include <QPointer>
@@ -24,9 +23,9 @@ class TrackListDownload;
 // downloads a fresh list from the track site.
 //
 // It drives the menu the main window built (the menu, its first track entry, the separator under
-// the tracks and the update entry) and answers the window's hooks for the track list: it is built
-// at opening, after monster.ini, and updated from the menu.
-class TracksMenu : public QObject, public ui::WindowHooks {
+// the tracks and the update entry). The application builds it at opening, after monster.ini, and
+// updates it from the menu.
+class TracksMenu : public QObject {
     Q_OBJECT
 
 public:
@@ -50,10 +49,6 @@ public:
     static QString tagOf(const QAction& entry);
 
     const TrackSite& site() const { return m_site; }
-
-    // The main window's hooks.
-    void loadConfiguratorSettings() override { LoadTrackList(); }
-    void updateTrackList() override { mnuUpdate_Click(); }
 
 signals:
     void updateFinished(bool succeeded);

@@ -1,0 +1,161 @@
+#include "app_rig.h"
+#include "configurator/widgets/configurator_pane.h"
+#include "palette/widgets/palette_window.h"
+#include "pod/widgets/extractor_pane.h"
+#include "pod/widgets/listing_model.h"
+#include "pod/widgets/recent_archives_box.h"
+#include "pod_writer.h"
+#include "tracklist/widgets/tracks_menu.h"
+#include "ui/main_menus.h"
+
+#include <QAction>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace korvel::testing {
+namespace {
+
+constexpr const char* kGame = "MTM2";
+const std::string kFolder = "C:\\Games\\MTM2";
+
+// One MTM2 profile whose mounted list is saved only when asked, with one archive left to mount.
+void addGame(AppRig& rig, const std::string& asPod = "0", const std::string& asExit = "0") {
+    GameLayout layout;
+    layout.archives = {{"TRUCKS.POD", "POD"}, {"ADDON\\MYTRACK.POD", "POD"}, {"EXTRA.POD", "POD"}};
+    rig.addGame(kGame, layout);
+    rig.store.writeProfile(kGame, settings::kAsPod, asPod);
+    rig.store.writeProfile(kGame, settings::kAsExit, asExit);
+    rig.store.writeProfile(kGame, settings::kAsChange, "0");
+}
+
+ExtractorPane& extractor(AppRig& rig) {
+    return *rig.window().findChild<ExtractorPane*>();
+}
+
+TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLineAfterTheRecentList) {
+    AppRig rig;
+    addGame(rig);
+    rig.drive.write(kFolder + "\\Data\\x.pod", PodWriter().add("A.BIN", "a").pod1());
+    rig.store.writeProfile(kGame, settings::kRecent, "|C:\\A\\ONE.POD||Error|C:\\B\\TWO.POD");
+    rig.store.writeProfile(kGame, settings::kSlider, "2500");
+    rig.store.writeProfile(kGame, settings::kLock, "3");
+    ASSERT_TRUE(rig.start({rig.drive.host(kFolder + "\\Data\\x.pod")}));
+    EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Extractor]"));
+    const QStringList recent = extractor(rig).recentArchives().entries();
+    ASSERT_EQ(recent.size(), 3);
+    EXPECT_TRUE(recent[0].endsWith(QStringLiteral("x.pod"), Qt::CaseInsensitive));
+    EXPECT_EQ(recent.mid(1), QStringList({"C:\\A\\ONE.POD", "C:\\B\\TWO.POD"}));
+    EXPECT_EQ(extractor(rig).model().rowCount(), 1);
+    EXPECT_EQ(rig.pane().mounter().mounted().size(), 3);
+    EXPECT_EQ(rig.pane().splitterTop(), 2500);
+    EXPECT_EQ(rig.window().findChild<ConfiguratorPane*>()->drivers().count(), 3);
+    EXPECT_EQ(rig.window().findChild<TracksMenu*>()->entries().size(), 6u);
+}
+
+TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutosaveOrTheAnswerSays) {
+    const struct {
+        const char* name;
+        std::string asPod, asExit;
+        std::vector<MessageAnswer> answers;
+        bool brokenPodIni, closes, saved, asked;
+    } cases[] = {
+        {"autosave at exit", "1", "1", {}, false, true, true, false},
+        {"autosave off at exit, cancel", "1", "0", {MessageAnswer::Cancel}, false, false, false, true},
+        {"asked, no", "0", "0", {MessageAnswer::No}, false, true, false, true},
+        {"asked, yes", "0", "0", {MessageAnswer::Yes}, false, true, true, true},
+        {"a failed save keeps the window", "0", "0", {MessageAnswer::Yes}, true, false, false, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        AppRig rig;
+        addGame(rig, c.asPod, c.asExit);
+        ASSERT_TRUE(rig.start());
+        const std::string loaded = rig.podIni();
+        QTest::mouseClick(rig.find("cmdMountAll"), Qt::LeftButton);
+        if (c.brokenPodIni) {
+            rig.drive.remove(kFolder + "\\POD.INI");
+            rig.drive.makeFolder(kFolder + "\\POD.INI");
+        }
+        rig.drive.dialogs().clear();
+        for (MessageAnswer answer : c.answers)
+            rig.drive.dialogs().answer(answer);
+        QSignalSpy finished(rig.app.get(), &app::KorvelApplication::finished);
+        EXPECT_EQ(rig.window().close(), c.closes);
+        EXPECT_EQ(finished.count(), c.closes ? 1 : 0);
+        if (!c.brokenPodIni) {
+            EXPECT_EQ(rig.podIni() != loaded, c.saved);
+        }
+        EXPECT_EQ(!rig.drive.dialogs().messages().empty() &&
+                      rig.drive.dialogs().messages().front().buttons == MessageButtons::YesNoCancel,
+                  c.asked);
+        if (c.brokenPodIni) {
+            EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+        }
+        // The recent list is saved only when the window closes.
+        EXPECT_EQ(rig.store.readProfile(kGame, settings::kRecent), c.closes ? "|" : "Error");
+    }
+    // While an extraction that stopped midway holds its archive, the window stays open.
+    AppRig rig;
+    addGame(rig);
+    rig.drive.write(kFolder + "\\BAD.POD", PodWriter().add({"BAD.BIN", "bad", std::nullopt, 1 << 20}).pod1());
+    ASSERT_TRUE(rig.start());
+    ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "BAD.POD"));
+    extractor(rig).fileList()->selectAll();
+    extractor(rig).extractClicked();
+    ASSERT_TRUE(extractor(rig).archiveBusy());
+    EXPECT_FALSE(rig.window().close());
+}
+
+TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
+    AppRig rig;
+    addGame(rig);
+    ASSERT_TRUE(rig.start());
+    const std::string loaded = rig.podIni();
+    QTest::mouseClick(rig.find("cmdMountAll"), Qt::LeftButton);
+    QTest::mouseClick(rig.find("cmdContinue"), Qt::LeftButton);
+    EXPECT_NE(rig.podIni(), loaded);
+    EXPECT_FALSE(rig.pane().mountedListChanged());
+    EXPECT_TRUE(rig.drive.shell().launches.empty());
+    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
+    EXPECT_EQ(rig.drive.shell().launches[0].first, kFolder + "\\monster.exe");
+    // A failed save is shown and the game does not start.
+    QTest::mouseClick(rig.find("cmdUnmountAll"), Qt::LeftButton);
+    rig.drive.remove(kFolder + "\\POD.INI");
+    rig.drive.makeFolder(kFolder + "\\POD.INI");
+    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    EXPECT_EQ(rig.drive.shell().launches.size(), 1u);
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+    rig.drive.dialogs().answer(MessageAnswer::No);
+    QTest::mouseClick(rig.find("cmdQuit"), Qt::LeftButton);
+    EXPECT_FALSE(rig.window().isVisible());
+}
+
+TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
+    AppRig rig;
+    addGame(rig);
+    rig.drive.write(kFolder + "\\ONE.POD", PodWriter().add("ONE.TXT", "one").pod1());
+    ASSERT_TRUE(rig.start());
+    ui::MainMenus& menus = rig.window().menus();
+
+    rig.drive.dialogs().answer(MessageAnswer::Yes);
+    menus.mass()->trigger();
+    EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Extractor]"));
+    EXPECT_EQ(rig.drive.read(kFolder + "\\ONE.TXT"), "one");
+
+    menus.palette()->trigger();
+    bool paletteShown = false;
+    for (QWidget* top : QApplication::topLevelWidgets())
+        paletteShown = paletteShown || (qobject_cast<PaletteWindow*>(top) && top->isVisible());
+    EXPECT_TRUE(paletteShown);
+
+    rig.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
+    menus.fixRegistry()->trigger();
+    EXPECT_EQ(rig.app->session().location, "E:\\MTM2");
+}
+
+} // namespace
+} // namespace korvel::testing
