@@ -331,7 +331,7 @@ bool MounterPane::settleUnsavedList() {
             return answer == MessageAnswer::No;
     }
     const Status saved = saveMountedList();
-    run(saved);
+    run(Mounter::Outcome{saved, {}, {}});
     return saved.ok();
 }
 
