@@ -116,6 +116,9 @@ void KorvelApplication::createPanes(ui::MainWindow& window, ui::CompositeHooks& 
                 return new ui::GoldButton(caption, parent);
             });
         configurator->setDownloadAddress(site.siteRoot);
+        // The registry repair is the one change a running session takes; the application owns it.
+        connect(configurator, &ConfiguratorPane::gameFolderRepaired, this,
+                [this](const std::string& folder) { m_session.location = folder; });
         window.installPane(ui::Mode::Configurator, configurator);
         hooks.add(configurator);
         ui::MainMenus& menus = window.menus();

@@ -9,8 +9,8 @@
 #include "platform/services.h"
 #include "recent_archives.h"
 #include "startup/session.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 #include "startup/widgets/options_dialog.h"
 #include "widgets/gold_button.h"
 #include "widgets/twips.h"
@@ -51,7 +51,7 @@ bool isOne(const QString& text) {
 
 } // namespace
 
-MainWindow::MainWindow(Session& session, SettingsStore& store, Services& services, WindowHooks* hooks, QWidget* parent)
+MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& services, WindowHooks* hooks, QWidget* parent)
     : QMainWindow(parent), m_session(session), m_store(store), m_services(services),
       m_defaultHooks(std::make_unique<WindowHooks>()), m_hooks(hooks ? hooks : m_defaultHooks.get()),
       m_settings(std::make_unique<WindowSettings>(store, session.currentGame)) {
@@ -83,7 +83,7 @@ MainWindow::MainWindow(Session& session, SettingsStore& store, Services& service
                  menuBar()->sizeHint().height() + m_paneArea->height() + m_statusBar->height());
 
     connect(m_statusBar, &ModeStatusBar::modeChosen, this,
-            [this](Mode mode) { showMode(mode, m_settings->read(settings::kSlide)); });
+            [this](Mode mode) { showMode(mode, m_settings->profile().slide()); });
     connect(m_menus->switchGame(), &QAction::triggered, this, [this] { m_hooks->switchGame(); });
     connect(m_menus->associate(), &QAction::triggered, this, &MainWindow::toggleAssociation);
     connect(m_menus->options(), &QAction::triggered, this, &MainWindow::showOptions);
@@ -160,7 +160,7 @@ void MainWindow::open() {
     for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
         m_slider->setTop(mode, m_slider->top(mode)); // every pane at left 0
     m_settings->restorePosition(*this);
-    m_menus->associate()->setChecked(m_store.readProgram(settings::kAssociate) == "1");
+    m_menus->associate()->setChecked(ProgramSettings(m_store).associate());
     appendShortcutCaptions();
     m_hooks->prepareMenuCaptions();
     m_hooks->prepareExtractionProgress();
@@ -175,9 +175,9 @@ void MainWindow::open() {
         ShowExtractor(QStringLiteral("0"));
         m_hooks->listArchive(m_session.openedFolder, m_session.openedFile);
     } else if (const auto mode = m_settings->startMode(configurator)) {
-        showMode(*mode, QStringLiteral("0"));
+        showMode(*mode, false);
     }
-    m_hooks->restoreSplitter(m_settings->number(settings::kSlider));
+    m_hooks->restoreSplitter(m_settings->profile().slider());
 }
 
 void MainWindow::appendShortcutCaptions() {
@@ -191,19 +191,19 @@ void MainWindow::appendShortcutCaptions() {
 }
 
 void MainWindow::ShowMounter(const QString& slide) {
-    showMode(Mode::Mounter, slide);
+    showMode(Mode::Mounter, isOne(slide));
 }
 
 void MainWindow::ShowExtractor(const QString& slide) {
-    showMode(Mode::Extractor, slide);
+    showMode(Mode::Extractor, isOne(slide));
 }
 
 void MainWindow::ShowConfigurator(const QString& slide) {
-    showMode(Mode::Configurator, slide);
+    showMode(Mode::Configurator, isOne(slide));
 }
 
-void MainWindow::showMode(Mode mode, const QString& slide) {
-    m_slider->bringUp(mode, isOne(slide));
+void MainWindow::showMode(Mode mode, bool slide) {
+    m_slider->bringUp(mode, slide);
     setWindowTitle(applicationTitle() + QStringLiteral(" - ") + fromGameText(m_session.currentGame) +
                    QStringLiteral(" - [") + modeName(mode) + QLatin1Char(']'));
 }
@@ -213,7 +213,7 @@ std::optional<Mode> MainWindow::currentMode() const {
 }
 
 void MainWindow::applyButtonLooks() {
-    const QString flat = m_settings->read(settings::kFlat);
+    const std::optional<bool> flat = m_settings->profile().flatButtons();
     for (GoldButton* button : findChildren<GoldButton*>())
         button->setFlatLook(flat);
 }
@@ -239,7 +239,7 @@ void MainWindow::continueWithoutPlaying() {
 void MainWindow::toggleAssociation() {
     // The action has already flipped its check mark.
     const bool associate = m_menus->associate()->isChecked();
-    m_store.writeProgram(settings::kAssociate, associate ? "1" : "0");
+    ProgramSettings(m_store).setAssociate(associate);
     m_hooks->applyAssociation(associate);
 }
 
@@ -261,7 +261,7 @@ QDialog* MainWindow::showAbout() {
 bool MainWindow::settleUnsavedMountedList() {
     if (!m_hooks->mountedListChanged())
         return true;
-    if (m_session.asPod == "1" && m_session.asExit == "1")
+    if (m_session.autosave.podOnExit())
         return !reportFailure(m_hooks->saveMountedList());
     const MessageAnswer answer = m_services.dialogs.message(
         QStringLiteral("Question"),

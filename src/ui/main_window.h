@@ -38,7 +38,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    MainWindow(Session& session, SettingsStore& store, Services& services, WindowHooks* hooks = nullptr,
+    MainWindow(const Session& session, SettingsStore& store, Services& services, WindowHooks* hooks = nullptr,
                QWidget* parent = nullptr);
     ~MainWindow() override;
 
@@ -53,7 +53,7 @@ public:
     void ShowMounter(const QString& slide);
     void ShowExtractor(const QString& slide);
     void ShowConfigurator(const QString& slide);
-    void showMode(Mode mode, const QString& slide);
+    void showMode(Mode mode, bool slide);
     // The mode whose pane is up, if any.
     std::optional<Mode> currentMode() const;
 
@@ -75,7 +75,7 @@ public:
     GoldButton* playButton() const { return m_play; }
     GoldButton* continueButton() const { return m_continue; }
     GoldButton* quitButton() const { return m_quit; }
-    Session& session() const { return m_session; }
+    const Session& session() const { return m_session; }
     Services& services() const { return m_services; }
     SettingsStore& store() const { return m_store; }
 
@@ -95,7 +95,7 @@ private:
     bool reportFailure(const Status& status);
     void toggleAssociation();
 
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
     std::unique_ptr<WindowHooks> m_defaultHooks;

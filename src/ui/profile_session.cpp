@@ -4,6 +4,7 @@
 #include "platform/short_path.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 namespace korvel::ui {
 
@@ -18,23 +19,19 @@ Result<Session> sessionForProfile(SettingsStore& store, const FileServices& file
     Session session;
     session.versionText = buildVersionText();
     session.currentGame = profile;
-    auto read = [&](std::string_view name) { return store.readProfile(profile, name); };
-    session.location = read(settings::kLocation);
-    session.locationIni = read(settings::kLocationIni);
-    session.locationExe = read(settings::kLocationExe);
-    session.mmpa = read(settings::kMmpa);
+    const ProfileSettings stored(store, profile);
+    session.location = stored.location().value_or(std::string());
+    session.locationIni = stored.locationIni().value_or(std::string());
+    session.locationExe = stored.locationExe().value_or(std::string());
+    session.mmpa = stored.mmpa().value_or(std::string(settings::kError));
     for (const std::string* value : {&session.location, &session.locationIni, &session.locationExe}) {
-        if (value->empty() || *value == settings::kError)
+        if (value->empty())
             return refused(QStringLiteral("The game profile \"%1\" is not set up: it has no game folder, POD.INI or "
                                           "executable in the settings store.")
                                .arg(fromGameText(profile)));
     }
-    session.configurator = read(settings::kConfigurator) == "True";
-    session.asPod = read(settings::kAsPod);
-    session.asPlayer = read(settings::kAsPlayer);
-    session.asMonster = read(settings::kAsMonster);
-    session.asChange = read(settings::kAsChange);
-    session.asExit = read(settings::kAsExit);
+    session.configurator = stored.configurator();
+    session.autosave = stored.autosave();
     session.shortGameFolder = ShortPath(files, std::string(), session.location, true) + "\\";
     return session;
 }

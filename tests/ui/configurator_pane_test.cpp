@@ -24,9 +24,10 @@ const std::string kMonsterIni = "C:\\Games\\MTM2\\system\\monster.ini";
 const std::string kPlayerPro = "C:\\Games\\MTM2\\player.pro";
 
 struct PaneFixture : korvel::testing::WindowFixture {
-    explicit PaneFixture(const char* asMonster = "0", const char* asPlayer = "0", const char* asChange = "1") {
+    explicit PaneFixture(bool asMonster = false, bool asPlayer = false, bool asChange = true) {
         korvel::testing::buildGameFolder(drive, {});
-        std::tie(session.asMonster, session.asPlayer, session.asChange) = std::tuple(asMonster, asPlayer, asChange);
+        std::tie(session.autosave.monster, session.autosave.player, session.autosave.onChange) =
+            std::tuple(asMonster, asPlayer, asChange);
         pane = std::make_unique<ConfiguratorPane>(session, store, drive.services());
     }
     void open() {
@@ -61,7 +62,7 @@ std::string monsterIni(const std::string& track, const std::string& horn, const 
 } // namespace
 
 TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) {
-    PaneFixture on("1", "0", "1");
+    PaneFixture on(true, false, true);
     on.open();
     on.click("chkTrack");
     EXPECT_EQ(on.drive.read(kMonsterIni), monsterIni("666", "1", "UI\\MTM2.loc"));
@@ -73,8 +74,8 @@ TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) 
     EXPECT_TRUE(on.find<QLineEdit>("txtCustom")->isEnabled());
     on.click("chkSounds");
     EXPECT_EQ(on.drive.read(kMonsterIni), monsterIni("666", "0", "UI\\MTM2-pig.loc"));
-    for (const auto& [asMonster, asChange] : {std::pair{"0", "1"}, std::pair{"1", "0"}}) {
-        PaneFixture off(asMonster, "1", asChange);
+    for (const auto& [asMonster, asChange] : {std::pair{false, true}, std::pair{true, false}}) {
+        PaneFixture off(asMonster, true, asChange);
         off.open();
         const std::string before = off.drive.read(kMonsterIni);
         off.click("chkTrack");
@@ -86,7 +87,7 @@ TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) 
 }
 
 TEST(ConfiguratorPaneSettings, aMissingKeyIsReportedAndTheFilesStayUntouched) {
-    PaneFixture f("1", "0", "1");
+    PaneFixture f(true, false, true);
     const std::string damaged = "showHiddenTrack=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n";
     f.drive.write(kMonsterIni, damaged);
     f.open();
@@ -135,7 +136,7 @@ TEST(ConfiguratorPaneDrivers, listShowRemoveUndoSaveAndReload) {
 TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegistryFromTheMenu) {
     korvel::testing::WindowFixture f;
     korvel::testing::buildGameFolder(f.drive, {});
-    f.session.asMonster = f.session.asChange = "1";
+    f.session.autosave.monster = f.session.autosave.onChange = true;
     korvel::ui::CompositeHooks hooks;
     auto* pane = new ConfiguratorPane(f.session, f.store, f.drive.services());
     hooks.add(pane);
@@ -150,10 +151,12 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     EXPECT_FALSE(pane->hasFinishedOpening());
     window.show();
     EXPECT_TRUE(pane->hasFinishedOpening());
+    std::string repaired;
+    QObject::connect(pane, &ConfiguratorPane::gameFolderRepaired, [&](const std::string& folder) { repaired = folder; });
     f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     window.menus().fixRegistry()->trigger();
     EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
                                 "InstalledPath"),
               "E:\\MTM2");
-    EXPECT_EQ(f.session.location, "E:\\MTM2");
+    EXPECT_EQ(repaired, "E:\\MTM2"); // for the session's owner to apply
 }

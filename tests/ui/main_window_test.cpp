@@ -152,7 +152,7 @@ TEST(MainWindowClose, storesScreenPositionAndRecentButKeepsThePositionWhenMinimi
 TEST(MainWindowClose, isRefusedWhileBusyAndUnsavedChangesFollowAutosaveOrTheAnswer) {
     {
         WindowFixture f;
-        f.session.asPod = f.session.asExit = "1";
+        f.session.autosave.pod = f.session.autosave.onExit = true;
         auto& window = f.open();
         f.hooks.busy = true;
         EXPECT_FALSE(window.close());
@@ -165,7 +165,7 @@ TEST(MainWindowClose, isRefusedWhileBusyAndUnsavedChangesFollowAutosaveOrTheAnsw
     }
     {
         WindowFixture f;
-        f.session.asPod = "1"; // saving at exit is not on
+        f.session.autosave.pod = true; // saving at exit is not on
         auto& window = f.open();
         f.hooks.changed = true;
         f.drive.dialogs().answer(MessageAnswer::Cancel).answer(MessageAnswer::No);

@@ -42,7 +42,7 @@ public:
     // Makes the pane's push buttons, so the window can give them its own skinned look.
     using ButtonMaker = std::function<QAbstractButton*(const QString& caption, QWidget* parent)>;
 
-    ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr,
+    ConfiguratorPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr,
                      ButtonMaker makeButton = {});
     ~ConfiguratorPane() override;
 
@@ -78,6 +78,10 @@ public:
     void loadConfiguratorSettings() override { LoadMonsterIni(); }
     void fixRegistry() override;
 
+signals:
+    // The registry repair chose this game folder; the session's owner makes it the game folder.
+    void gameFolderRepaired(const std::string& folder);
+
 protected:
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -91,7 +95,7 @@ private:
     void fillDriverList();
     bool report(const Failure& failure);
 
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
     bool m_opened = false;

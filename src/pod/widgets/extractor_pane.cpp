@@ -11,8 +11,8 @@
 #include "pod/extraction.h"
 #include "pod/listing_export.h"
 #include "startup/session.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 #include "ui/main_window.h"
 #include "ui/recent_archives.h"
 #include "ui/widgets/gold_button.h"
@@ -62,7 +62,7 @@ Failure archiveAlreadyOpen() {
 
 } // namespace
 
-ExtractorPane::ExtractorPane(Services& services, Session& session, SettingsStore& store, QWidget* parent)
+ExtractorPane::ExtractorPane(Services& services, const Session& session, SettingsStore& store, QWidget* parent)
     : QWidget(parent), m_services(services), m_session(session), m_store(store) {
     setObjectName(QStringLiteral("extractorPane"));
     buildControls();
@@ -209,10 +209,7 @@ void ExtractorPane::prepareExtractionProgress() {
 }
 
 bool ExtractorPane::autosort() {
-    const QString value = fromGameText(m_store.readProfile(m_session.currentGame, settings::kAutosort)).trimmed();
-    bool number = false;
-    const double asNumber = value.toDouble(&number);
-    return number ? asNumber != 0 : value.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0;
+    return ProfileSettings(m_store, m_session.currentGame).autosort();
 }
 
 void ExtractorPane::listArchive(const std::string& folder, const std::string& file) {

@@ -47,7 +47,7 @@ class RecentArchives;
 class ExtractorPane : public QWidget, public ui::WindowHooks {
     Q_OBJECT
 public:
-    ExtractorPane(Services& services, Session& session, SettingsStore& store, QWidget* parent = nullptr);
+    ExtractorPane(Services& services, const Session& session, SettingsStore& store, QWidget* parent = nullptr);
     ~ExtractorPane() override;
 
     // Takes the main window's recent-archives combo and lets mass extraction bring this pane up.
@@ -102,7 +102,7 @@ private:
     void report(const Failure& failure);
 
     Services& m_services;
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
     QPointer<ui::MainWindow> m_window;
     QPointer<ui::RecentArchives> m_recent;
