@@ -2,6 +2,7 @@
 
 #include "file_services.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -9,7 +10,40 @@
 #include <QStandardPaths>
 #include <QStorageInfo>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 namespace korvel {
+
+namespace {
+
+// Why a small file cannot be made in `folder` (the lock file could not be): the system's reason for
+// a file of the same size made and removed there.
+QString whyNoFileIn(const QString& folder) {
+    const QString probePath =
+        folder + QStringLiteral("/.korvel-lock-probe-") + QString::number(QCoreApplication::applicationPid());
+    const QByteArray name = QFile::encodeName(probePath);
+    QString reason;
+    errno = 0;
+    if (std::FILE* probe = std::fopen(name.constData(), "wbx")) {
+        const char bytes[64] = {};
+        if (std::fwrite(bytes, 1, sizeof bytes, probe) != sizeof bytes || std::fflush(probe) != 0)
+            reason = QString::fromLocal8Bit(std::strerror(errno));
+        std::fclose(probe);
+        std::remove(name.constData());
+    } else {
+        reason = QString::fromLocal8Bit(std::strerror(errno));
+    }
+    if (reason.isEmpty() || errno == 0) {
+        const QStorageInfo volume(folder);
+        reason = volume.isValid() && volume.bytesAvailable() == 0 ? QStringLiteral("the disk is full")
+                                                                  : QStringLiteral("the system refused it");
+    }
+    return reason;
+}
+
+} // namespace
 
 FileRegistry::FileRegistry(QString filePath) : m_path(std::move(filePath)) { refresh(); }
 
@@ -93,10 +127,8 @@ bool FileRegistry::lock(QLockFile& lock) {
     case QLockFile::UnknownError:
         break;
     }
-    const QStorageInfo volume(folder);
-    const QString reason = volume.isValid() && volume.bytesAvailable() == 0 ? QStringLiteral("the disk is full")
-                                                                            : QStringLiteral("the system refused it");
-    recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.").arg(lockPath, reason));
+    recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.")
+                      .arg(lockPath, whyNoFileIn(folder)));
     return false;
 }
 

@@ -231,6 +231,23 @@ std::vector<std::string> ProfileSettings::extraDirs() const {
     return folders;
 }
 
+std::vector<std::string> ProfileSettings::recent() const {
+    std::vector<std::string> entries;
+    for (std::string& piece : splitText(text(kRecent), kListSeparator)) {
+        if (!piece.empty() && piece != kError)
+            entries.push_back(std::move(piece));
+    }
+    return entries;
+}
+
+void ProfileSettings::setRecent(const std::vector<std::string>& entries) {
+    // Each entry behind a separator; a lone separator for an empty list.
+    std::string stored = entries.empty() ? std::string(1, kListSeparator) : std::string();
+    for (const std::string& entry : entries)
+        stored += kListSeparator + entry;
+    setText(kRecent, stored);
+}
+
 bool ProfileSettings::firstRun() const { return text(kFirstRun) != kFlagOff; }
 
 void ProfileSettings::setAutosave(const AutosaveSwitches& switches) {

@@ -120,7 +120,11 @@ public:
     void setScreenLetter(const std::string& letter);
     void setFirstRunDone();
 
-    // The raw text of a value, for the values that are lists of the window's own (the recent list).
+    // "Recent": the main window's recent archives, newest first.
+    std::vector<std::string> recent() const;
+    void setRecent(const std::vector<std::string>& entries);
+
+    // A value's text as stored, for values without a typed form here.
     std::string text(std::string_view name) const;
     void setText(std::string_view name, const std::string& text);
 

@@ -1,12 +1,9 @@
 #include "window_settings.h"
 
 #include "platform/game_text.h"
-#include "startup/settings_names.h"
 #include "widgets/twips.h"
 
 #include <QWidget>
-
-#include <cmath>
 
 namespace korvel::ui {
 
@@ -51,31 +48,17 @@ void WindowSettings::saveScreen(const QString& title) {
 }
 
 QStringList WindowSettings::recent() const {
-    return recentEntries(m_profile.text(settings::kRecent));
+    QStringList entries;
+    for (const std::string& entry : m_profile.recent())
+        entries << fromGameText(entry);
+    return entries;
 }
 
 void WindowSettings::saveRecent(const QStringList& entries) {
-    m_profile.setText(settings::kRecent, recentText(entries));
-}
-
-std::string WindowSettings::recentText(const QStringList& entries) {
-    if (entries.isEmpty())
-        return std::string(1, settings::kListSeparator);
-    std::string text;
-    for (const QString& entry : entries) {
-        text += settings::kListSeparator;
-        text += toGameText(entry);
-    }
-    return text;
-}
-
-QStringList WindowSettings::recentEntries(const std::string& text) {
-    QStringList entries;
-    for (const std::string& piece : splitText(text, settings::kListSeparator)) {
-        if (!piece.empty() && piece != settings::kError)
-            entries << fromGameText(piece);
-    }
-    return entries;
+    std::vector<std::string> stored;
+    for (const QString& entry : entries)
+        stored.push_back(toGameText(entry));
+    m_profile.setRecent(stored);
 }
 
 } // namespace korvel::ui

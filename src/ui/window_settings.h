@@ -35,9 +35,6 @@ public:
 
     QStringList recent() const;
     void saveRecent(const QStringList& entries);
-    // The stored form of a recent list: each entry preceded by "|", a lone "|" when empty.
-    static std::string recentText(const QStringList& entries);
-    static QStringList recentEntries(const std::string& text);
 
 private:
     ProfileSettings m_profile;
