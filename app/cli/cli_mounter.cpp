@@ -11,8 +11,8 @@
 #include "platform/short_path.h"
 #include "startup/session.h"
 #include "startup/settings_names.h"
-#include "startup/typed_settings.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>

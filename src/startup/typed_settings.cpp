@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -14,6 +15,12 @@ namespace korvel {
 namespace {
 
 using namespace settings;
+
+constexpr std::string_view kFlagOff = "0";
+constexpr std::string_view kFlagOn = "1";
+constexpr std::string_view kNewProfileMmpa = "99";
+constexpr int kSliderMin = 740;
+constexpr int kSliderMax = 5380;
 
 // The whole text as a number; nullopt for anything else ("Error", "", "12abc").
 std::optional<double> wholeNumber(const std::string& text) {
@@ -33,18 +40,29 @@ bool isOneOf(const std::string& text, std::initializer_list<std::string_view> al
     return false;
 }
 
-bool isFlag(const std::string& text) { return isOneOf(text, {"0", "1"}); }
-bool isNotMissing(const std::string& text) { return text != kError; }
+bool isFlag(const std::string& text) {
+    return isOneOf(text, {"0", "1"});
+}
+bool isNotMissing(const std::string& text) {
+    return text != kError;
+}
+bool isLogo(const std::string& text) {
+    return isOneOf(text, {"1", "2", "3"});
+}
+bool isScreenLetter(const std::string& text) {
+    return isOneOf(text, {"C", "E", "M"});
+}
+bool isLockIndex(const std::string& text) {
+    return isOneOf(text, {"0", "1", "2", "3"});
+}
+bool isSliderTop(const std::string& text) {
+    const std::optional<double> number = wholeNumber(text);
+    return number && *number >= kSliderMin && *number <= kSliderMax;
+}
 bool isTwips(const std::string& text) {
     const std::optional<double> number = wholeNumber(text);
     return number && *number >= 0;
 }
-
-constexpr std::string_view kFlagOff = "0";
-constexpr std::string_view kFlagOn = "1";
-constexpr std::string_view kNewProfileMmpa = "99";
-constexpr int kSliderMin = 740;
-constexpr int kSliderMax = 5380;
 
 int rounded(double value) {
     constexpr double kMax = std::numeric_limits<int>::max();
@@ -52,7 +70,9 @@ int rounded(double value) {
     return static_cast<int>(std::lround(std::clamp(value, kMin, kMax)));
 }
 
-std::string flagText(bool on) { return on ? std::string(kFlagOn) : std::string(kFlagOff); }
+std::string flagText(bool on) {
+    return on ? std::string(kFlagOn) : std::string(kFlagOff);
+}
 
 } // namespace
 
@@ -61,14 +81,9 @@ namespace settings {
 const std::vector<ProfileRule>& profileRules() {
     using Fallback = ProfileRule::Fallback;
     static const std::vector<ProfileRule> kRules = {
-        {kLogo, [](const std::string& t) { return isOneOf(t, {"1", "2", "3"}); }, "1"},
-        {kScreen, [](const std::string& t) { return isOneOf(t, {"C", "E", "M"}); }, "M"},
-        {kSlider,
-         [](const std::string& t) {
-             const std::optional<double> number = wholeNumber(t);
-             return number && *number >= kSliderMin && *number <= kSliderMax;
-         },
-         "3060"},
+        {kLogo, isLogo, "1"},
+        {kScreen, isScreenLetter, "M"},
+        {kSlider, isSliderTop, "3060"},
         {kAsPod, isFlag, kFlagOff},
         {kAsPlayer, isFlag, kFlagOff},
         {kAsMonster, isFlag, kFlagOff},
@@ -77,7 +92,7 @@ const std::vector<ProfileRule>& profileRules() {
         {kFlat, isFlag, kFlagOff},
         {kSlide, isFlag, kFlagOn},
         {kAutosort, isFlag, kFlagOn},
-        {kLock, [](const std::string& t) { return isOneOf(t, {"0", "1", "2", "3"}); }, kFlagOff},
+        {kLock, isLockIndex, kFlagOff},
         {kBrowse, isFlag, kFlagOff},
         {kBrowseDir, isNotMissing, {}, Fallback::Location},
         {kExtraDirs, isNotMissing, kDefaultExtraDirs},
@@ -103,7 +118,9 @@ std::string fallbackText(const ProfileRule& rule, const std::string& location) {
 
 // ---- program key ----
 
-bool ProgramSettings::associate() const { return m_store.readProgram(kAssociate) == kFlagOn; }
+bool ProgramSettings::associate() const {
+    return m_store.readProgram(kAssociate) == kFlagOn;
+}
 
 std::optional<bool> ProgramSettings::associateChoice() const {
     const std::string stored = m_store.readProgram(kAssociate);
@@ -112,7 +129,9 @@ std::optional<bool> ProgramSettings::associateChoice() const {
     return stored == kFlagOn;
 }
 
-void ProgramSettings::setAssociate(bool on) { m_store.writeProgram(kAssociate, flagText(on)); }
+void ProgramSettings::setAssociate(bool on) {
+    m_store.writeProgram(kAssociate, flagText(on));
+}
 
 std::optional<std::vector<std::string>> ProgramSettings::installedGames() const {
     const std::string list = m_store.readProgram(kInstalledGames);
@@ -133,11 +152,15 @@ std::optional<std::string> ProgramSettings::trackList() const {
     return list;
 }
 
-void ProgramSettings::setTrackList(const std::string& text) { m_store.writeProgram(kTrackList, text); }
+void ProgramSettings::setTrackList(const std::string& text) {
+    m_store.writeProgram(kTrackList, text);
+}
 
 // ---- profile subkey ----
 
-std::string ProfileSettings::text(std::string_view name) const { return m_store.readProfile(m_profile, name); }
+std::string ProfileSettings::text(std::string_view name) const {
+    return m_store.readProfile(m_profile, name);
+}
 
 void ProfileSettings::setText(std::string_view name, const std::string& text) {
     m_store.writeProfile(m_profile, name, text);
@@ -150,13 +173,25 @@ std::optional<std::string> ProfileSettings::path(std::string_view name) const {
     return stored;
 }
 
-std::optional<double> ProfileSettings::number(std::string_view name) const { return leadingNumber(text(name)); }
+std::optional<double> ProfileSettings::number(std::string_view name) const {
+    return leadingNumber(text(name));
+}
 
-std::optional<std::string> ProfileSettings::location() const { return path(kLocation); }
-std::optional<std::string> ProfileSettings::locationIni() const { return path(kLocationIni); }
-std::optional<std::string> ProfileSettings::locationExe() const { return path(kLocationExe); }
-std::optional<std::string> ProfileSettings::mmpa() const { return path(kMmpa); }
-bool ProfileSettings::configurator() const { return text(kConfigurator) == "True"; }
+std::optional<std::string> ProfileSettings::location() const {
+    return path(kLocation);
+}
+std::optional<std::string> ProfileSettings::locationIni() const {
+    return path(kLocationIni);
+}
+std::optional<std::string> ProfileSettings::locationExe() const {
+    return path(kLocationExe);
+}
+std::optional<std::string> ProfileSettings::mmpa() const {
+    return path(kMmpa);
+}
+bool ProfileSettings::configurator() const {
+    return text(kConfigurator) == "True";
+}
 
 void ProfileSettings::addProfile(const std::string& location, const std::string& exePath, bool configurator) {
     setText(kLocation, location);
@@ -215,12 +250,24 @@ std::optional<StartScreen> ProfileSettings::screen() const {
     return std::nullopt;
 }
 
-int ProfileSettings::slider() const { return rounded(number(kSlider).value_or(0.0)); }
-int ProfileSettings::left() const { return rounded(number(kLeft).value_or(0.0)); }
-int ProfileSettings::top() const { return rounded(number(kTop).value_or(0.0)); }
-bool ProfileSettings::browse() const { return text(kBrowse) != kFlagOff; }
-std::string ProfileSettings::browseDir() const { return text(kBrowseDir); }
-std::string ProfileSettings::extraDirsText() const { return text(kExtraDirs); }
+int ProfileSettings::slider() const {
+    return rounded(number(kSlider).value_or(0.0));
+}
+int ProfileSettings::left() const {
+    return rounded(number(kLeft).value_or(0.0));
+}
+int ProfileSettings::top() const {
+    return rounded(number(kTop).value_or(0.0));
+}
+bool ProfileSettings::browse() const {
+    return text(kBrowse) != kFlagOff;
+}
+std::string ProfileSettings::browseDir() const {
+    return text(kBrowseDir);
+}
+std::string ProfileSettings::extraDirsText() const {
+    return text(kExtraDirs);
+}
 
 std::vector<std::string> ProfileSettings::extraDirs() const {
     std::vector<std::string> folders;
@@ -248,7 +295,9 @@ void ProfileSettings::setRecent(const std::vector<std::string>& entries) {
     setText(kRecent, stored);
 }
 
-bool ProfileSettings::firstRun() const { return text(kFirstRun) != kFlagOff; }
+bool ProfileSettings::firstRun() const {
+    return text(kFirstRun) != kFlagOff;
+}
 
 void ProfileSettings::setAutosave(const AutosaveSwitches& switches) {
     setText(kAsPod, flagText(switches.pod));
@@ -258,27 +307,47 @@ void ProfileSettings::setAutosave(const AutosaveSwitches& switches) {
     setText(kAsExit, flagText(switches.onExit));
 }
 
-void ProfileSettings::setFlatButtons(bool flat) { setText(kFlat, flagText(flat)); }
-void ProfileSettings::setSlide(bool slide) { setText(kSlide, flagText(slide)); }
-void ProfileSettings::setConfigurator(bool on) { setText(kConfigurator, on ? "True" : "False"); }
-void ProfileSettings::setAutosort(bool sort) { setText(kAutosort, flagText(sort)); }
-void ProfileSettings::setBrowse(bool browse) { setText(kBrowse, flagText(browse)); }
-void ProfileSettings::setBrowseDir(const std::string& folder) { setText(kBrowseDir, folder); }
+void ProfileSettings::setFlatButtons(bool flat) {
+    setText(kFlat, flagText(flat));
+}
+void ProfileSettings::setSlide(bool slide) {
+    setText(kSlide, flagText(slide));
+}
+void ProfileSettings::setConfigurator(bool on) {
+    setText(kConfigurator, on ? "True" : "False");
+}
+void ProfileSettings::setAutosort(bool sort) {
+    setText(kAutosort, flagText(sort));
+}
+void ProfileSettings::setBrowse(bool browse) {
+    setText(kBrowse, flagText(browse));
+}
+void ProfileSettings::setBrowseDir(const std::string& folder) {
+    setText(kBrowseDir, folder);
+}
 
 void ProfileSettings::setExtraDirs(const std::vector<std::string>& folders) {
     setText(kExtraDirs, folders.empty() ? std::string(kDefaultExtraDirs) : joinText(folders, kListSeparator));
 }
 
-void ProfileSettings::setLock(ScreenLock lock) { setText(kLock, std::to_string(static_cast<int>(lock))); }
-void ProfileSettings::setSlider(int top) { setText(kSlider, std::to_string(top)); }
+void ProfileSettings::setLock(ScreenLock lock) {
+    setText(kLock, std::to_string(static_cast<int>(lock)));
+}
+void ProfileSettings::setSlider(int top) {
+    setText(kSlider, std::to_string(top));
+}
 
 void ProfileSettings::setPosition(int left, int top) {
     setText(kLeft, std::to_string(left));
     setText(kTop, std::to_string(top));
 }
 
-void ProfileSettings::setScreenLetter(const std::string& letter) { setText(kScreen, letter); }
-void ProfileSettings::setFirstRunDone() { setText(kFirstRun, std::string(kFlagOff)); }
+void ProfileSettings::setScreenLetter(const std::string& letter) {
+    setText(kScreen, letter);
+}
+void ProfileSettings::setFirstRunDone() {
+    setText(kFirstRun, std::string(kFlagOff));
+}
 
 std::vector<std::string> ProfileSettings::readValidated() const {
     std::vector<std::string> stored;

@@ -88,20 +88,20 @@ public:
     void addProfile(const std::string& location, const std::string& exePath, bool configurator);
 
     // Preferences, read the classic way.
-    AutosaveSwitches autosave() const;           // each "1"
-    std::optional<bool> flatButtons() const;     // "1" flat, "0" raised, anything else: as designed
-    bool slide() const;                          // the number 1 ("1", "1.0")
-    bool autosort() const;                       // a non-zero number, or "True"
-    std::optional<ScreenLock> lock() const;      // leading number, 0 when none; nullopt past 0-3
-    std::optional<StartScreen> screen() const;   // "C", "E", "M"; nullopt otherwise
-    int slider() const;                          // leading number, 0 when none
-    int left() const;                            // twips, leading number, 0 when none
+    AutosaveSwitches autosave() const;         // each "1"
+    std::optional<bool> flatButtons() const;   // "1" flat, "0" raised, anything else: as designed
+    bool slide() const;                        // the number 1 ("1", "1.0")
+    bool autosort() const;                     // a non-zero number, or "True"
+    std::optional<ScreenLock> lock() const;    // leading number, 0 when none; nullopt past 0-3
+    std::optional<StartScreen> screen() const; // "C", "E", "M"; nullopt otherwise
+    int slider() const;                        // leading number, 0 when none
+    int left() const;                          // twips, leading number, 0 when none
     int top() const;
-    bool browse() const;                         // anything but "0"
-    std::string browseDir() const;               // as stored
-    std::vector<std::string> extraDirs() const;  // the list, without empty entries
-    std::string extraDirsText() const;           // the list as stored, for the archive scan
-    bool firstRun() const;                       // "FirstRun" anything but "0"
+    bool browse() const;                        // anything but "0"
+    std::string browseDir() const;              // as stored
+    std::vector<std::string> extraDirs() const; // the list, without empty entries
+    std::string extraDirsText() const;          // the list as stored, for the archive scan
+    bool firstRun() const;                      // "FirstRun" anything but "0"
 
     // Writes, in the stored forms. Like every write to the store they report nothing here; a
     // failed save shows in SettingsStore::takeSaveFailure().

@@ -51,7 +51,8 @@ bool isOne(const QString& text) {
 
 } // namespace
 
-MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& services, WindowHooks* hooks, QWidget* parent)
+MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& services, WindowHooks* hooks,
+                       QWidget* parent)
     : QMainWindow(parent), m_session(session), m_store(store), m_services(services),
       m_defaultHooks(std::make_unique<WindowHooks>()), m_hooks(hooks ? hooks : m_defaultHooks.get()),
       m_settings(std::make_unique<WindowSettings>(store, session.currentGame)) {

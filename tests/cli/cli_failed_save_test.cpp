@@ -96,10 +96,12 @@ TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) 
         {"no room for the settings", "Could not save", false,
          [size](FailedSave& f) { f.limitFileSize(rlim_t(size) + 8); }},
         {"read-only folder", "Cannot create the lock file", true,
-         [readOnly](FailedSave& f) { f.runWithoutPrivileges(readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup |
-                                                                QFileDevice::ExeOther,
-                                                            readOnly); }},
-        {"read-only file", "Could not save", true, [all, readOnly](FailedSave& f) { f.runWithoutPrivileges(all, readOnly); }},
+         [readOnly](FailedSave& f) {
+             f.runWithoutPrivileges(readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther,
+                                    readOnly);
+         }},
+        {"read-only file", "Could not save", true,
+         [all, readOnly](FailedSave& f) { f.runWithoutPrivileges(all, readOnly); }},
     };
     const QByteArray before = read("registry.json");
     for (const Obstacle& obstacle : obstacles) {
@@ -113,7 +115,7 @@ TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) 
             EXPECT_EQ(run.status, 1) << row;
             EXPECT_TRUE(run.err.contains(obstacle.reason)) << row;
             EXPECT_FALSE(run.err.contains("locked by another program")) << row;
-            EXPECT_EQ(run.out, "") << row; // no "Added ..." or "Opening ..."
+            EXPECT_EQ(run.out, "") << row;                   // no "Added ..." or "Opening ..."
             EXPECT_EQ(read("registry.json"), before) << row; // nothing half-written
         }
     }

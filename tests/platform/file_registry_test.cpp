@@ -96,7 +96,7 @@ TEST(FileRegistry, savesAGroupOfChangesOnceAtItsOutermostEnd) {
     ASSERT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "Location", "C:\\Games\\MTM2"));
     EXPECT_TRUE(registry.endChanges());
     EXPECT_EQ(registry.readValue(HKCU, kKey + "\\MTM2", "Location"), "C:\\Games\\MTM2"); // seen here...
-    EXPECT_FALSE(onDisk("Location").has_value());                                      // ...not saved yet
+    EXPECT_FALSE(onDisk("Location").has_value());                                        // ...not saved yet
     ASSERT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "MMPA", "99"));
     EXPECT_TRUE(registry.endChanges());
     EXPECT_EQ(onDisk("Location"), "C:\\Games\\MTM2");
@@ -119,6 +119,6 @@ TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
     ASSERT_TRUE(failure.has_value());
     EXPECT_TRUE(failure->contains("Cannot create the folder")) << failure->toStdString();
     EXPECT_FALSE(registry.takeSaveFailure().has_value()); // reported once
-    EXPECT_FALSE(registry.createKey(HKCU, kKey));          // outside a group too
+    EXPECT_FALSE(registry.createKey(HKCU, kKey));         // outside a group too
     EXPECT_TRUE(registry.takeSaveFailure().has_value());
 }

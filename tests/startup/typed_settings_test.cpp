@@ -70,10 +70,8 @@ TEST(ProfileSettings, readsSwitchesByTheirOwnClassicRules) {
 TEST(ProfileSettings, readsChoicesAndNumbersWithNoChoiceForUnknownTexts) {
     const std::vector<ReadRow<std::optional<ScreenLock>>> locks = {
         {settings::kLock, "Error", ScreenLock::None}, // missing reads as 0
-        {settings::kLock, "2", ScreenLock::Extractor},
-        {settings::kLock, "3abc", ScreenLock::Mounter},
-        {settings::kLock, "4", std::nullopt},
-        {settings::kLock, "1.5", std::nullopt},
+        {settings::kLock, "2", ScreenLock::Extractor}, {settings::kLock, "3abc", ScreenLock::Mounter},
+        {settings::kLock, "4", std::nullopt},          {settings::kLock, "1.5", std::nullopt},
     };
     for (const auto& row : locks) {
         Profile p;
@@ -91,9 +89,10 @@ TEST(ProfileSettings, readsChoicesAndNumbersWithNoChoiceForUnknownTexts) {
         store(p, row.name, row.stored);
         EXPECT_EQ(p.profile.screen(), row.expected) << row.stored;
     }
-    const std::vector<ReadRow<std::optional<bool>>> flats = {
-        {settings::kFlat, "1", true}, {settings::kFlat, "0", false}, {settings::kFlat, "1.0", std::nullopt},
-        {settings::kFlat, "Error", std::nullopt}};
+    const std::vector<ReadRow<std::optional<bool>>> flats = {{settings::kFlat, "1", true},
+                                                             {settings::kFlat, "0", false},
+                                                             {settings::kFlat, "1.0", std::nullopt},
+                                                             {settings::kFlat, "Error", std::nullopt}};
     for (const auto& row : flats) {
         Profile p;
         store(p, row.name, row.stored);
@@ -139,9 +138,9 @@ TEST(ProfileSettings, writesTheStoredFormsByteForByte) {
     p.program.setInstalledGames({});
     p.program.setAssociate(true);
     const std::vector<std::pair<std::string_view, std::string>> expected = {
-        {settings::kAsPod, "0"},          {settings::kAsPlayer, "1"},   {settings::kAsMonster, "0"},
-        {settings::kAsChange, "0"},       {settings::kAsExit, "1"},     {settings::kConfigurator, "False"},
-        {settings::kLock, "2"},           {settings::kLeft, "-15"},     {settings::kTop, "0"},
+        {settings::kAsPod, "0"},    {settings::kAsPlayer, "1"}, {settings::kAsMonster, "0"},
+        {settings::kAsChange, "0"}, {settings::kAsExit, "1"},   {settings::kConfigurator, "False"},
+        {settings::kLock, "2"},     {settings::kLeft, "-15"},   {settings::kTop, "0"},
         {settings::kRecent, "|"},
     };
     for (const auto& [name, text] : expected)

@@ -152,7 +152,8 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     window.show();
     EXPECT_TRUE(pane->hasFinishedOpening());
     std::string repaired;
-    QObject::connect(pane, &ConfiguratorPane::gameFolderRepaired, [&](const std::string& folder) { repaired = folder; });
+    QObject::connect(pane, &ConfiguratorPane::gameFolderRepaired,
+                     [&](const std::string& folder) { repaired = folder; });
     f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     window.menus().fixRegistry()->trigger();
     EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
