@@ -1,3 +1,4 @@
+#include "../tracklist/loopback_http_server.h"
 #include "cli_run.h"
 
 #include <QLockFile>
@@ -138,6 +139,21 @@ TEST_F(FailedSave, aLockHeldByAnotherProgramIsNamedAsSuch) {
     EXPECT_TRUE(run.err.contains("locked by another program")) << run.err.toStdString();
     EXPECT_EQ(cli({"settings", "get", "Associate"}).status, 1); // not written
     EXPECT_EQ(cli({"settings", "set", "Associate", "1"}).status, 0);
+}
+
+TEST_F(FailedSave, aDownloadedTrackListThatCannotBeStoredIsNoSuccess) {
+    static int argc = 1;
+    static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
+    [[maybe_unused]] static const auto* app = new QCoreApplication(argc, argv); // serves the loopback server
+    korvel::testing::LoopbackHttpServer list("QXMTL$Rock & Roll|Race|r.zip");
+    const QByteArray before = read("registry.json");
+    limitFileSize(16);
+    const CliRun run = cli({"tracks", "update", "--url", list.url().toString()});
+    restore();
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_TRUE(run.err.contains("Cannot create the lock file")) << run.err.toStdString();
+    EXPECT_EQ(read("registry.json"), before);
 }
 
 #endif
