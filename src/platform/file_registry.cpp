@@ -18,29 +18,22 @@ namespace korvel {
 
 namespace {
 
-// Why a small file cannot be made in `folder` (the lock file could not be): the system's reason for
-// a file of the same size made and removed there.
-QString whyNoFileIn(const QString& folder) {
+// The system's reason why a file of `size` bytes cannot be made in `folder` (a probe made and
+// removed there); empty when it can be made now.
+QString whyNoFileIn(const QString& folder, size_t size) {
     const QString probePath =
-        folder + QStringLiteral("/.korvel-lock-probe-") + QString::number(QCoreApplication::applicationPid());
+        folder + QStringLiteral("/.korvel-probe-") + QString::number(QCoreApplication::applicationPid());
     const QByteArray name = QFile::encodeName(probePath);
-    QString reason;
     errno = 0;
-    if (std::FILE* probe = std::fopen(name.constData(), "wbx")) {
-        const char bytes[64] = {};
-        if (std::fwrite(bytes, 1, sizeof bytes, probe) != sizeof bytes || std::fflush(probe) != 0)
-            reason = QString::fromLocal8Bit(std::strerror(errno));
-        std::fclose(probe);
-        std::remove(name.constData());
-    } else {
-        reason = QString::fromLocal8Bit(std::strerror(errno));
-    }
-    if (reason.isEmpty() || errno == 0) {
-        const QStorageInfo volume(folder);
-        reason = volume.isValid() && volume.bytesAvailable() == 0 ? QStringLiteral("the disk is full")
-                                                                  : QStringLiteral("the system refused it");
-    }
-    return reason;
+    std::FILE* probe = std::fopen(name.constData(), "wbx");
+    if (!probe)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    const std::string bytes(size, ' ');
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), probe) == bytes.size() && std::fflush(probe) == 0;
+    const int error = errno;
+    std::fclose(probe);
+    std::remove(name.constData());
+    return written || error == 0 ? QString() : QString::fromLocal8Bit(std::strerror(error));
 }
 
 } // namespace
@@ -127,15 +120,25 @@ bool FileRegistry::lock(QLockFile& lock) {
     case QLockFile::UnknownError:
         break;
     }
-    recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.")
-                      .arg(lockPath, whyNoFileIn(folder)));
+    QString reason = whyNoFileIn(folder, 64);
+    if (reason.isEmpty()) {
+        const QStorageInfo volume(folder);
+        reason = volume.isValid() && volume.bytesAvailable() == 0 ? QStringLiteral("the disk is full")
+                                                                  : QStringLiteral("the system refused it");
+    }
+    recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.").arg(lockPath, reason));
     return false;
 }
 
 bool FileRegistry::save() {
-    const Status saved = writeFileAtomically(m_path, m_tree.serialize());
+    const QByteArray content = m_tree.serialize();
+    const Status saved = writeFileAtomically(m_path, content);
     if (!saved) {
-        recordFailure(saved.failure().message);
+        // The write's own message may not know the cause ("Unknown error" for a full disk).
+        const QString reason = whyNoFileIn(QFileInfo(m_path).absolutePath(), size_t(content.size()));
+        recordFailure(reason.isEmpty() ? saved.failure().message
+                                       : QStringLiteral("Could not save %1: %2. The old file was left unchanged.")
+                                             .arg(QDir::toNativeSeparators(m_path), reason));
         // What is in memory was not saved: go back to the file's content.
         m_loadedSize = -2;
         refresh();

@@ -94,7 +94,7 @@ TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) 
     const QFileDevice::Permissions readOnly = QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
     const std::vector<Obstacle> obstacles = {
         {"no room for the lock file", "Cannot create the lock file", true, [](FailedSave& f) { f.limitFileSize(16); }},
-        {"no room for the settings", "Could not save", false,
+        {"no room for the settings", "registry.json: File too large", false,
          [size](FailedSave& f) { f.limitFileSize(rlim_t(size) + 8); }},
         {"read-only folder", "Cannot create the lock file", true,
          [readOnly](FailedSave& f) {
