@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace korvel::cli {
 
@@ -109,6 +110,11 @@ int runProfiles(const QStringList& args) {
     const PathMap paths = PathMap::forHost();
     FileServices files(paths);
     Session session;
+    // Adding and removing read the list and write it back under one lock, in one save: a profile
+    // is added whole or not at all, and another program's change in between is not lost.
+    std::optional<SettingsStore::OneSave> together;
+    if (action != QLatin1String("list"))
+        together.emplace(settings.store);
     GameProfiles profiles(settings.store, files, settings.dialogs, session);
     profiles.open();
 
@@ -126,11 +132,9 @@ int runProfiles(const QStringList& args) {
                                                                       : GameProfiles::proposedName(exePath);
         if (name.empty())
             return usage(QStringLiteral("profiles: the profile needs a name (--name)."));
-        {
-            SettingsStore::OneSave together(settings.store);
-            profiles.addProfile(exePath, name);
-            profiles.saveList();
-        }
+        profiles.addProfile(exePath, name);
+        profiles.saveList();
+        together.reset();
         if (const int status = settings.saved(); status != kExitOk)
             return status;
         out() << "Added " << fromGameText(name) << ": " << fromGameText(exePath)
@@ -143,11 +147,9 @@ int runProfiles(const QStringList& args) {
     if (found == games.end())
         return refused(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
     profiles.select(int(found - games.begin()));
-    {
-        SettingsStore::OneSave together(settings.store);
-        profiles.Remove();
-        profiles.saveList();
-    }
+    profiles.Remove();
+    profiles.saveList();
+    together.reset();
     return settings.saved();
 }
 

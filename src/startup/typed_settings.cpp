@@ -102,14 +102,6 @@ const std::vector<ProfileRule>& profileRules() {
     return kRules;
 }
 
-const ProfileRule* ruleFor(std::string_view name) {
-    for (const ProfileRule& rule : profileRules()) {
-        if (rule.name == name)
-            return &rule;
-    }
-    return nullptr;
-}
-
 std::string fallbackText(const ProfileRule& rule, const std::string& location) {
     return rule.kind == ProfileRule::Fallback::Location ? location : std::string(rule.fallback);
 }
@@ -138,7 +130,12 @@ std::optional<std::vector<std::string>> ProgramSettings::installedGames() const 
     if (list == kError)
         return std::nullopt;
     // An empty text is a list without entries, not one entry without a name.
-    return list.empty() ? std::vector<std::string>() : splitText(list, kListSeparator);
+    std::vector<std::string> names;
+    for (std::string& name : list.empty() ? std::vector<std::string>() : splitText(list, kListSeparator)) {
+        if (name != kError)
+            names.push_back(std::move(name));
+    }
+    return names;
 }
 
 void ProgramSettings::setInstalledGames(const std::vector<std::string>& names) {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-// Typed access to the settings store. The store keeps every value as the text the old program
-// wrote ("0"/"1", "True"/"False", numbers as digits, "Error" for a failed read); this layer is the
-// one place that knows those texts. Each value has, side by side below:
+// Typed access to the settings store. The store keeps every value as text ("0"/"1",
+// "True"/"False", numbers as digits, "Error" for a failed read); this layer is the one place that
+// knows those texts. Each value has, side by side below:
 //   - the test start-up repairs it with, and the default it writes when the test fails, and
 //   - how the program reads it while running (the classic rules, which are more lenient than the
 //     test: a missing "Left" reads as 0, a missing "Screen" chooses no mode).
@@ -38,8 +38,6 @@ struct ProfileRule {
 
 // The profile values start-up validates, in the order it repairs them.
 const std::vector<ProfileRule>& profileRules();
-// The rule of a value; nullptr for a value start-up does not validate.
-const ProfileRule* ruleFor(std::string_view name);
 // The text that replaces a failing value of `rule` for a profile whose folder is `location`.
 std::string fallbackText(const ProfileRule& rule, const std::string& location);
 
@@ -124,10 +122,6 @@ public:
     std::vector<std::string> recent() const;
     void setRecent(const std::vector<std::string>& entries);
 
-    // A value's text as stored, for values without a typed form here.
-    std::string text(std::string_view name) const;
-    void setText(std::string_view name, const std::string& text);
-
     // Start-up's repair: every validated value that fails its test gets its default. `stored` are
     // the texts as read (indexed like profileRules()); `location` is the game folder.
     void repair(const std::vector<std::string>& stored, const std::string& location);
@@ -135,6 +129,8 @@ public:
     std::vector<std::string> readValidated() const;
 
 private:
+    std::string text(std::string_view name) const;
+    void setText(std::string_view name, const std::string& text);
     std::optional<std::string> path(std::string_view name) const;
     std::optional<double> number(std::string_view name) const;
 

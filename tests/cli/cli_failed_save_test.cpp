@@ -141,6 +141,32 @@ TEST_F(FailedSave, aLockHeldByAnotherProgramIsNamedAsSuch) {
     EXPECT_EQ(cli({"settings", "set", "Associate", "1"}).status, 0);
 }
 
+TEST_F(FailedSave, twoProfilesAddedAtOnceAreBothKept) {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("KORVEL_REGISTRY", path("registry.json"));
+    env.insert("KORVEL_DRIVES", "C=" + m_dir.path());
+    env.insert("WINEPREFIX", path("no-wine"));
+    QStringList expected{"MTM2"};
+    for (int round = 0; round < 12; ++round) {
+        std::vector<std::unique_ptr<QProcess>> adds;
+        for (const char* game : {"A", "B"}) {
+            const QString name = QStringLiteral("%1%2").arg(QLatin1String(game)).arg(round);
+            auto& process = adds.emplace_back(std::make_unique<QProcess>());
+            process->setProcessEnvironment(env);
+            process->start(QStringLiteral(KORVEL_CLI_PATH),
+                           {"profiles", "add", path("Games/Evo/4x4.exe"), "--name", name});
+            expected << name;
+        }
+        for (auto& process : adds)
+            ASSERT_TRUE(process->waitForFinished(20000) && process->exitCode() == 0)
+                << process->readAllStandardError().toStdString();
+    }
+    QStringList listed = cli({"profiles", "list"}).out.split('\n', Qt::SkipEmptyParts);
+    listed.sort();
+    expected.sort();
+    EXPECT_EQ(listed, expected);
+}
+
 TEST_F(FailedSave, aDownloadedTrackListThatCannotBeStoredIsNoSuccess) {
     static int argc = 1;
     static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
