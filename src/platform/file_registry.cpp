@@ -11,8 +11,6 @@
 #include <QStorageInfo>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 
 namespace korvel {
 
@@ -21,19 +19,17 @@ namespace {
 // The system's reason why a file of `size` bytes cannot be made in `folder` (a probe made and
 // removed there); empty when it can be made now.
 QString whyNoFileIn(const QString& folder, size_t size) {
-    const QString probePath =
-        folder + QStringLiteral("/.korvel-probe-") + QString::number(QCoreApplication::applicationPid());
-    const QByteArray name = QFile::encodeName(probePath);
+    QFile probe(folder + QStringLiteral("/.korvel-probe-") + QString::number(QCoreApplication::applicationPid()));
     errno = 0;
-    std::FILE* probe = std::fopen(name.constData(), "wbx");
-    if (!probe)
-        return QString::fromLocal8Bit(std::strerror(errno));
-    const std::string bytes(size, ' ');
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), probe) == bytes.size() && std::fflush(probe) == 0;
+    if (!probe.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return errno ? qt_error_string(errno) : probe.errorString();
+    const QByteArray bytes(qsizetype(size), ' ');
+    errno = 0;
+    const bool written = probe.write(bytes) == bytes.size();
     const int error = errno;
-    std::fclose(probe);
-    std::remove(name.constData());
-    return written || error == 0 ? QString() : QString::fromLocal8Bit(std::strerror(error));
+    probe.close();
+    probe.remove();
+    return written || error == 0 ? QString() : qt_error_string(error);
 }
 
 } // namespace
