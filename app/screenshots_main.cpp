@@ -92,7 +92,7 @@ int main(int argc, char** argv) {
     for (const auto& [mode, name] : modes) {
         if (mode == Mode::Configurator && !session.configurator)
             continue;
-        window.showMode(mode, QStringLiteral("0"));
+        window.showMode(mode, false);
         if (mode == Mode::Extractor) // a listed track archive
             window.findChild<korvel::ExtractorPane*>()->ListPOD(session.location + "\\", "TRAXX.POD");
         if (mode != Mode::Mounter) // the Mounter's picture keeps the information text

@@ -307,6 +307,10 @@ int runTracks(const QStringList& args) {
     const Result<std::string> stored = storeTrackListReply(store, reply);
     if (!stored)
         return refusedWith(stored.failure());
+    if (const std::optional<QString> failure = store.takeSaveFailure()) {
+        err() << *failure << '\n';
+        return kExitRefused;
+    }
     out() << kUpdateSucceededText << '\n';
     return kExitOk;
 }

@@ -12,6 +12,7 @@
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -168,7 +169,7 @@ int runMounter(const QStringList& args) {
     if (PathMap::isDriveRoot(session.location))
         session.location = session.location.substr(0, 2);
     session.mmpa = toGameText(parser.value(QStringLiteral("mmpa")));
-    session.asPod = session.asChange = "0"; // saved explicitly below
+    session.autosave = AutosaveSwitches(); // saved explicitly below
     session.shortGameFolder = ShortPath(files, std::string(), session.location, true) + "\\";
     if (parser.isSet(QStringLiteral("ini"))) {
         const std::optional<std::string> ini =
@@ -186,7 +187,7 @@ int runMounter(const QStringList& args) {
     Services services{paths, files, registry, dialogs, shell};
     SettingsStore settings(registry, dialogs);
     settings.CreateKey(settings::profileKey(kProfile));
-    settings.writeProfile(kProfile, settings::kExtraDirs, settings::kDefaultExtraDirs);
+    ProfileSettings(settings, kProfile).setExtraDirs({});
     Mounter mounter(session, settings, services);
     if (parser.isSet(QStringLiteral("extra-dirs"))) {
         std::vector<std::string> folders;

@@ -10,6 +10,7 @@
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -18,6 +19,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace korvel::cli {
 
@@ -28,10 +30,24 @@ struct Settings {
     std::unique_ptr<RegistryService> registry = createRegistry();
     StderrDialogs dialogs;
     SettingsStore store{*registry, dialogs};
+    QString reported;
+
+    // The exit status of a command that wrote settings: refused, with the reason, when a write
+    // could not be saved.
+    int saved() {
+        const std::optional<QString> failure = store.takeSaveFailure();
+        if (!failure)
+            return kExitOk;
+        reported = *failure;
+        err() << reported << '\n';
+        return kExitRefused;
+    }
 
     ~Settings() {
-        for (const QString& warning : registry->takeWarnings())
-            err() << warning << '\n';
+        for (const QString& warning : registry->takeWarnings()) {
+            if (warning != reported)
+                err() << warning << '\n';
+        }
     }
 };
 
@@ -94,6 +110,11 @@ int runProfiles(const QStringList& args) {
     const PathMap paths = PathMap::forHost();
     FileServices files(paths);
     Session session;
+    // Adding and removing read the list and write it back under one lock, in one save: a profile
+    // is added whole or not at all, and another program's change in between is not lost.
+    std::optional<SettingsStore::OneSave> together;
+    if (action != QLatin1String("list"))
+        together.emplace(settings.store);
     GameProfiles profiles(settings.store, files, settings.dialogs, session);
     profiles.open();
 
@@ -113,6 +134,9 @@ int runProfiles(const QStringList& args) {
             return usage(QStringLiteral("profiles: the profile needs a name (--name)."));
         profiles.addProfile(exePath, name);
         profiles.saveList();
+        together.reset();
+        if (const int status = settings.saved(); status != kExitOk)
+            return status;
         out() << "Added " << fromGameText(name) << ": " << fromGameText(exePath)
               << (isMonsterTruckMadness2Name(name) ? " (Configurator on)" : "") << '\n';
         return kExitOk;
@@ -125,7 +149,8 @@ int runProfiles(const QStringList& args) {
     profiles.select(int(found - games.begin()));
     profiles.Remove();
     profiles.saveList();
-    return kExitOk;
+    together.reset();
+    return settings.saved();
 }
 
 // ---- settings ----
@@ -169,9 +194,12 @@ int runSettings(const QStringList& args) {
     Settings settings;
     const std::string key = forProfile ? settings::profileKey(toGameText(profile)) : std::string(settings::kProgramKey);
     if (action == QLatin1String("set")) {
-        settings.store.CreateKey(key);
-        settings.store.WriteValue(key, toGameText(positional[1]), toGameText(positional[2]));
-        return kExitOk;
+        {
+            SettingsStore::OneSave together(settings.store);
+            settings.store.CreateKey(key);
+            settings.store.WriteValue(key, toGameText(positional[1]), toGameText(positional[2]));
+        }
+        return settings.saved();
     }
     const SettingsStore::KeyPath path = settings.store.ParseKeyPath(key);
     if (!settings.registry->keyExists(path.root, path.subkey))
@@ -221,16 +249,22 @@ int runAssociate(const QStringList& args) {
     }
     Settings settings;
     const PathMap paths = PathMap::forHost();
-    settings.store.CreateKey(std::string(settings::kProgramKey));
-    settings.store.writeProgram(settings::kAssociate, on ? "1" : "0");
     FileAssociation association(settings.store, paths, options);
-    if (on) {
-        association.Register();
-        out() << "Opening .pod archives with " << QDir::toNativeSeparators(options.programPath) << '\n';
-    } else {
-        association.Unregister();
-        out() << "Korvel no longer opens .pod archives\n";
+    {
+        SettingsStore::OneSave together(settings.store);
+        settings.store.CreateKey(std::string(settings::kProgramKey));
+        ProgramSettings(settings.store).setAssociate(on);
+        if (on)
+            association.Register();
+        else
+            association.Unregister();
     }
+    if (const int status = settings.saved(); status != kExitOk)
+        return status;
+    if (on)
+        out() << "Opening .pod archives with " << QDir::toNativeSeparators(options.programPath) << '\n';
+    else
+        out() << "Korvel no longer opens .pod archives\n";
     return kExitOk;
 }
 

@@ -11,6 +11,7 @@
 #include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/settings_names.h"
+#include "startup/typed_settings.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
 #include "startup/version_text.h"
@@ -84,6 +85,9 @@ void KorvelApplication::createPanes() {
         const TrackSite site = TrackSite::fromEnvironment();
         parts.configurator = new ConfiguratorPane(m_session, m_store, m_services);
         parts.configurator->setDownloadAddress(site.siteRoot);
+        // The registry repair is the one change a running session takes; the application owns it.
+        connect(parts.configurator, &ConfiguratorPane::gameFolderRepaired, this,
+                [this](const std::string& folder) { m_session.location = folder; });
         window.installPane(ui::Mode::Configurator, parts.configurator);
         ui::MainMenus& menus = window.menus();
         parts.tracks = new TracksMenu(*menus.tracksMenu(), *menus.trackListEntry(), *menus.tracksSeparator(),
@@ -152,7 +156,7 @@ void KorvelApplication::runOpenSequence() {
     } else {
         window.showStartMode();
     }
-    parts.mounter->restoreSplitter(window.storedNumber(settings::kSlider));
+    parts.mounter->restoreSplitter(window.profileSettings().slider());
 }
 
 // Closing the window: refused while the Extractor is busy or while the mounted list's changes are

@@ -47,7 +47,7 @@ public:
     void switchGame();
 
     ui::MainWindow* window() const;
-    Session& session() { return m_session; }
+    const Session& session() const { return m_session; }
     int exitCode() const { return m_exitCode; }
 
 signals:

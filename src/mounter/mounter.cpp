@@ -4,7 +4,7 @@
 #include "platform/game_text.h"
 #include "platform/short_path.h"
 #include "pod_ini.h"
-#include "startup/settings_names.h"
+#include "startup/typed_settings.h"
 #include "unmounted_scan.h"
 
 #include <algorithm>
@@ -102,7 +102,7 @@ Mounter::Outcome Mounter::withCounter() {
 std::string Mounter::extraDirs() {
     if (m_extraDirsOverride)
         return *m_extraDirsOverride;
-    return m_settings.readProfile(m_session.currentGame, settings::kExtraDirs);
+    return ProfileSettings(m_settings, m_session.currentGame).extraDirsText();
 }
 
 Mounter::Outcome Mounter::ScanUnmounted() {
@@ -148,8 +148,9 @@ Mounter::Outcome Mounter::MountBrowsed() {
     request.multiSelect = true;
     request.filters = {{QStringLiteral("POD Files (*.pod)"), QStringLiteral("*.pod")},
                        {QStringLiteral("All Files (*.*)"), QStringLiteral("*.*")}};
-    if (m_settings.readProfile(m_session.currentGame, settings::kBrowse) != "0")
-        request.startFolder = m_settings.readProfile(m_session.currentGame, settings::kBrowseDir);
+    const ProfileSettings profile(m_settings, m_session.currentGame);
+    if (profile.browse())
+        request.startFolder = profile.browseDir();
     else
         request.startFolder = m_session.location;
     const std::vector<std::string> chosen = m_services.dialogs.openFiles(request);
@@ -323,7 +324,7 @@ Mounter::Outcome Mounter::dropRows(Rows mountedRows, int dropRow) {
 }
 
 void Mounter::saveSplitterTop(int top) {
-    m_settings.writeProfile(m_session.currentGame, settings::kSlider, std::to_string(top));
+    ProfileSettings(m_settings, m_session.currentGame).setSlider(top);
 }
 
 } // namespace korvel

@@ -123,7 +123,7 @@ signals:
     void counterChanged(const QString& text, int bar);
 
 private:
-    bool autosaveOnChange() const { return m_session.autosaveOnChange(m_session.asPod); }
+    bool autosaveOnChange() const { return m_session.autosave.podOnChange(); }
     void showCounter();
     Status saveIfAutosave();
     std::string extraDirs();

@@ -2,13 +2,37 @@
 
 #include "file_services.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QStandardPaths>
+#include <QStorageInfo>
+
+#include <cerrno>
 
 namespace korvel {
+
+namespace {
+
+// The system's reason why a file of `size` bytes cannot be made in `folder` (a probe made and
+// removed there); empty when it can be made now.
+QString whyNoFileIn(const QString& folder, size_t size) {
+    QFile probe(folder + QStringLiteral("/.korvel-probe-") + QString::number(QCoreApplication::applicationPid()));
+    errno = 0;
+    if (!probe.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return errno ? qt_error_string(errno) : probe.errorString();
+    const QByteArray bytes(qsizetype(size), ' ');
+    errno = 0;
+    const bool written = probe.write(bytes) == bytes.size();
+    const int error = errno;
+    probe.close();
+    probe.remove();
+    return written || error == 0 ? QString() : qt_error_string(error);
+}
+
+} // namespace
 
 FileRegistry::FileRegistry(QString filePath) : m_path(std::move(filePath)) { refresh(); }
 
@@ -23,6 +47,8 @@ QString FileRegistry::defaultPath() {
 }
 
 void FileRegistry::refresh() {
+    if (m_groupLock)
+        return; // the lock is held: nobody else changes the file, and unsaved changes stay
     QFileInfo info(m_path);
     if (!info.exists()) {
         if (m_loadedSize != -1)
@@ -54,29 +80,117 @@ void FileRegistry::refresh() {
     m_loadedSize = info.size();
 }
 
-template <typename Change> bool FileRegistry::change(Change&& apply) {
-    QDir().mkpath(QFileInfo(m_path).absolutePath());
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    lock.setStaleLockTime(10000);
-    if (!lock.tryLock(5000)) {
-        m_warnings << QStringLiteral("The settings file %1 is locked by another program; a setting was not saved.")
-                          .arg(QDir::toNativeSeparators(m_path));
+void FileRegistry::recordFailure(const QString& reason) {
+    m_warnings << reason;
+    if (!m_saveFailure)
+        m_saveFailure = reason;
+}
+
+bool FileRegistry::lock(QLockFile& lock) {
+    const QString folder = QFileInfo(m_path).absolutePath();
+    if (!QDir().mkpath(folder)) {
+        recordFailure(QStringLiteral("Cannot create the folder %1 for the settings file; a setting was not saved.")
+                          .arg(QDir::toNativeSeparators(folder)));
         return false;
     }
-    // Force a re-read: another instance may have written within the same timestamp tick.
-    m_loadedSize = -2;
-    refresh();
-    if (!apply(m_tree))
+    lock.setStaleLockTime(10000);
+    if (lock.tryLock(5000))
+        return true;
+    const QString lockPath = QDir::toNativeSeparators(m_path + QStringLiteral(".lock"));
+    switch (lock.error()) {
+    case QLockFile::LockFailedError: {
+        qint64 pid = 0;
+        QString host, application;
+        const QString holder = lock.getLockInfo(&pid, &host, &application)
+                                   ? QStringLiteral(" (process %1 %2)").arg(pid).arg(application)
+                                   : QString();
+        recordFailure(QStringLiteral("The settings file %1 is locked by another program%2; a setting was not saved.")
+                          .arg(QDir::toNativeSeparators(m_path), holder));
         return false;
-    const Status saved = writeFileAtomically(m_path, m_tree.serialize());
+    }
+    case QLockFile::PermissionError:
+        recordFailure(QStringLiteral("Cannot create the lock file %1: permission denied; a setting was not saved.")
+                          .arg(lockPath));
+        return false;
+    case QLockFile::NoError:
+    case QLockFile::UnknownError:
+        break;
+    }
+    QString reason = whyNoFileIn(folder, 64);
+    if (reason.isEmpty()) {
+        const QStorageInfo volume(folder);
+        reason = volume.isValid() && volume.bytesAvailable() == 0 ? QStringLiteral("the disk is full")
+                                                                  : QStringLiteral("the system refused it");
+    }
+    recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.").arg(lockPath, reason));
+    return false;
+}
+
+bool FileRegistry::save() {
+    const QByteArray content = m_tree.serialize();
+    const Status saved = writeFileAtomically(m_path, content);
     if (!saved) {
-        m_warnings << saved.failure().message;
+        // The write's own message may not know the cause ("Unknown error" for a full disk).
+        const QString reason = whyNoFileIn(QFileInfo(m_path).absolutePath(), size_t(content.size()));
+        recordFailure(reason.isEmpty() ? saved.failure().message
+                                       : QStringLiteral("Could not save %1: %2. The old file was left unchanged.")
+                                             .arg(QDir::toNativeSeparators(m_path), reason));
+        // What is in memory was not saved: go back to the file's content.
+        m_loadedSize = -2;
+        refresh();
         return false;
     }
     QFileInfo info(m_path);
     m_loadedModified = info.lastModified();
     m_loadedSize = info.size();
     return true;
+}
+
+template <typename Change> bool FileRegistry::change(Change&& apply) {
+    if (m_groupDepth > 0) {
+        if (m_groupFailed || !apply(m_tree))
+            return false;
+        m_groupChanged = true;
+        return true;
+    }
+    QLockFile lockFile(m_path + QStringLiteral(".lock"));
+    if (!lock(lockFile))
+        return false;
+    // Force a re-read: another instance may have written within the same timestamp tick.
+    m_loadedSize = -2;
+    refresh();
+    if (!apply(m_tree))
+        return false;
+    return save();
+}
+
+void FileRegistry::beginChanges() {
+    if (m_groupDepth++ > 0)
+        return;
+    m_groupChanged = false;
+    auto held = std::make_unique<QLockFile>(m_path + QStringLiteral(".lock"));
+    m_groupFailed = !lock(*held);
+    if (m_groupFailed)
+        return;
+    m_loadedSize = -2;
+    refresh();
+    m_groupLock = std::move(held);
+}
+
+bool FileRegistry::endChanges() {
+    if (m_groupDepth == 0 || --m_groupDepth > 0)
+        return !m_groupFailed;
+    const std::unique_ptr<QLockFile> held = std::move(m_groupLock); // released once saved
+    const bool saved = !m_groupFailed && (!m_groupChanged || save());
+    m_groupFailed = false;
+    m_groupChanged = false;
+    return saved;
+}
+
+std::optional<QString> FileRegistry::takeSaveFailure() {
+    std::optional<QString> failure;
+    failure.swap(m_saveFailure);
+    return failure;
 }
 
 bool FileRegistry::keyExists(RegistryRoot root, const std::string& subkey) {

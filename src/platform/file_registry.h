@@ -3,7 +3,10 @@
 #include "registry_tree.h"
 
 #include <QDateTime>
+#include <QLockFile>
 #include <QString>
+
+#include <memory>
 
 namespace korvel {
 
@@ -12,7 +15,8 @@ namespace korvel {
 // Every change is made under a lock file (so two running instances never lose each other's
 // writes), on the file's latest content (re-read when another process changed it), and saved
 // through a temporary file and an atomic replace. A damaged file is never overwritten: it is kept
-// aside under a new name and reported once through takeWarnings().
+// aside under a new name and reported once through takeWarnings(). A change that cannot be saved
+// leaves the file as it was and its reason in takeSaveFailure().
 class FileRegistry : public RegistryService {
 public:
     explicit FileRegistry(QString filePath);
@@ -30,16 +34,30 @@ public:
     bool writeValue(RegistryRoot root, const std::string& subkey, const std::string& name,
                     const std::string& data) override;
     QStringList takeWarnings() override;
+    std::optional<QString> takeSaveFailure() override;
+    void beginChanges() override;
+    bool endChanges() override;
 
 private:
     void refresh();
     template <typename Change> bool change(Change&& apply);
+    // Takes the lock beside the file; false (the reason recorded) when it cannot be had.
+    bool lock(QLockFile& lock);
+    bool save();
+    void recordFailure(const QString& reason);
 
     QString m_path;
     RegistryTree m_tree;
     QDateTime m_loadedModified;
     qint64 m_loadedSize = -1;
     QStringList m_warnings;
+    std::optional<QString> m_saveFailure;
+
+    // An open group of changes: the lock held throughout, the changes kept in memory until the end.
+    std::unique_ptr<QLockFile> m_groupLock;
+    int m_groupDepth = 0;
+    bool m_groupChanged = false;
+    bool m_groupFailed = false;
 };
 
 } // namespace korvel

@@ -41,6 +41,16 @@ public:
 
     // Problems met that the user should hear about once (a damaged settings file kept aside...).
     virtual QStringList takeWarnings() { return {}; }
+
+    // The reason the first change since the last call could not be saved (a full disk, a file or
+    // folder that cannot be written, a lock held by another program); nullopt when every change
+    // was saved.
+    virtual std::optional<QString> takeSaveFailure() { return std::nullopt; }
+
+    // Changes made between these two calls are saved together, or not at all. Calls nest; the
+    // outermost end saves. endChanges() is false when the changes could not be saved.
+    virtual void beginChanges() {}
+    virtual bool endChanges() { return true; }
 };
 
 QString rootName(RegistryRoot root);

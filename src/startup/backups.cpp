@@ -45,22 +45,21 @@ std::vector<GameRegistryEntry> gameRegistryEntries(const std::string& folder) {
     };
 }
 
-bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session) {
+std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, const std::string& location) {
     OpenFileRequest request;
     request.title = QStringLiteral("Find your MTM2 directory");
-    request.startFolder = session.location;
+    request.startFolder = location;
     request.filters = {{QStringLiteral("MTM2 Executable (monster.exe)"), QStringLiteral("monster.exe")},
                        {QStringLiteral("All Files (*.*)"), QStringLiteral("*.*")}};
     const std::vector<std::string> chosen = dialogs.openFiles(request);
     if (chosen.empty() || chosen.front().empty())
-        return false;
+        return std::nullopt;
     const std::string folder = withoutTrailingBackslash(FolderOf(chosen.front()));
-    session.location = folder;
     store.CreateKey(kGameKey);
     store.CreateKey(kLobbyKey);
     for (const GameRegistryEntry& entry : gameRegistryEntries(folder))
         store.WriteValue(entry.key, entry.value, entry.text);
-    return true;
+    return folder;
 }
 
 } // namespace korvel

@@ -2,10 +2,11 @@
 
 #include "platform/dialogs.h"
 #include "platform/file_services.h"
-#include "session.h"
 #include "settings_store.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace korvel {
 
@@ -23,8 +24,9 @@ struct GameRegistryEntry {
 };
 std::vector<GameRegistryEntry> gameRegistryEntries(const std::string& folder);
 
-// Asks for the game's executable and writes the game's registry entries for its folder, which also
-// becomes the session's game folder until the program ends. False when the user cancelled.
-bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session);
+// Asks for the game's executable (starting in `location`, the game folder) and writes the game's
+// registry entries for its folder. Returns that folder, which the session's owner makes the game
+// folder until the program ends; nullopt when the user cancelled.
+std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, const std::string& location);
 
 } // namespace korvel

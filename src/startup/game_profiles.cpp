@@ -3,6 +3,7 @@
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "settings_names.h"
+#include "typed_settings.h"
 
 namespace korvel {
 
@@ -29,13 +30,7 @@ GameProfiles::GameProfiles(SettingsStore& store, const FileServices& files, Dial
     : m_store(store), m_files(files), m_dialogs(dialogs), m_session(session) {}
 
 void GameProfiles::open() {
-    m_games.clear();
-    const std::string list = m_store.readProgram(settings::kInstalledGames);
-    // An empty text is a list without entries, not one entry without a name.
-    for (std::string& name : list.empty() ? std::vector<std::string>() : splitText(list, settings::kListSeparator)) {
-        if (name != settings::kError)
-            m_games.push_back(std::move(name));
-    }
+    m_games = ProgramSettings(m_store).installedGames().value_or(std::vector<std::string>());
     m_selected = m_games.empty() ? -1 : 0;
     m_loadEnabled = !m_games.empty();
     m_state = State::Open;
@@ -94,22 +89,17 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
 }
 
 void GameProfiles::addProfile(const std::string& exePath, const std::string& name) {
-    const std::string location = locationOf(exePath);
+    SettingsStore::OneSave together(m_store);
     m_store.CreateKey(settings::profileKey(name));
     m_games.push_back(name);
     if (m_selected < 0)
         m_selected = 0;
-    m_store.writeProfile(name, settings::kLocation, location);
-    m_store.writeProfile(name, settings::kLocationIni, location + "\\POD.INI");
-    m_store.writeProfile(name, settings::kLocationExe, exePath);
-    m_store.writeProfile(name, settings::kMmpa, std::string(settings::kDefaultMmpa));
-    m_store.writeProfile(name, settings::kConfigurator, isMonsterTruckMadness2Name(name) ? "True" : "False");
+    ProfileSettings(m_store, name).addProfile(locationOf(exePath), exePath, isMonsterTruckMadness2Name(name));
     m_loadEnabled = true;
 }
 
 void GameProfiles::saveList() {
-    m_store.writeProgram(settings::kInstalledGames,
-                         m_games.empty() ? std::string(settings::kError) : joinText(m_games, settings::kListSeparator));
+    ProgramSettings(m_store).setInstalledGames(m_games);
 }
 
 bool GameProfiles::Load() {

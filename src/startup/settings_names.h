@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-// Every value name the program keeps in its settings store, with its default, in one place.
+// Every value name the program keeps in its settings store, in one place.
 namespace korvel::settings {
 
 inline constexpr std::string_view kProgramKey = "HKEY_CURRENT_USER\\Software\\Dunmere\\Korvel";
@@ -46,20 +46,10 @@ inline constexpr std::string_view kTop = "Top";
 inline constexpr std::string_view kRecent = "Recent";
 inline constexpr std::string_view kFirstRun = "FirstRun";
 
-// Defaults written by start-up when a stored value fails its test.
-inline constexpr std::string_view kDefaultAssociate = "0";
-inline constexpr std::string_view kDefaultLogo = "1";
-inline constexpr std::string_view kDefaultScreen = "M";
-inline constexpr std::string_view kDefaultSlider = "3060";
-inline constexpr std::string_view kDefaultOff = "0"; // AS-*, Flat, Lock, Browse
-inline constexpr std::string_view kDefaultSlide = "1";
-inline constexpr std::string_view kDefaultAutosort = "1";
-inline const std::string kDefaultExtraDirs(1, '\0'); // an empty list
-inline constexpr std::string_view kDefaultLeft = "915";
-inline constexpr std::string_view kDefaultTop = "1200";
-inline constexpr std::string_view kDefaultMmpa = "99";
+// The stored form of an empty folder list ("ExtraDirs"): one NUL character.
+inline const std::string kDefaultExtraDirs(1, '\0');
 
-inline constexpr int kSliderMin = 740;
-inline constexpr int kSliderMax = 5380;
+// The defaults, the tests start-up keeps these values valid with, and how the program reads them
+// are in typed_settings.h.
 
 } // namespace korvel::settings

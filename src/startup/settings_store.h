@@ -3,6 +3,7 @@
 #include "platform/dialogs.h"
 #include "platform/registry_service.h"
 
+#include <optional>
 #include <string>
 
 namespace korvel {
@@ -41,11 +42,40 @@ public:
 
     RegistryService& registry() { return m_registry; }
 
+    // Whether the writes since the last call were all saved: the reason of the first one that was
+    // not. The desktop follows the classic rule and says nothing; the command line reports it.
+    std::optional<QString> takeSaveFailure() { return m_registry.takeSaveFailure(); }
+
+    // Writes made while one of these lives are saved together when it ends (or by finish()):
+    // a profile is added whole or not at all.
+    class OneSave {
+    public:
+        explicit OneSave(SettingsStore& store) : m_registry(store.m_registry) { m_registry.beginChanges(); }
+        ~OneSave() { finish(); }
+        OneSave(const OneSave&) = delete;
+        OneSave& operator=(const OneSave&) = delete;
+        // Saves now; false when the changes could not be saved.
+        bool finish() {
+            if (m_done)
+                return m_saved;
+            m_done = true;
+            m_saved = m_registry.endChanges();
+            return m_saved;
+        }
+
+    private:
+        RegistryService& m_registry;
+        bool m_done = false;
+        bool m_saved = false;
+    };
+
     static constexpr size_t kValueBuffer = 2550;
 
 private:
     RegistryService& m_registry;
     Dialogs& m_dialogs;
+    // The root of the latest well-formed path: a malformed path is looked up under it, so that
+    // the operation that follows fails at the registry rather than somewhere unexpected.
     RegistryRoot m_lastRoot = RegistryRoot::None;
 };
 

@@ -6,48 +6,17 @@
 #include "platform/game_text.h"
 #include "platform/short_path.h"
 #include "settings_names.h"
+#include "typed_settings.h"
 
 #include <QByteArray>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
-#include <initializer_list>
-#include <map>
 #include <optional>
 
 namespace korvel {
 
-namespace {
-
 using namespace settings;
-
-// The whole text as a number; nullopt for anything else ("Error", "", "12abc").
-std::optional<double> numberOf(const std::string& text) {
-    const QByteArray trimmed = QByteArray::fromStdString(text).trimmed();
-    bool ok = false;
-    const double value = trimmed.toDouble(&ok);
-    if (!ok || trimmed.isEmpty() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
-bool isOneOf(const std::string& text, std::initializer_list<std::string_view> allowed) {
-    for (std::string_view candidate : allowed) {
-        if (text == candidate)
-            return true;
-    }
-    return false;
-}
-
-// The profile values start-up reads, in the order it reads them.
-constexpr std::string_view kProfileValues[] = {kLogo,     kScreen,      kSlider,      kAsPod, kAsPlayer,    kAsMonster,
-                                               kAsChange, kAsExit,      kFlat,        kSlide, kAutosort,    kLock,
-                                               kBrowse,   kBrowseDir,   kExtraDirs,   kLeft,  kTop,         kFirstRun,
-                                               kLocation, kLocationIni, kLocationExe, kMmpa,  kConfigurator};
-
-} // namespace
 
 std::string requestFromArguments(const QStringList& arguments, const PathMap& paths) {
     if (arguments.isEmpty())
@@ -81,9 +50,9 @@ void Startup::terminateWith(const QString& text) {
     m_services.dialogs.message(QStringLiteral("Unexpected Error"), text, MessageIcon::Critical);
 }
 
-bool Startup::chooseProfile(std::string request, const std::string& list) {
-    const bool noList = list == kError;
-    const std::vector<std::string> names = noList ? std::vector<std::string>() : splitText(list, kListSeparator);
+bool Startup::chooseProfile(std::string request, const std::optional<std::vector<std::string>>& list) {
+    const bool noList = !list;
+    const std::vector<std::string> names = list.value_or(std::vector<std::string>());
 
     if (request.find('"') != std::string::npos) {
         request.erase(std::remove(request.begin(), request.end(), '"'), request.end());
@@ -130,104 +99,83 @@ bool Startup::chooseProfile(std::string request, const std::string& list) {
     return logic.state() == GameProfiles::State::Loaded;
 }
 
-void Startup::readProfileValues() {
-    const std::string& game = m_session.currentGame;
-    m_session.location = m_store.readProfile(game, kLocation);
-    m_session.locationIni = m_store.readProfile(game, kLocationIni);
-    m_session.locationExe = m_store.readProfile(game, kLocationExe);
-    m_session.mmpa = m_store.readProfile(game, kMmpa);
-    m_session.configurator = m_store.readProfile(game, kConfigurator) == "True";
+bool Startup::readProfileValues() {
+    const ProfileSettings profile(m_store, m_session.currentGame);
+    const std::optional<std::string> location = profile.location();
+    const std::optional<std::string> ini = profile.locationIni();
+    const std::optional<std::string> exe = profile.locationExe();
+    const std::optional<std::string> mmpa = profile.mmpa();
+    m_session.location = location.value_or(std::string());
+    m_session.locationIni = ini.value_or(std::string());
+    m_session.locationExe = exe.value_or(std::string());
+    m_session.mmpa = mmpa.value_or(std::string());
+    m_session.configurator = profile.configurator();
+    return location && ini && exe && mmpa;
 }
 
 StartupResult Startup::Main(const std::string& commandLine) {
-    // 1-2. The command line counts on the first entry only; the version text marks that entry.
+    // The command line counts on the first entry only; the version text marks that entry.
     std::string request = m_session.versionText.empty() ? commandLine : std::string();
     m_session.versionText = VersionText(m_version);
 
-    // 3-5. The profile.
-    const std::string list = m_store.readProgram(kInstalledGames);
-    if (request.empty() && m_session.currentGame.empty() && list != kError &&
-        list.find(kListSeparator) == std::string::npos)
-        request = list;
+    // The profile: named on the command line, the only one there is, or chosen in the dialog.
+    ProgramSettings program(m_store);
+    const std::optional<std::vector<std::string>> list = program.installedGames();
+    if (request.empty() && m_session.currentGame.empty() && list && list->size() == 1)
+        request = list->front();
     if (!chooseProfile(request, list))
         return StartupResult::Terminate;
     const std::string game = m_session.currentGame;
 
-    // 6. Keys.
+    // Values are written only into existing keys.
     m_store.CreateKey(std::string(kProgramKey));
     m_store.CreateKey(profileKey(game));
 
-    // 7. Reading.
-    const std::string associate = m_store.readProgram(kAssociate);
-    const std::string trackList = m_store.readProgram(kTrackList);
-    std::map<std::string_view, std::string> values;
-    for (std::string_view name : kProfileValues)
-        values[name] = m_store.readProfile(game, name);
-    readProfileValues();
-    m_session.asPod = values[kAsPod];
-    m_session.asPlayer = values[kAsPlayer];
-    m_session.asMonster = values[kAsMonster];
-    m_session.asChange = values[kAsChange];
-    m_session.asExit = values[kAsExit];
+    ProfileSettings profile(m_store, game);
+    const std::optional<bool> associate = program.associateChoice();
+    const bool hasTrackList = program.trackList().has_value();
+    const std::vector<std::string> stored = profile.readValidated();
+    const bool firstRun = profile.firstRun();
+    bool complete = readProfileValues();
+    m_session.autosave = profile.autosave();
 
-    // 8. The game's files.
+    // The game moved or was removed: ask for its executable again.
     if (!m_services.files.FileExists(m_session.locationIni) || !m_services.files.FileExists(m_session.locationExe)) {
         GameProfiles relocate(m_store, m_services.files, m_services.dialogs, m_session);
         if (relocate.AddGame(true) == GameProfiles::AddOutcome::Terminate)
             return StartupResult::Terminate;
-        readProfileValues();
+        complete = readProfileValues();
     }
 
-    // 9.
+    // Archive paths are stored short and relative to this folder.
     m_session.shortGameFolder = ShortPath(m_services.files, std::string(), m_session.location, true) + "\\";
 
-    // 10. The association.
-    if (associate == "0")
-        m_association.Unregister();
-    else if (associate == "1")
+    // The association follows the stored choice at every start; an unreadable choice becomes "off"
+    // and takes effect from the next start.
+    if (!associate)
+        program.setAssociate(false);
+    else if (*associate)
         m_association.Register();
     else
-        m_store.writeProgram(kAssociate, std::string(kDefaultAssociate));
+        m_association.Unregister();
 
-    // 11. The track list.
-    if (trackList == kError)
-        m_store.writeProgram(kTrackList, std::string(kDefaultTrackList));
+    if (!hasTrackList)
+        program.setTrackList(std::string(kDefaultTrackList));
 
-    // 12. Validation: only the store is repaired; the values held stay as read.
-    const auto check = [&](std::string_view name, bool passes, std::string_view fallback) {
-        if (!passes)
-            m_store.writeProfile(game, name, std::string(fallback));
-    };
-    const auto inRange = [](const std::string& text, double low, double high) {
-        const std::optional<double> number = numberOf(text);
-        return number && *number >= low && *number <= high;
-    };
-    check(kLogo, isOneOf(values[kLogo], {"1", "2", "3"}), kDefaultLogo);
-    check(kScreen, isOneOf(values[kScreen], {"C", "E", "M"}), kDefaultScreen);
-    check(kSlider, inRange(values[kSlider], kSliderMin, kSliderMax), kDefaultSlider);
-    for (std::string_view name : {kAsPod, kAsPlayer, kAsMonster, kAsChange, kAsExit, kFlat, kBrowse})
-        check(name, isOneOf(values[name], {"0", "1"}), kDefaultOff);
-    check(kSlide, isOneOf(values[kSlide], {"0", "1"}), kDefaultSlide);
-    check(kAutosort, isOneOf(values[kAutosort], {"0", "1"}), kDefaultAutosort);
-    check(kLock, isOneOf(values[kLock], {"0", "1", "2", "3"}), kDefaultOff);
-    check(kBrowseDir, values[kBrowseDir] != kError, m_session.location);
-    check(kExtraDirs, values[kExtraDirs] != kError, kDefaultExtraDirs);
-    check(kLeft, inRange(values[kLeft], 0, HUGE_VAL), kDefaultLeft);
-    check(kTop, inRange(values[kTop], 0, HUGE_VAL), kDefaultTop);
+    // Only the store is repaired: the values held stay as read, so the autosave switches of a very
+    // first start are off until the next start.
+    profile.repair(stored, m_session.location);
 
-    // 13. Profile integrity.
-    for (const std::string* field :
-         {&m_session.location, &m_session.locationIni, &m_session.locationExe, &m_session.mmpa}) {
-        if (*field == kError) {
-            terminateWith(QStringLiteral("Sorry, but your Korvel game configuration data has been corrupted. Fear not, "
-                                         "though -- to recover, all you need to do is reload Korvel, remove ") +
-                          fromGameText(game) + QStringLiteral(" from the Game Profiles list, and re-add it."));
-            return StartupResult::Terminate;
-        }
+    // A profile without its folder, files or counter cannot be used; the user re-adds it.
+    if (!complete) {
+        terminateWith(QStringLiteral("Sorry, but your Korvel game configuration data has been corrupted. Fear not, "
+                                     "though -- to recover, all you need to do is reload Korvel, remove ") +
+                      fromGameText(game) + QStringLiteral(" from the Game Profiles list, and re-add it."));
+        return StartupResult::Terminate;
     }
 
-    // 14. First run of the profile.
-    if (values[kFirstRun] != "0") {
+    // The first start of a profile backs up the game's files before anything can change them.
+    if (firstRun) {
         MakeBackups(m_services.files, m_services.dialogs, m_session.location);
         m_services.dialogs.message(
             QStringLiteral("Reminder"),
@@ -236,10 +184,9 @@ StartupResult Startup::Main(const std::string& commandLine) {
                 "fit for as long as you want, you are encouraged to donate to the cause. Please refer to the "
                 "Help>About menu for information on how to donate!"),
             MessageIcon::Exclamation);
-        m_store.writeProfile(game, kFirstRun, "0");
+        profile.setFirstRunDone();
     }
 
-    // 15.
     return StartupResult::ShowMainWindow;
 }
 

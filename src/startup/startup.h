@@ -9,7 +9,9 @@
 
 #include <QStringList>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace korvel {
 
@@ -48,9 +50,9 @@ public:
     StartupResult switchGame();
 
 private:
-    bool chooseProfile(std::string request, const std::string& list);
-    void readProfileValues();
-    void validateSettings(const std::string& profile);
+    bool chooseProfile(std::string request, const std::optional<std::vector<std::string>>& list);
+    // The loaded profile's own values into the session; false when one of them cannot be read.
+    bool readProfileValues();
     void terminateWith(const QString& text);
 
     Services& m_services;

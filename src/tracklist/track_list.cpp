@@ -4,6 +4,7 @@
 #include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 namespace korvel {
 
@@ -42,8 +43,7 @@ TrackMenu LoadTrackList(std::string_view value) {
 }
 
 std::string readTrackList(SettingsStore& store) {
-    std::string value = store.readProgram(settings::kTrackList);
-    return value == settings::kError ? std::string() : value;
+    return ProgramSettings(store).trackList().value_or(std::string());
 }
 
 std::string storedOrDefaultTrackList(SettingsStore& store) {

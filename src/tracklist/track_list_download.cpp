@@ -1,8 +1,8 @@
 #include "track_list_download.h"
 
 #include "platform/dialogs.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 #include "track_list.h"
 
 #include <QEventLoop>
@@ -107,7 +107,7 @@ Result<std::string> storeTrackListReply(SettingsStore& store, const TrackListRep
         list = trackListFromReply(std::string_view(reply.body.constData(), static_cast<size_t>(reply.body.size())));
     if (!list)
         return unexpectedError(QString::fromLatin1(kUpdateFailedText));
-    store.writeProgram(settings::kTrackList, *list);
+    ProgramSettings(store).setTrackList(*list);
     return *list;
 }
 

@@ -10,8 +10,8 @@
 #include "platform/game_text.h"
 #include "platform/services.h"
 #include "startup/session.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 #include "startup/widgets/options_dialog.h"
 #include "window_settings.h"
 
@@ -48,7 +48,7 @@ bool isOne(const QString& text) {
 
 } // namespace
 
-MainWindow::MainWindow(Session& session, SettingsStore& store, Services& services, QWidget* parent)
+MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& services, QWidget* parent)
     : QMainWindow(parent), m_session(session), m_store(store), m_services(services),
       m_settings(std::make_unique<WindowSettings>(store, session.currentGame)) {
     setObjectName(QStringLiteral("frmMain"));
@@ -79,7 +79,7 @@ MainWindow::MainWindow(Session& session, SettingsStore& store, Services& service
                  menuBar()->sizeHint().height() + m_paneArea->height() + m_statusBar->height());
 
     connect(m_statusBar, &ModeStatusBar::modeChosen, this,
-            [this](Mode mode) { showMode(mode, m_settings->read(settings::kSlide)); });
+            [this](Mode mode) { showMode(mode, m_settings->profile().slide()); });
     connect(m_menus->associate(), &QAction::triggered, this, &MainWindow::toggleAssociation);
     connect(m_menus->options(), &QAction::triggered, this, &MainWindow::showOptions);
     connect(m_menus->exit(), &QAction::triggered, this, &QWidget::close);
@@ -140,7 +140,7 @@ void MainWindow::prepareFrame() {
     for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
         m_slider->setTop(mode, m_slider->top(mode)); // every pane at left 0
     m_settings->restorePosition(*this);
-    m_menus->associate()->setChecked(m_store.readProgram(settings::kAssociate) == "1");
+    m_menus->associate()->setChecked(ProgramSettings(m_store).associate());
     appendShortcutCaptions();
 }
 
@@ -151,11 +151,11 @@ void MainWindow::showInformation() {
 
 void MainWindow::showStartMode() {
     if (const auto mode = m_settings->startMode(m_session.configurator))
-        showMode(*mode, QStringLiteral("0"));
+        showMode(*mode, false);
 }
 
-double MainWindow::storedNumber(std::string_view name) const {
-    return m_settings->number(name);
+const ProfileSettings& MainWindow::profileSettings() const {
+    return m_settings->profile();
 }
 
 void MainWindow::appendShortcutCaptions() {
@@ -169,19 +169,19 @@ void MainWindow::appendShortcutCaptions() {
 }
 
 void MainWindow::ShowMounter(const QString& slide) {
-    showMode(Mode::Mounter, slide);
+    showMode(Mode::Mounter, isOne(slide));
 }
 
 void MainWindow::ShowExtractor(const QString& slide) {
-    showMode(Mode::Extractor, slide);
+    showMode(Mode::Extractor, isOne(slide));
 }
 
 void MainWindow::ShowConfigurator(const QString& slide) {
-    showMode(Mode::Configurator, slide);
+    showMode(Mode::Configurator, isOne(slide));
 }
 
-void MainWindow::showMode(Mode mode, const QString& slide) {
-    m_slider->bringUp(mode, isOne(slide));
+void MainWindow::showMode(Mode mode, bool slide) {
+    m_slider->bringUp(mode, slide);
     setWindowTitle(applicationTitle() + QStringLiteral(" - ") + fromGameText(m_session.currentGame) +
                    QStringLiteral(" - [") + modeName(mode) + QLatin1Char(']'));
 }
@@ -191,7 +191,7 @@ std::optional<Mode> MainWindow::currentMode() const {
 }
 
 void MainWindow::applyButtonLooks() {
-    const QString flat = m_settings->read(settings::kFlat);
+    const std::optional<bool> flat = m_settings->profile().flatButtons();
     for (GoldButton* button : findChildren<GoldButton*>())
         button->setFlatLook(flat);
 }
@@ -206,7 +206,7 @@ bool MainWindow::reportFailure(const Status& status) {
 void MainWindow::toggleAssociation() {
     // The action has already flipped its check mark.
     const bool associate = m_menus->associate()->isChecked();
-    m_store.writeProgram(settings::kAssociate, associate ? "1" : "0");
+    ProgramSettings(m_store).setAssociate(associate);
     emit associationToggled(associate);
 }
 

@@ -18,6 +18,7 @@ namespace korvel {
 struct Services;
 struct Session;
 class SettingsStore;
+class ProfileSettings;
 } // namespace korvel
 
 namespace korvel::ui {
@@ -40,7 +41,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    MainWindow(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
+    MainWindow(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
     ~MainWindow() override;
 
     void installPane(Mode mode, QWidget* content);
@@ -62,14 +63,14 @@ public:
     void ShowMounter(const QString& slide);
     void ShowExtractor(const QString& slide);
     void ShowConfigurator(const QString& slide);
-    void showMode(Mode mode, const QString& slide);
+    void showMode(Mode mode, bool slide);
     // The mode whose pane is up, if any.
     std::optional<Mode> currentMode() const;
 
     // Reads "Flat" and gives every skinned button of the window the matching looks.
     void applyButtonLooks();
-    // A number stored in the profile's key, read as its leading number ("Slider" for the splitter).
-    double storedNumber(std::string_view name) const;
+    // The profile's typed values, as the window read them ("Slider" for the splitter).
+    const ProfileSettings& profileSettings() const;
     // Shows a failure in a message box; false when `status` is a success.
     bool reportFailure(const Status& status);
 
@@ -84,7 +85,7 @@ public:
     GoldButton* playButton() const { return m_playButton; }
     GoldButton* continueButton() const { return m_continueButton; }
     GoldButton* quitButton() const { return m_quitButton; }
-    Session& session() const { return m_session; }
+    const Session& session() const { return m_session; }
     Services& services() const { return m_services; }
     SettingsStore& store() const { return m_store; }
 
@@ -104,7 +105,7 @@ private:
     void appendShortcutCaptions();
     void toggleAssociation();
 
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
     std::unique_ptr<WindowSettings> m_settings;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "startup/typed_settings.h"
 #include "window_mode.h"
 
 #include <QString>
@@ -9,22 +10,15 @@
 
 class QWidget;
 
-namespace korvel {
-class SettingsStore;
-}
-
 namespace korvel::ui {
 
 // The main window's values in the profile's settings key: position, remembered mode, start-up
 // lock, sliding and button looks.
 class WindowSettings {
 public:
-    WindowSettings(SettingsStore& store, std::string profile) : m_store(store), m_profile(std::move(profile)) {}
+    WindowSettings(SettingsStore& store, std::string profile) : m_profile(store, std::move(profile)) {}
 
-    QString read(std::string_view name) const;
-    void write(std::string_view name, const QString& text);
-    // A value read as a number the old way: its leading number, 0 when there is none.
-    double number(std::string_view name) const;
+    const ProfileSettings& profile() const { return m_profile; }
 
     // Moves the window to "Left"/"Top" (twips).
     void restorePosition(QWidget& window) const;
@@ -33,14 +27,14 @@ public:
 
     // The first mode from "Lock" and "Screen"; nullopt when neither chooses one.
     std::optional<Mode> startMode(bool configurator) const;
-    static std::optional<Mode> startMode(double lock, const QString& screen, bool configurator);
+    static std::optional<Mode> startMode(std::optional<ScreenLock> lock, std::optional<StartScreen> screen,
+                                         bool configurator);
 
     // "Screen" is the character at position 10 of the window title (the one after "Korvel - ").
     void saveScreen(const QString& title);
 
 private:
-    SettingsStore& m_store;
-    std::string m_profile;
+    ProfileSettings m_profile;
 };
 
 } // namespace korvel::ui

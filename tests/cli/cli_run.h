@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 struct CliRun {
     int status = -1; // -1 when the program crashed
     QString out, err;
@@ -43,6 +45,10 @@ protected:
             env.insert(pair.section(QLatin1Char('='), 0, 0), pair.section(QLatin1Char('='), 1));
         QProcess process;
         process.setProcessEnvironment(env);
+#ifdef Q_OS_UNIX
+        if (m_childSetup)
+            process.setChildProcessModifier(m_childSetup);
+#endif
         process.setWorkingDirectory(folder);
         process.start(QStringLiteral(KORVEL_CLI_PATH), args);
         for (int i = 0; i < 6000 && !process.waitForFinished(10) && process.state() != QProcess::NotRunning; ++i)
@@ -52,4 +58,6 @@ protected:
     }
 
     QTemporaryDir m_dir;
+    // Runs in the child between fork and exec (Unix): limits, another user.
+    std::function<void()> m_childSetup;
 };

@@ -30,7 +30,7 @@ protected:
         session.location = kGame;
         session.locationIni = kIni;
         session.mmpa = "99";
-        session.asPod = session.asChange = "0";
+        session.autosave = AutosaveSwitches();
         session.shortGameFolder = ShortPath(drive.files(), "", kGame, true) + "\\";
         settings.CreateKey(settings::profileKey("MTM2"));
         settings.writeProfile("MTM2", settings::kExtraDirs, settings::kDefaultExtraDirs);
@@ -48,7 +48,7 @@ protected:
             drive.write(game(name), "POD");
     }
     void writeIni(const Entries& entries) { drive.write(kIni, podIniText(entries)); }
-    void autosaveOnChange() { session.asPod = session.asChange = "1"; }
+    void autosaveOnChange() { session.autosave.pod = session.autosave.onChange = true; }
 
     static std::string joined(const EntryList& list) {
         std::string text;

@@ -83,3 +83,42 @@ TEST(FileRegistry, deletesOnlyKeysWithoutSubkeys) {
     EXPECT_TRUE(registry.keyExists(RegistryRoot::ClassesRoot, "Korvel\\shell\\open"));
     EXPECT_FALSE(registry.deleteKey(RegistryRoot::ClassesRoot, "Nothing"));
 }
+
+TEST(FileRegistry, savesAGroupOfChangesOnceAtItsOutermostEnd) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/registry.json";
+    FileRegistry registry(path);
+    ASSERT_TRUE(registry.createKey(HKCU, kKey));
+    auto onDisk = [&](const std::string& name) { return FileRegistry(path).readValue(HKCU, kKey + "\\MTM2", name); };
+    registry.beginChanges();
+    registry.beginChanges();
+    ASSERT_TRUE(registry.createKey(HKCU, kKey + "\\MTM2"));
+    ASSERT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "Location", "C:\\Games\\MTM2"));
+    EXPECT_TRUE(registry.endChanges());
+    EXPECT_EQ(registry.readValue(HKCU, kKey + "\\MTM2", "Location"), "C:\\Games\\MTM2"); // seen here...
+    EXPECT_FALSE(onDisk("Location").has_value());                                        // ...not saved yet
+    ASSERT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "MMPA", "99"));
+    EXPECT_TRUE(registry.endChanges());
+    EXPECT_EQ(onDisk("Location"), "C:\\Games\\MTM2");
+    EXPECT_EQ(onDisk("MMPA"), "99");
+    EXPECT_FALSE(registry.takeSaveFailure().has_value());
+    EXPECT_FALSE(QFile::exists(path + ".lock")); // released
+}
+
+TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
+    QTemporaryDir dir;
+    QFile blocker(dir.path() + "/file");
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    FileRegistry registry(dir.path() + "/file/registry.json"); // its folder is a file
+    registry.beginChanges();
+    EXPECT_FALSE(registry.createKey(HKCU, kKey));
+    EXPECT_FALSE(registry.endChanges());
+    EXPECT_FALSE(registry.keyExists(HKCU, kKey));
+    const std::optional<QString> failure = registry.takeSaveFailure();
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_TRUE(failure->contains("Cannot create the folder")) << failure->toStdString();
+    EXPECT_FALSE(registry.takeSaveFailure().has_value()); // reported once
+    EXPECT_FALSE(registry.createKey(HKCU, kKey));         // outside a group too
+    EXPECT_TRUE(registry.takeSaveFailure().has_value());
+}

@@ -80,11 +80,11 @@ TEST(RepairGameRegistry, writesBothKeysForTheChosenFolder) {
     SettingsStore store(drive.registry(), drive.dialogs());
     Session session;
     session.location = "C:\\Games\\MTM2";
-    EXPECT_FALSE(RepairGameRegistry(store, drive.dialogs(), session)); // cancelled: nothing written
+    EXPECT_FALSE(RepairGameRegistry(store, drive.dialogs(), session.location)); // cancelled: nothing written
     EXPECT_FALSE(drive.registry().keyExists(RegistryRoot::LocalMachine, "SOFTWARE\\Microsoft"));
 
     drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
-    ASSERT_TRUE(RepairGameRegistry(store, drive.dialogs(), session));
+    EXPECT_EQ(RepairGameRegistry(store, drive.dialogs(), session.location), "E:\\MTM2");
     const std::string game = "SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0";
     const std::string lobby = "SOFTWARE\\Microsoft\\DirectPlay\\Applications\\Monster Truck Madness 2";
     for (const auto& [key, name] : {std::pair{game, "InstalledPath"}, {lobby, "CurrentDirectory"}, {lobby, "Path"}})

@@ -20,12 +20,15 @@ TEST(Startup, loadsTheSoleProfileWithoutTheDialogAndRepairsOnlyTheStore) {
     rig.addProfile("MTM2", "C:\\Games\\MTM2");
     ASSERT_EQ(rig.startup.Main(), StartupResult::ShowMainWindow);
     EXPECT_EQ(rig.chooser.shown, 0);
-    EXPECT_EQ(rig.session.asPod, "Error");                 // held as read on this start...
-    EXPECT_EQ(rig.profile("MTM2", settings::kAsPod), "0"); // ...repaired in the store
+    EXPECT_FALSE(rig.session.autosave.pod);                // missing reads as off...
+    EXPECT_EQ(rig.profile("MTM2", settings::kAsPod), "0"); // ...and is repaired in the store
     EXPECT_EQ(rig.program(settings::kTrackList), std::string(kDefaultTrackList));
     EXPECT_TRUE(rig.drive.dialogs().messages().empty());
+    for (auto name : {settings::kAsPod, settings::kAsExit})
+        rig.store.writeProfile("MTM2", name, "1");
     ASSERT_EQ(rig.relaunch(), StartupResult::ShowMainWindow);
-    EXPECT_EQ(rig.session.asPod, "0");
+    EXPECT_TRUE(rig.session.autosave.podOnExit());
+    EXPECT_FALSE(rig.session.autosave.onChange);
 }
 
 TEST(Startup, firstUserIsWelcomedAndFirstStartOfAProfileMakesBackupsAndRemindsOnce) {

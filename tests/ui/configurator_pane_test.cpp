@@ -22,9 +22,10 @@ const std::string kMonsterIni = "C:\\Games\\MTM2\\system\\monster.ini";
 const std::string kPlayerPro = "C:\\Games\\MTM2\\player.pro";
 
 struct PaneFixture : korvel::testing::WindowFixture {
-    explicit PaneFixture(const char* asMonster = "0", const char* asPlayer = "0", const char* asChange = "1") {
+    explicit PaneFixture(bool asMonster = false, bool asPlayer = false, bool asChange = true) {
         korvel::testing::buildGameFolder(drive, {});
-        std::tie(session.asMonster, session.asPlayer, session.asChange) = std::tuple(asMonster, asPlayer, asChange);
+        std::tie(session.autosave.monster, session.autosave.player, session.autosave.onChange) =
+            std::tuple(asMonster, asPlayer, asChange);
         pane = std::make_unique<ConfiguratorPane>(session, store, drive.services());
     }
     void open() {
@@ -59,7 +60,7 @@ std::string monsterIni(const std::string& track, const std::string& horn, const 
 } // namespace
 
 TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) {
-    PaneFixture on("1", "0", "1");
+    PaneFixture on(true, false, true);
     on.open();
     on.click("chkTrack");
     EXPECT_EQ(on.drive.read(kMonsterIni), monsterIni("666", "1", "UI\\MTM2.loc"));
@@ -71,8 +72,8 @@ TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) 
     EXPECT_TRUE(on.find<QLineEdit>("txtCustom")->isEnabled());
     on.click("chkSounds");
     EXPECT_EQ(on.drive.read(kMonsterIni), monsterIni("666", "0", "UI\\MTM2-pig.loc"));
-    for (const auto& [asMonster, asChange] : {std::pair{"0", "1"}, std::pair{"1", "0"}}) {
-        PaneFixture off(asMonster, "1", asChange);
+    for (const auto& [asMonster, asChange] : {std::pair{false, true}, std::pair{true, false}}) {
+        PaneFixture off(asMonster, true, asChange);
         off.open();
         const std::string before = off.drive.read(kMonsterIni);
         off.click("chkTrack");
@@ -84,7 +85,7 @@ TEST(ConfiguratorPaneSettings, changesSaveAtOnceOnlyWithBothAutosaveSettingsOn) 
 }
 
 TEST(ConfiguratorPaneSettings, aMissingKeyIsReportedAndTheFilesStayUntouched) {
-    PaneFixture f("1", "0", "1");
+    PaneFixture f(true, false, true);
     const std::string damaged = "showHiddenTrack=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n";
     f.drive.write(kMonsterIni, damaged);
     f.open();
@@ -130,10 +131,10 @@ TEST(ConfiguratorPaneDrivers, listShowRemoveUndoSaveAndReload) {
     EXPECT_EQ(f.driverNames(), QStringList({"Bob"}));
 }
 
-TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpened) {
+TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegistry) {
     korvel::testing::WindowFixture f;
     korvel::testing::buildGameFolder(f.drive, {});
-    f.session.asMonster = f.session.asChange = "1";
+    f.session.autosave.monster = f.session.autosave.onChange = true;
     auto* pane = new ConfiguratorPane(f.session, f.store, f.drive.services());
     korvel::ui::MainWindow window(f.session, f.store, f.drive.services());
     window.installPane(korvel::ui::Mode::Configurator, pane);
@@ -146,4 +147,13 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpened) {
     EXPECT_FALSE(pane->hasFinishedOpening());
     window.show();
     EXPECT_TRUE(pane->hasFinishedOpening());
+    std::string repaired;
+    QObject::connect(pane, &ConfiguratorPane::gameFolderRepaired,
+                     [&](const std::string& folder) { repaired = folder; });
+    f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
+    pane->fixRegistry();
+    EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
+                                "InstalledPath"),
+              "E:\\MTM2");
+    EXPECT_EQ(repaired, "E:\\MTM2"); // for the session's owner to apply
 }

@@ -23,7 +23,7 @@ public:
         session.locationExe = "C:\\Games\\MTM2\\monster.exe";
         session.mmpa = "99";
         session.configurator = configurator;
-        session.asPod = session.asExit = session.asChange = "0";
+        session.autosave = AutosaveSwitches();
         store.CreateKey(settings::profileKey(profile));
         set(settings::kSlide, "0");
     }

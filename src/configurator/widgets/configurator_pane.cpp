@@ -34,7 +34,7 @@ QString displayText(std::string_view gameText) {
 
 } // namespace
 
-ConfiguratorPane::ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent)
+ConfiguratorPane::ConfiguratorPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent)
     : QWidget(parent), m_session(session), m_store(store), m_services(services) {
     setObjectName(QStringLiteral("configuratorPane"));
     buildControls();
@@ -172,7 +172,7 @@ void ConfiguratorPane::localizationClicked(int index) {
 }
 
 void ConfiguratorPane::settingChanged() {
-    if (m_opened && m_session.autosaveOnChange(m_session.asMonster))
+    if (m_opened && m_session.autosave.monsterOnChange())
         SaveMonsterIni();
 }
 
@@ -220,7 +220,7 @@ int ConfiguratorPane::RemoveSelectedDriver() {
     if (removed == 0)
         return 0;
     fillDriverList();
-    if (m_opened && m_session.autosaveOnChange(m_session.asPlayer))
+    if (m_opened && m_session.autosave.playerOnChange())
         SaveDrivers();
     return removed;
 }
@@ -249,7 +249,8 @@ void ConfiguratorPane::showSelectedDriver() {
 }
 
 void ConfiguratorPane::fixRegistry() {
-    RepairGameRegistry(m_store, m_services.dialogs, m_session);
+    if (const std::optional<std::string> folder = RepairGameRegistry(m_store, m_services.dialogs, m_session.location))
+        emit gameFolderRepaired(*folder);
 }
 
 void ConfiguratorPane::showEvent(QShowEvent* event) {

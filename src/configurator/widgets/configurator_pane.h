@@ -40,7 +40,7 @@ class ConfiguratorPane : public QWidget {
     Q_OBJECT
 
 public:
-    ConfiguratorPane(Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
+    ConfiguratorPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
     ~ConfiguratorPane() override;
 
     // The address `cmdDownload` opens in the browser; the button is disabled while there is none.
@@ -73,6 +73,10 @@ public:
     // `mnuFixRegistry` of the pane's pop-up menu.
     void fixRegistry();
 
+signals:
+    // The registry repair chose this game folder; the session's owner makes it the game folder.
+    void gameFolderRepaired(const std::string& folder);
+
 protected:
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -86,7 +90,7 @@ private:
     void fillDriverList();
     bool report(const Failure& failure);
 
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
     bool m_opened = false;

@@ -321,7 +321,7 @@ Status MounterPane::saveMountedListIfChanged() {
 bool MounterPane::settleUnsavedList() {
     if (!mountedListChanged())
         return true;
-    if (m_session.asPod != "1" || m_session.asExit != "1") {
+    if (!m_session.autosave.podOnExit()) {
         const MessageAnswer answer = m_services.dialogs.message(
             QStringLiteral("Question"),
             QStringLiteral("The list of mounted PODs has changed since it was last saved. Save it to POD.INI before "

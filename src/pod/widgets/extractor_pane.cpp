@@ -12,8 +12,8 @@
 #include "pod/extraction.h"
 #include "pod/listing_export.h"
 #include "startup/session.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 #include "ui/kit/gold_button.h"
 #include "ui/kit/twips.h"
 
@@ -61,7 +61,7 @@ Failure archiveAlreadyOpen() {
 
 } // namespace
 
-ExtractorPane::ExtractorPane(Services& services, Session& session, SettingsStore& store, QWidget* parent)
+ExtractorPane::ExtractorPane(Services& services, const Session& session, SettingsStore& store, QWidget* parent)
     : QWidget(parent), m_services(services), m_session(session), m_store(store) {
     setObjectName(QStringLiteral("extractorPane"));
     buildControls();
@@ -206,20 +206,21 @@ void ExtractorPane::prepareExtractionProgress() {
 }
 
 void ExtractorPane::loadRecentArchives() {
-    m_recentBox->setEntries(
-        RecentArchivesBox::entriesOf(m_store.readProfile(m_session.currentGame, settings::kRecent)));
+    QStringList entries;
+    for (const std::string& entry : ProfileSettings(m_store, m_session.currentGame).recent())
+        entries << fromGameText(entry);
+    m_recentBox->setEntries(entries);
 }
 
 void ExtractorPane::saveRecentArchives() {
-    m_store.writeProfile(m_session.currentGame, settings::kRecent,
-                         RecentArchivesBox::storedText(m_recentBox->entries()));
+    std::vector<std::string> entries;
+    for (const QString& entry : m_recentBox->entries())
+        entries.push_back(toGameText(entry));
+    ProfileSettings(m_store, m_session.currentGame).setRecent(entries);
 }
 
 bool ExtractorPane::autosort() {
-    const QString value = fromGameText(m_store.readProfile(m_session.currentGame, settings::kAutosort)).trimmed();
-    bool number = false;
-    const double asNumber = value.toDouble(&number);
-    return number ? asNumber != 0 : value.compare(QLatin1String("True"), Qt::CaseInsensitive) == 0;
+    return ProfileSettings(m_store, m_session.currentGame).autosort();
 }
 
 bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) {

@@ -48,7 +48,7 @@ class GoldButton;
 class ExtractorPane : public QWidget {
     Q_OBJECT
 public:
-    ExtractorPane(Services& services, Session& session, SettingsStore& store, QWidget* parent = nullptr);
+    ExtractorPane(Services& services, const Session& session, SettingsStore& store, QWidget* parent = nullptr);
     ~ExtractorPane() override;
 
     // Opening: the drive and folder lists at the game folder, the progress bar's range, and the
@@ -121,7 +121,7 @@ private:
     void report(const Failure& failure);
 
     Services& m_services;
-    Session& m_session;
+    const Session& m_session;
     SettingsStore& m_store;
 
     FileBrowser* m_browser = nullptr;

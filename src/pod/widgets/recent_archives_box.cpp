@@ -4,7 +4,6 @@
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "pod/recent_archives.h"
-#include "startup/settings_names.h"
 #include "ui/kit/gold_button.h"
 #include "ui/kit/twips.h"
 
@@ -68,26 +67,6 @@ void RecentArchivesBox::removeSelected() {
         return;
     m_combo->removeItem(current);
     m_combo->setCurrentIndex(m_combo->count() > 0 ? 0 : -1);
-}
-
-std::string RecentArchivesBox::storedText(const QStringList& entries) {
-    if (entries.isEmpty())
-        return std::string(1, settings::kListSeparator);
-    std::string text;
-    for (const QString& entry : entries) {
-        text += settings::kListSeparator;
-        text += toGameText(entry);
-    }
-    return text;
-}
-
-QStringList RecentArchivesBox::entriesOf(const std::string& stored) {
-    QStringList entries;
-    for (const std::string& piece : splitText(stored, settings::kListSeparator)) {
-        if (!piece.empty() && piece != settings::kError)
-            entries << fromGameText(piece);
-    }
-    return entries;
 }
 
 void RecentArchivesBox::chooseEntry(int index) {

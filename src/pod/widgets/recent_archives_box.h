@@ -37,11 +37,6 @@ public:
     // `cmdX`: removes the selected entry and selects the first remaining one.
     void removeSelected();
 
-    // The stored form of the list: each entry preceded by "|", a lone "|" when empty; reading skips
-    // empty pieces and "Error".
-    static std::string storedText(const QStringList& entries);
-    static QStringList entriesOf(const std::string& stored);
-
 signals:
     void archiveChosen(const std::string& folder, const std::string& file);
 

@@ -5,6 +5,7 @@
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "startup/typed_settings.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -185,31 +186,24 @@ void OptionsDialog::load() {
         m_chkMonster->setEnabled(false);
         m_lockOptions[1]->setEnabled(false);
     }
-    auto read = [this](std::string_view name) { return m_store.readProfile(m_profile, name); };
-    const std::array<std::pair<QCheckBox*, std::string_view>, 9> checks{{
-        {m_chkPod, settings::kAsPod},
-        {m_chkPlayer, settings::kAsPlayer},
-        {m_chkMonster, settings::kAsMonster},
-        {m_chkChange, settings::kAsChange},
-        {m_chkExit, settings::kAsExit},
-        {m_chkFlat, settings::kFlat},
-        {m_chkSlide, settings::kSlide},
-        {m_chkAutosort, settings::kAutosort},
-        {m_chkBrowse, settings::kBrowse},
-    }};
-    for (const auto& [box, name] : checks)
-        box->setChecked(read(name) == "1");
-    m_chkConfigurator->setChecked(read(settings::kConfigurator) == "True");
-    const double lock = leadingNumber(read(settings::kLock)).value_or(0.0);
-    for (int i = 0; i < 4; ++i) {
-        if (lock == i)
-            m_lockOptions[static_cast<size_t>(i)]->setChecked(true);
-    }
-    m_browseDir->setText(fromGameText(read(settings::kBrowseDir)));
-    for (const std::string& dir : splitText(read(settings::kExtraDirs), settings::kListSeparator)) {
-        if (!dir.empty() && dir != settings::kDefaultExtraDirs)
-            m_extraDirs->addItem(fromGameText(dir));
-    }
+    const ProfileSettings profile(m_store, m_profile);
+    const AutosaveSwitches autosave = profile.autosave();
+    m_chkPod->setChecked(autosave.pod);
+    m_chkPlayer->setChecked(autosave.player);
+    m_chkMonster->setChecked(autosave.monster);
+    m_chkChange->setChecked(autosave.onChange);
+    m_chkExit->setChecked(autosave.onExit);
+    // A check box shows "1" as checked and anything else as not.
+    m_chkFlat->setChecked(profile.flatButtons().value_or(false));
+    m_chkSlide->setChecked(profile.slide());
+    m_chkAutosort->setChecked(profile.autosort());
+    m_chkBrowse->setChecked(profile.browse());
+    m_chkConfigurator->setChecked(profile.configurator());
+    if (const std::optional<ScreenLock> lock = profile.lock())
+        m_lockOptions[static_cast<size_t>(*lock)]->setChecked(true);
+    m_browseDir->setText(fromGameText(profile.browseDir()));
+    for (const std::string& dir : profile.extraDirs())
+        m_extraDirs->addItem(fromGameText(dir));
     updateBrowseEnabled();
 }
 
@@ -282,27 +276,27 @@ void OptionsDialog::focusPage(int index) {
 }
 
 void OptionsDialog::save() {
-    const std::string key = settings::profileKey(m_profile);
-    m_store.CreateKey(key);
-    auto flag = [](const QCheckBox* box) { return std::string(box->isChecked() ? "1" : "0"); };
-    m_store.WriteValue(key, std::string(settings::kAsPod), flag(m_chkPod));
-    m_store.WriteValue(key, std::string(settings::kAsPlayer), flag(m_chkPlayer));
-    m_store.WriteValue(key, std::string(settings::kAsMonster), flag(m_chkMonster));
-    m_store.WriteValue(key, std::string(settings::kAsChange), flag(m_chkChange));
-    m_store.WriteValue(key, std::string(settings::kAsExit), flag(m_chkExit));
-    m_store.WriteValue(key, std::string(settings::kFlat), flag(m_chkFlat));
-    m_store.WriteValue(key, std::string(settings::kSlide), flag(m_chkSlide));
-    m_store.WriteValue(key, std::string(settings::kConfigurator), m_chkConfigurator->isChecked() ? "True" : "False");
-    m_store.WriteValue(key, std::string(settings::kAutosort), flag(m_chkAutosort));
-    m_store.WriteValue(key, std::string(settings::kBrowse), flag(m_chkBrowse));
-    m_store.WriteValue(key, std::string(settings::kBrowseDir), toGameText(m_browseDir->text()));
+    m_store.CreateKey(settings::profileKey(m_profile));
+    ProfileSettings profile(m_store, m_profile);
+    AutosaveSwitches autosave;
+    autosave.pod = m_chkPod->isChecked();
+    autosave.player = m_chkPlayer->isChecked();
+    autosave.monster = m_chkMonster->isChecked();
+    autosave.onChange = m_chkChange->isChecked();
+    autosave.onExit = m_chkExit->isChecked();
+    profile.setAutosave(autosave);
+    profile.setFlatButtons(m_chkFlat->isChecked());
+    profile.setSlide(m_chkSlide->isChecked());
+    profile.setConfigurator(m_chkConfigurator->isChecked());
+    profile.setAutosort(m_chkAutosort->isChecked());
+    profile.setBrowse(m_chkBrowse->isChecked());
+    profile.setBrowseDir(toGameText(m_browseDir->text()));
     std::vector<std::string> dirs;
     for (int i = 0; i < m_extraDirs->count(); ++i)
         dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
-    m_store.WriteValue(key, std::string(settings::kExtraDirs),
-                       dirs.empty() ? settings::kDefaultExtraDirs : joinText(dirs, settings::kListSeparator));
+    profile.setExtraDirs(dirs);
     const int lock = m_lock->checkedId();
-    m_store.WriteValue(key, std::string(settings::kLock), std::to_string(lock < 0 ? 0 : lock));
+    profile.setLock(lock > 0 && lock <= 3 ? static_cast<ScreenLock>(lock) : ScreenLock::None);
     emit saved();
     accept();
 }

@@ -126,17 +126,17 @@ void GoldButton::setPictureDisabled(const QPixmap& picture) {
     update();
 }
 
-bool GoldButton::setFlatLook(const QString& flat) {
-    if (flat == QLatin1String("1")) {
+bool GoldButton::setFlatLook(std::optional<bool> flat) {
+    if (!flat)
+        return false;
+    if (*flat) {
         m_onUp = 0;
         m_onHover = 4;
         m_onDown = 2;
-    } else if (flat == QLatin1String("0")) {
+    } else {
         m_onUp = 4;
         m_onHover = 5;
         m_onDown = 10;
-    } else {
-        return false;
     }
     update();
     return true;

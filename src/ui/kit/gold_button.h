@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QPixmap>
 
+#include <optional>
+
 namespace korvel::ui {
 
 // The skinned button of the main window: a gold face drawn in code, with one look per state
@@ -81,9 +83,9 @@ public:
     QPixmap pictureDisabled() const { return m_pictureDisabled; }
     void setPictureDisabled(const QPixmap& picture);
 
-    // The three looks for a "Flat" setting: "1" flat (0, 4, 2), "0" raised (4, 5, 10); any other
-    // value leaves the looks as they are. Returns whether it changed them.
-    bool setFlatLook(const QString& flat);
+    // The three looks for the "Flat" choice: flat (0, 4, 2) or raised (4, 5, 10); no choice (a
+    // stored value that is neither) leaves the looks as they are. Returns whether it changed them.
+    bool setFlatLook(std::optional<bool> flat);
     // The state the button is drawn in now, and its look code.
     State state() const;
     int currentLook() const;
