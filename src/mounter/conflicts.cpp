@@ -12,6 +12,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <map>
 #include <unordered_set>
@@ -21,10 +22,34 @@ namespace korvel {
 namespace {
 
 constexpr quint32 kNone = std::numeric_limits<quint32>::max();
+constexpr quint64 kEmptySlot = std::numeric_limits<quint64>::max();
 constexpr qint64 kHashChunk = qint64(1) << 20;
+constexpr size_t kPrefetchAhead = 16;
+
+void prefetch(const void* address) {
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(address);
+#else
+    (void)address;
+#endif
+}
+
+// Each byte as the comparison sees it: upper case, "/" as "\".
+struct FoldTable {
+    std::array<char, 256> to{};
+    FoldTable() {
+        for (int i = 0; i < 256; ++i)
+            to[static_cast<size_t>(i)] = i == '/' ? '\\' : upperGameChar(static_cast<char>(i));
+    }
+};
+
+const FoldTable& foldTable() {
+    static const FoldTable table;
+    return table;
+}
 
 char foldChar(char c) {
-    return c == '/' ? '\\' : upperGameChar(c);
+    return foldTable().to[static_cast<unsigned char>(c)];
 }
 
 std::string_view trimmedView(std::string_view name) {
@@ -35,9 +60,10 @@ std::string_view trimmedView(std::string_view name) {
 }
 
 quint64 keyHash(std::string_view name) {
+    const auto& fold = foldTable().to;
     quint64 h = 0xcbf29ce484222325ull;
     for (char c : trimmedView(name)) {
-        h ^= static_cast<unsigned char>(foldChar(c));
+        h ^= static_cast<unsigned char>(fold[static_cast<unsigned char>(c)]);
         h *= 0x100000001b3ull;
     }
     return h;
@@ -48,8 +74,9 @@ bool sameKey(std::string_view a, std::string_view b) {
     b = trimmedView(b);
     if (a.size() != b.size())
         return false;
+    const auto& fold = foldTable().to;
     for (size_t i = 0; i < a.size(); ++i)
-        if (foldChar(a[i]) != foldChar(b[i]))
+        if (fold[static_cast<unsigned char>(a[i])] != fold[static_cast<unsigned char>(b[i])])
             return false;
     return true;
 }
@@ -101,6 +128,7 @@ struct ConflictFinder::Index {
     struct Holder {
         int row;
         quint32 entry;
+        std::optional<ContentDigest> digest; // when another holder has the same size
     };
     struct Group {
         std::string key;
@@ -114,12 +142,10 @@ ConflictFinder::ConflictFinder(const FileServices& files) : m_files(files) {}
 
 ConflictFinder::~ConflictFinder() = default;
 
-std::shared_ptr<ConflictFinder::Listing> ConflictFinder::listingFor(const std::string& archivePath, bool& read) {
+std::shared_ptr<ConflictFinder::Listing> ConflictFinder::listingFor(const std::string& archivePath,
+                                                                   const QString& host, qint64 size,
+                                                                   qint64 modified, bool& read) {
     read = false;
-    const QString host = m_files.hostPath(archivePath);
-    const QFileInfo info(host);
-    const qint64 size = info.size();
-    const qint64 modified = info.lastModified().toMSecsSinceEpoch();
     auto it = m_cache.find(archivePath);
     if (it != m_cache.end() && it->second->fileSize == size && it->second->modified == modified &&
         it->second->host == host)
@@ -171,10 +197,11 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
     while (capacity < total + total / 3 + 1)
         capacity <<= 1;
     const size_t mask = capacity - 1;
-    std::vector<quint64> slotHash(capacity);
-    std::vector<quint32> slotHead(capacity, kNone);
+    // One 8-byte slot per path: the upper half of its hash, and its latest entry (the chain's head).
+    std::vector<quint64> table(capacity, kEmptySlot);
     std::vector<quint32> next(total, kNone);
     std::vector<quint32> refRow(total);
+    std::vector<size_t> shared; // table slots that hold two or more entries
 
     auto refName = [&](quint32 ref) {
         const size_t row = refRow[ref];
@@ -184,19 +211,27 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
         const Listing* listing = rows[r].get();
         if (!listing)
             continue;
-        for (size_t e = 0; e < listing->count(); ++e) {
+        const size_t count = listing->count();
+        for (size_t e = 0; e < count; ++e) {
+            // The table is far larger than the caches: ask for the slot a few entries ahead early.
+            if (e + kPrefetchAhead < count)
+                prefetch(&table[mix(listing->hashes[e + kPrefetchAhead]) & mask]);
             const auto ref = static_cast<quint32>(base[r] + e);
             refRow[ref] = static_cast<quint32>(r);
             const quint64 h = listing->hashes[e];
+            const quint64 tag = h & 0xFFFFFFFF00000000ull;
             for (size_t slot = mix(h) & mask;; slot = (slot + 1) & mask) {
-                if (slotHead[slot] == kNone) {
-                    slotHash[slot] = h;
-                    slotHead[slot] = ref;
+                const quint64 held = table[slot];
+                if (held == kEmptySlot) {
+                    table[slot] = tag | ref;
                     break;
                 }
-                if (slotHash[slot] == h && sameKey(refName(slotHead[slot]), listing->name(e))) {
-                    next[ref] = slotHead[slot];
-                    slotHead[slot] = ref;
+                const auto head = static_cast<quint32>(held);
+                if ((held & 0xFFFFFFFF00000000ull) == tag && sameKey(refName(head), listing->name(e))) {
+                    if (next[head] == kNone)
+                        shared.push_back(slot);
+                    next[ref] = head;
+                    table[slot] = tag | ref;
                     break;
                 }
             }
@@ -204,13 +239,12 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
     }
 
     std::vector<Index::Holder> holders;
-    for (size_t slot = 0; slot < capacity; ++slot) {
-        const quint32 head = slotHead[slot];
-        if (head == kNone || next[head] == kNone)
-            continue;
+    for (size_t slot : shared) {
+        const auto head = static_cast<quint32>(table[slot]);
         holders.clear();
         for (quint32 ref = head; ref != kNone; ref = next[ref])
-            holders.push_back(Index::Holder{static_cast<int>(refRow[ref]), static_cast<quint32>(ref - base[refRow[ref]])});
+            holders.push_back(Index::Holder{static_cast<int>(refRow[ref]),
+                                            static_cast<quint32>(ref - base[refRow[ref]]), std::nullopt});
         // One holder per row: the row's first entry of that path.
         std::sort(holders.begin(), holders.end(),
                   [](const Index::Holder& a, const Index::Holder& b) { return a.row != b.row ? a.row < b.row : a.entry < b.entry; });
@@ -226,17 +260,19 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
     m_index = std::move(index);
 }
 
-void ConflictFinder::hashNeeded(const std::vector<std::shared_ptr<Listing>>& rows) {
+void ConflictFinder::hashNeeded() {
+    const auto& rows = m_index->rows;
+    auto sizeOf = [&](const Index::Holder& holder) { return rows[static_cast<size_t>(holder.row)]->sizes[holder.entry]; };
+    auto needed = [&](const Index::Group& group, const Index::Holder& holder) {
+        return std::any_of(group.holders.begin(), group.holders.end(), [&](const Index::Holder& other) {
+            return &other != &holder && sizeOf(other) == sizeOf(holder);
+        });
+    };
     std::map<Listing*, std::vector<quint32>> wanted;
     for (const Index::Group& group : m_index->groups) {
-        for (size_t i = 0; i < group.holders.size(); ++i) {
-            const Index::Holder& holder = group.holders[i];
+        for (const Index::Holder& holder : group.holders) {
             Listing* listing = rows[static_cast<size_t>(holder.row)].get();
-            const qint32 size = listing->sizes[holder.entry];
-            const bool matched = std::any_of(group.holders.begin(), group.holders.end(), [&](const Index::Holder& other) {
-                return &other != &holder && rows[static_cast<size_t>(other.row)]->sizes[other.entry] == size;
-            });
-            if (matched && !listing->digests.count(holder.entry))
+            if (!holder.digest && needed(group, holder) && !listing->digests.count(holder.entry))
                 wanted[listing].push_back(holder.entry);
         }
     }
@@ -271,6 +307,15 @@ void ConflictFinder::hashNeeded(const std::vector<std::shared_ptr<Listing>>& row
             listing->digests[entry] = digest;
         }
     }
+    for (Index::Group& group : m_index->groups) {
+        for (Index::Holder& holder : group.holders) {
+            if (holder.digest)
+                continue;
+            const Listing& listing = *rows[static_cast<size_t>(holder.row)];
+            if (auto digest = listing.digests.find(holder.entry); digest != listing.digests.end())
+                holder.digest = digest->second;
+        }
+    }
 }
 
 Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const std::vector<std::string>& storedPaths,
@@ -287,15 +332,15 @@ Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const
             return refused(cancelledText());
         ConflictArchive& archive = report.archives[i];
         archive.storedPath = storedPaths[i];
-        const std::optional<std::string> path = mountedArchivePath(m_files, gameFolder, storedPaths[i]);
-        if (!path) {
+        const std::optional<LocatedArchive> found = locateMountedArchive(m_files, gameFolder, storedPaths[i]);
+        if (!found) {
             archive.state = MountedArchiveState::NotFound;
             continue;
         }
-        archive.archivePath = *path;
-        used.insert(*path);
+        archive.archivePath = found->path;
+        used.insert(found->path);
         bool read = false;
-        std::shared_ptr<Listing> listing = listingFor(*path, read);
+        std::shared_ptr<Listing> listing = listingFor(found->path, found->host, found->size, found->modified, read);
         m_listingsRead += read ? 1 : 0;
         if (!listing->ok) {
             archive.state = MountedArchiveState::Damaged;
@@ -342,10 +387,9 @@ Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const
         for (size_t r = 0; r < rows.size(); ++r)
             rowOf[r] = static_cast<int>(r);
     }
-    hashNeeded(m_index->rows);
+    hashNeeded();
 
     report.paths.reserve(m_index->groups.size());
-    std::vector<std::map<int, int>> sharedWith(report.archives.size());
     for (const Index::Group& group : m_index->groups) {
         ConflictPath path;
         std::vector<std::pair<ConflictHolder, std::string_view>> holders;
@@ -355,8 +399,7 @@ Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const
             ConflictHolder holder;
             holder.archive = rowOf[static_cast<size_t>(held.row)];
             holder.size = listing.sizes[held.entry];
-            if (auto digest = listing.digests.find(held.entry); digest != listing.digests.end())
-                holder.digest = digest->second;
+            holder.digest = held.digest;
             holders.emplace_back(holder, listing.name(held.entry));
         }
         std::sort(holders.begin(), holders.end(),
@@ -372,14 +415,24 @@ Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const
             ConflictArchive& archive = report.archives[static_cast<size_t>(holder.archive)];
             archive.paths.push_back(index);
             ++archive.sharedCount;
-            for (const ConflictHolder& other : path.holders)
-                if (other.archive != holder.archive)
-                    ++sharedWith[static_cast<size_t>(holder.archive)][other.archive];
         }
         report.paths.push_back(std::move(path));
     }
-    for (size_t i = 0; i < report.archives.size(); ++i)
-        report.archives[i].sharedWith.assign(sharedWith[i].begin(), sharedWith[i].end());
+    // Paths shared with each other row, counted in one array across the rows.
+    std::vector<int> counts(report.archives.size(), 0);
+    for (size_t row = 0; row < report.archives.size(); ++row) {
+        ConflictArchive& archive = report.archives[row];
+        if (archive.paths.empty())
+            continue;
+        for (int index : archive.paths)
+            for (const ConflictHolder& other : report.paths[static_cast<size_t>(index)].holders)
+                ++counts[static_cast<size_t>(other.archive)];
+        for (size_t other = 0; other < counts.size(); ++other) {
+            if (counts[other] != 0 && other != row)
+                archive.sharedWith.emplace_back(static_cast<int>(other), counts[other]);
+            counts[other] = 0;
+        }
+    }
     if (progress)
         progress(total, total);
     return report;

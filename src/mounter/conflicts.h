@@ -88,9 +88,10 @@ private:
     struct Listing;
     struct Index;
 
-    std::shared_ptr<Listing> listingFor(const std::string& archivePath, bool& read);
+    std::shared_ptr<Listing> listingFor(const std::string& archivePath, const QString& host, qint64 size,
+                                        qint64 modified, bool& read);
     void buildIndex(const std::vector<std::shared_ptr<Listing>>& rows);
-    void hashNeeded(const std::vector<std::shared_ptr<Listing>>& rows);
+    void hashNeeded();
 
     const FileServices& m_files;
     std::unordered_map<std::string, std::shared_ptr<Listing>> m_cache;

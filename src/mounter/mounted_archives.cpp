@@ -2,18 +2,31 @@
 
 #include "platform/game_path.h"
 
+#include <QDateTime>
+#include <QFileInfo>
+
 namespace korvel {
+
+std::optional<LocatedArchive> locateMountedArchive(const FileServices& files, const std::string& gameFolder,
+                                                   const std::string& storedPath) {
+    for (int attempt = isAbsoluteGamePath(storedPath) ? 1 : 0; attempt < 2; ++attempt) {
+        std::string path = attempt == 0 ? gameFolder + "\\" + storedPath : storedPath;
+        const QString host = files.hostPath(path);
+        if (host.isEmpty())
+            continue;
+        const QFileInfo info(host);
+        if (info.isFile())
+            return LocatedArchive{std::move(path), host, info.size(), info.lastModified().toMSecsSinceEpoch()};
+    }
+    return std::nullopt;
+}
 
 std::optional<std::string> mountedArchivePath(const FileServices& files, const std::string& gameFolder,
                                               const std::string& storedPath) {
-    if (!isAbsoluteGamePath(storedPath)) {
-        const std::string inGame = gameFolder + "\\" + storedPath;
-        if (files.fileSize(inGame))
-            return inGame;
-    }
-    if (files.fileSize(storedPath))
-        return storedPath;
-    return std::nullopt;
+    std::optional<LocatedArchive> found = locateMountedArchive(files, gameFolder, storedPath);
+    if (!found)
+        return std::nullopt;
+    return std::move(found->path);
 }
 
 Result<std::vector<MountedCheck>> checkMountedArchives(const FileServices& files, const std::string& gameFolder,
