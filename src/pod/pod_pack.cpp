@@ -164,8 +164,8 @@ Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const 
     const Result<std::vector<TreeFile>> tree = listFilesBeneath(files, folder);
     if (!tree)
         return tree.failure();
-    const QString base = files.hostPath(folder);
-    const QString skipped = skip.empty() ? QString() : QFileInfo(files.hostPath(skip)).absoluteFilePath();
+    const QString base = QDir::cleanPath(files.hostPath(folder));
+    const QString skipped = skip.empty() ? QString() : QDir::cleanPath(files.hostPath(skip));
     struct Keyed {
         std::string key;
         PackItem item;
@@ -175,7 +175,7 @@ Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const 
     keyed.reserve(tree->size());
     for (const TreeFile& file : *tree) {
         const QString host = base + QLatin1Char('/') + file.relative;
-        if (!skipped.isEmpty() && QFileInfo(host).absoluteFilePath() == skipped)
+        if (host == skipped)
             continue;
         Result<std::string> name = packEntryName(file.relative, format);
         if (!name)
@@ -233,15 +233,13 @@ Result<PackSummary> writePodArchive(const FileServices& files, const std::string
     std::vector<quint32> checksums(items.size(), 0);
     quint32 dataChecksum = 0; // register over all the data, started at 0
     std::vector<char> buffer;
-    QFile source;
+    SequentialReader source;
     for (size_t i = 0; i < items.size(); ++i) {
         if (progress && !progress(static_cast<qint64>(i), count))
             return refused(cancelledText());
         const PackItem& item = items[i];
-        if (source.fileName() != item.sourceHost || !source.isOpen()) {
-            source.close();
-            source.setFileName(item.sourceHost);
-            if (!source.open(QIODevice::ReadOnly))
+        if (!source.isOpen() || source.fileName() != item.sourceHost) {
+            if (!source.open(item.sourceHost))
                 return readError(QStringLiteral("Could not read %1: %2")
                                      .arg(QDir::toNativeSeparators(item.sourceHost), source.errorString()));
         }
@@ -251,7 +249,8 @@ Result<PackSummary> writePodArchive(const FileServices& files, const std::string
         quint32 checksum = kPodCrcInit;
         for (qint64 left = item.size; left > 0;) {
             const qint64 want = std::min(left, kCopyChunk);
-            buffer.resize(static_cast<size_t>(want));
+            if (buffer.size() < static_cast<size_t>(want))
+                buffer.resize(static_cast<size_t>(kCopyChunk));
             const qint64 got = source.read(buffer.data(), want);
             if (got <= 0)
                 return readError(QStringLiteral("%1 changed or could not be read while it was being packed.")
