@@ -73,7 +73,7 @@ int runPack(const QStringList& args) {
     parser.addOptions({to, format, comment, force});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The folder whose files are packed."));
     if (auto status = parse(parser, QStringLiteral("pack"),
-                            QStringLiteral("Packs every file beneath a folder into a new POD archive: names relative "
+                            QStringLiteral("Packs every file beneath a folder into a new POD archive: names relative\n"
                                            "to the folder with \"\\\" separators, sorted without regard to case."),
                             args, 1))
         return *status;
@@ -116,9 +116,8 @@ int runAdd(const QStringList& args) {
     parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive (rewritten)."));
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The file to store."));
     if (auto status = parse(parser, QStringLiteral("add"),
-                            QStringLiteral("Stores a file in an archive, replacing an entry of the same name (any case) "
-                                           "in its place or adding it last. The comment and the other entries are "
-                                           "kept."),
+                            QStringLiteral("Stores a file in an archive, replacing an entry of the same name (any case)\n"
+                                           "in its place or adding it last. The comment and the other entries are kept."),
                             args, 2))
         return *status;
     if (!parser.isSet(as) || parser.value(as).isEmpty())
@@ -144,7 +143,7 @@ int runRemove(const QStringList& args) {
     parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive (rewritten)."));
     parser.addPositionalArgument(QStringLiteral("ENTRY"), QStringLiteral("The entry to remove (any case)."));
     if (auto status = parse(parser, QStringLiteral("remove"),
-                            QStringLiteral("Removes an entry from an archive, keeping the comment and the other "
+                            QStringLiteral("Removes an entry from an archive, keeping the comment and the other\n"
                                            "entries in their order."),
                             args, 2))
         return *status;
@@ -167,8 +166,8 @@ int runCheck(const QStringList& args) {
     parser.addOption(json);
     parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive to check."));
     if (auto status = parse(parser, QStringLiteral("check"),
-                            QStringLiteral("Checks an archive: its directory, every entry's extent and name, and "
-                                           "for POD2 the checksums. Exit status 1 when it is not fine."),
+                            QStringLiteral("Checks an archive: its directory, every entry's extent and name, and for\n"
+                                           "POD2 the checksums. Exit status 1 when it is not fine."),
                             args, 1))
         return *status;
     Host host;
