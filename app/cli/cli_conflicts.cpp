@@ -4,8 +4,8 @@
 
 #include "mounter/conflicts.h"
 #include "mounter/mounted_archives.h"
-#include "pod/pod_directory.h"
 #include "platform/game_text.h"
+#include "pod/pod_directory.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -40,10 +40,10 @@ void printJson(const ConflictReport& report) {
         const ConflictArchive& archive = report.archives[row];
         QJsonArray alsoIn;
         for (const auto& [other, count] : archive.sharedWith)
-            alsoIn.append(QJsonObject{{QStringLiteral("row"), other + 1},
-                                      {QStringLiteral("path"),
-                                       fromGameText(report.archives[static_cast<size_t>(other)].storedPath)},
-                                      {QStringLiteral("files"), count}});
+            alsoIn.append(QJsonObject{
+                {QStringLiteral("row"), other + 1},
+                {QStringLiteral("path"), fromGameText(report.archives[static_cast<size_t>(other)].storedPath)},
+                {QStringLiteral("files"), count}});
         QJsonObject object{{QStringLiteral("row"), static_cast<int>(row) + 1},
                            {QStringLiteral("path"), fromGameText(archive.storedPath)},
                            {QStringLiteral("state"), stateKey(archive.state)},
@@ -58,10 +58,10 @@ void printJson(const ConflictReport& report) {
     for (const ConflictPath& path : report.paths) {
         QJsonArray holders;
         for (const ConflictHolder& holder : path.holders) {
-            QJsonObject object{{QStringLiteral("row"), holder.archive + 1},
-                               {QStringLiteral("path"),
-                                fromGameText(report.archives[static_cast<size_t>(holder.archive)].storedPath)},
-                               {QStringLiteral("size"), holder.size}};
+            QJsonObject object{
+                {QStringLiteral("row"), holder.archive + 1},
+                {QStringLiteral("path"), fromGameText(report.archives[static_cast<size_t>(holder.archive)].storedPath)},
+                {QStringLiteral("size"), holder.size}};
             if (holder.digest)
                 object.insert(QStringLiteral("sha256"), digestText(holder));
             holders.append(object);
@@ -107,8 +107,7 @@ void printText(const ConflictReport& report) {
         QStringList others;
         for (const auto& [other, count] : archive.sharedWith)
             others << QStringLiteral("%1 (%2)").arg(pathOf(other)).arg(count);
-        out() << archive.sharedCount << " of " << archive.entryCount << " files also in " << others.join(", ")
-              << '\n';
+        out() << archive.sharedCount << " of " << archive.entryCount << " files also in " << others.join(", ") << '\n';
     }
 }
 

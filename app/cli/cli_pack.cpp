@@ -64,7 +64,8 @@ std::optional<std::string> gamePathOf(const Host& host, const QString& path, int
 
 int runPack(const QStringList& args) {
     QCommandLineParser parser;
-    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("The archive to write."), QStringLiteral("NEW.POD"));
+    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("The archive to write."),
+                                QStringLiteral("NEW.POD"));
     const QCommandLineOption format(QStringLiteral("format"), QStringLiteral("pod1 (default) or pod2."),
                                     QStringLiteral("FORMAT"), QStringLiteral("pod1"));
     const QCommandLineOption comment(QStringLiteral("comment"), QStringLiteral("The archive's comment (79 bytes)."),
@@ -96,7 +97,8 @@ int runPack(const QStringList& args) {
     options.comment = parser.value(comment);
     options.replaceExisting = parser.isSet(force);
     if (!options.replaceExisting && QFileInfo::exists(parser.value(to)))
-        return refusedWith(refused(QStringLiteral("%1 already exists; use --force to replace it.").arg(parser.value(to))));
+        return refusedWith(
+            refused(QStringLiteral("%1 already exists; use --force to replace it.").arg(parser.value(to))));
     const Result<PackSummary> packed = packFolder(host.files, *folder, *target, options);
     if (!packed)
         return refusedWith(packed.failure());
@@ -115,10 +117,11 @@ int runAdd(const QStringList& args) {
     parser.addOption(as);
     parser.addPositionalArgument(QStringLiteral("ARCHIVE"), QStringLiteral("The POD archive (rewritten)."));
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The file to store."));
-    if (auto status = parse(parser, QStringLiteral("add"),
-                            QStringLiteral("Stores a file in an archive, replacing an entry of the same name (any case)\n"
-                                           "in its place or adding it last. The comment and the other entries are kept."),
-                            args, 2))
+    if (auto status =
+            parse(parser, QStringLiteral("add"),
+                  QStringLiteral("Stores a file in an archive, replacing an entry of the same name (any case)\n"
+                                 "in its place or adding it last. The comment and the other entries are kept."),
+                  args, 2))
         return *status;
     if (!parser.isSet(as) || parser.value(as).isEmpty())
         return usage(QStringLiteral("add"), QStringLiteral("--as ENTRY is required."));

@@ -142,9 +142,8 @@ ConflictFinder::ConflictFinder(const FileServices& files) : m_files(files) {}
 
 ConflictFinder::~ConflictFinder() = default;
 
-std::shared_ptr<ConflictFinder::Listing> ConflictFinder::listingFor(const std::string& archivePath,
-                                                                   const QString& host, qint64 size,
-                                                                   qint64 modified, bool& read) {
+std::shared_ptr<ConflictFinder::Listing> ConflictFinder::listingFor(const std::string& archivePath, const QString& host,
+                                                                    qint64 size, qint64 modified, bool& read) {
     read = false;
     auto it = m_cache.find(archivePath);
     if (it != m_cache.end() && it->second->fileSize == size && it->second->modified == modified &&
@@ -246,8 +245,9 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
             holders.push_back(Index::Holder{static_cast<int>(refRow[ref]),
                                             static_cast<quint32>(ref - base[refRow[ref]]), std::nullopt});
         // One holder per row: the row's first entry of that path.
-        std::sort(holders.begin(), holders.end(),
-                  [](const Index::Holder& a, const Index::Holder& b) { return a.row != b.row ? a.row < b.row : a.entry < b.entry; });
+        std::sort(holders.begin(), holders.end(), [](const Index::Holder& a, const Index::Holder& b) {
+            return a.row != b.row ? a.row < b.row : a.entry < b.entry;
+        });
         holders.erase(std::unique(holders.begin(), holders.end(),
                                   [](const Index::Holder& a, const Index::Holder& b) { return a.row == b.row; }),
                       holders.end());
@@ -262,7 +262,9 @@ void ConflictFinder::buildIndex(const std::vector<std::shared_ptr<Listing>>& row
 
 void ConflictFinder::hashNeeded() {
     const auto& rows = m_index->rows;
-    auto sizeOf = [&](const Index::Holder& holder) { return rows[static_cast<size_t>(holder.row)]->sizes[holder.entry]; };
+    auto sizeOf = [&](const Index::Holder& holder) {
+        return rows[static_cast<size_t>(holder.row)]->sizes[holder.entry];
+    };
     auto needed = [&](const Index::Group& group, const Index::Holder& holder) {
         return std::any_of(group.holders.begin(), group.holders.end(), [&](const Index::Holder& other) {
             return &other != &holder && sizeOf(other) == sizeOf(holder);
@@ -377,8 +379,9 @@ Result<ConflictReport> ConflictFinder::find(const std::string& gameFolder, const
             it->second.pop_back();
             ++matched;
         }
-        if (matched != listed || std::count_if(m_index->rows.begin(), m_index->rows.end(),
-                                               [](const auto& p) { return p != nullptr; }) != static_cast<long>(listed))
+        if (matched != listed || std::count_if(m_index->rows.begin(), m_index->rows.end(), [](const auto& p) {
+                                     return p != nullptr;
+                                 }) != static_cast<std::ptrdiff_t>(listed))
             rowOf.clear();
     }
     if (rowOf.empty()) {

@@ -75,8 +75,8 @@ Result<std::vector<TreeFile>> listFilesBeneath(const FileServices& files, const 
         it.next();
         const QFileInfo info = it.fileInfo();
         if (info.isFile())
-            found.push_back(TreeFile{base.relativeFilePath(info.filePath()), info.size(),
-                                     info.lastModified().toSecsSinceEpoch()});
+            found.push_back(
+                TreeFile{base.relativeFilePath(info.filePath()), info.size(), info.lastModified().toSecsSinceEpoch()});
     }
 #endif
     return found;

@@ -169,7 +169,8 @@ ArchiveCheck checkArchive(const FileServices& files, const std::string& path) {
         check.findings.push_back({CheckProblem::Truncated, text});
     }
     if (!unsafe.empty())
-        check.findings.push_back({CheckProblem::UnsafeNames, QStringLiteral("Unsafe entry names: ") + namesText(unsafe)});
+        check.findings.push_back(
+            {CheckProblem::UnsafeNames, QStringLiteral("Unsafe entry names: ") + namesText(unsafe)});
     if (listing->pod2)
         checkChecksums(files, *listing, check);
     return check;

@@ -76,7 +76,8 @@ Result<std::vector<PackItem>> archiveItems(const FileServices& files, const PodD
         QFile file(host);
         const qint64 length = kPod2Record * static_cast<qint64>(rowCount(listing));
         if (!file.open(QIODevice::ReadOnly) || !file.seek(kPod2Header))
-            return readError(QStringLiteral("Could not read %1: %2").arg(fromGameText(listing.path()), file.errorString()));
+            return readError(
+                QStringLiteral("Could not read %1: %2").arg(fromGameText(listing.path()), file.errorString()));
         const QByteArray bytes = file.read(length);
         if (bytes.size() != length)
             return readError(unreadablePodText());
@@ -159,8 +160,8 @@ Result<std::string> podComment(const QString& comment) {
     return *bytes;
 }
 
-Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const std::string& folder,
-                                               PodFormat format, const std::string& skip) {
+Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const std::string& folder, PodFormat format,
+                                               const std::string& skip) {
     const Result<std::vector<TreeFile>> tree = listFilesBeneath(files, folder);
     if (!tree)
         return tree.failure();
@@ -205,8 +206,8 @@ Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const 
 }
 
 Result<PackSummary> writePodArchive(const FileServices& files, const std::string& target,
-                                    const std::vector<PackItem>& items, PodFormat format,
-                                    const std::string& comment, const WorkProgress& progress) {
+                                    const std::vector<PackItem>& items, PodFormat format, const std::string& comment,
+                                    const WorkProgress& progress) {
     const bool pod2 = format == PodFormat::Pod2;
     const qint64 count = static_cast<qint64>(items.size());
     if (count == 0)
@@ -219,7 +220,8 @@ Result<PackSummary> writePodArchive(const FileServices& files, const std::string
         if (dataBytes > kLargestArchive)
             break;
     }
-    const qint64 directoryBytes = pod2 ? kPod2Header + kPod2Record * count + nameBytes : kPod1Header + kPod1Record * count;
+    const qint64 directoryBytes =
+        pod2 ? kPod2Header + kPod2Record * count + nameBytes : kPod1Header + kPod1Record * count;
     if (dataBytes > kLargestArchive || directoryBytes + dataBytes > kLargestArchive)
         return refused(QStringLiteral("The files are too large for one POD archive (at most 2 GiB)."));
 
@@ -357,8 +359,7 @@ Result<PackSummary> addToArchive(const FileServices& files, const std::string& a
     return writePodArchive(files, archive, *items, format, listing->comment);
 }
 
-Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive,
-                                      const QString& entryName) {
+Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName) {
     const Result<PodDirectory> listing = ListPOD(files, archive);
     if (!listing)
         return listing.failure();
@@ -370,10 +371,10 @@ Result<PackSummary> removeFromArchive(const FileServices& files, const std::stri
     if (!at)
         return refused(QStringLiteral("The archive holds no file named %1.").arg(entryName));
     if (items->size() == 1)
-        return refused(QStringLiteral("%1 is the archive's only file; an archive must hold at least one.").arg(entryName));
+        return refused(
+            QStringLiteral("%1 is the archive's only file; an archive must hold at least one.").arg(entryName));
     items->erase(items->begin() + static_cast<std::ptrdiff_t>(*at));
-    return writePodArchive(files, archive, *items, listing->pod2 ? PodFormat::Pod2 : PodFormat::Pod1,
-                           listing->comment);
+    return writePodArchive(files, archive, *items, listing->pod2 ? PodFormat::Pod2 : PodFormat::Pod1, listing->comment);
 }
 
 } // namespace korvel

@@ -38,18 +38,18 @@ Result<std::string> podComment(const QString& comment);
 
 // One entry of an archive to write, and where its data comes from.
 struct PackItem {
-    std::string name;       // entry name, game text
-    qint64 size = 0;        // bytes
-    qint64 modified = 0;    // Unix time, the POD2 record's timestamp
-    QString sourceHost;     // host path of the file that holds the data
+    std::string name;        // entry name, game text
+    qint64 size = 0;         // bytes
+    qint64 modified = 0;     // Unix time, the POD2 record's timestamp
+    QString sourceHost;      // host path of the file that holds the data
     qint64 sourceOffset = 0; // where the data starts in it
 };
 
 // The files beneath `folder` as entries, sorted by name without regard to case (the data goes in
 // the same order). The file `skip` (a game path; the archive being written) is left out. Two files
 // whose names differ only in case are refused, as is an empty folder.
-Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const std::string& folder,
-                                               PodFormat format, const std::string& skip = {});
+Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const std::string& folder, PodFormat format,
+                                               const std::string& skip = {});
 
 struct PackSummary {
     qint64 entries = 0;
@@ -60,8 +60,8 @@ struct PackSummary {
 // the target only when everything was written. POD2 archives get the header checksum, each record's
 // checksum and timestamp, and an empty audit trail.
 Result<PackSummary> writePodArchive(const FileServices& files, const std::string& target,
-                                    const std::vector<PackItem>& items, PodFormat format,
-                                    const std::string& comment, const WorkProgress& progress = {});
+                                    const std::vector<PackItem>& items, PodFormat format, const std::string& comment,
+                                    const WorkProgress& progress = {});
 
 struct PackOptions {
     PodFormat format = PodFormat::Pod1;
@@ -81,7 +81,6 @@ Result<PackSummary> addToArchive(const FileServices& files, const std::string& a
 
 // Rewrites `archive` without the entry `entryName` (any case). Refused when no entry has that name
 // or when it is the archive's only entry.
-Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive,
-                                      const QString& entryName);
+Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName);
 
 } // namespace korvel

@@ -22,7 +22,8 @@ TEST_F(CliPack, packListCheckAddAndRemoveAnArchive) {
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
     EXPECT_EQ(run.out.toStdString(), "Packed 2 files into " + path("NEW.POD").toStdString() + " (660 bytes).\n");
     run = cli({"list", path("NEW.POD")});
-    EXPECT_TRUE(run.out.startsWith("POD Name: My mod\nPOD Size: 660\nPOD Type: Other (POD2)\n")) << run.out.toStdString();
+    EXPECT_TRUE(run.out.startsWith("POD Name: My mod\nPOD Size: 660\nPOD Type: Other (POD2)\n"))
+        << run.out.toStdString();
     EXPECT_TRUE(run.out.endsWith("\n\ndata\\One.bin\t3\t157\t160\nTwo.BIN\t500\t160\t660\n")) << run.out.toStdString();
     run = cli({"check", path("NEW.POD")});
     EXPECT_EQ(run.status, 0);
@@ -45,7 +46,8 @@ TEST_F(CliPack, packListCheckAddAndRemoveAnArchive) {
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
     EXPECT_EQ(run.out.trimmed(), "Removed TWO.bin; the archive holds 2 files.");
     run = cli({"list", path("NEW.POD")});
-    EXPECT_TRUE(run.out.endsWith("\n\ndata\\One.bin\t3\t164\t167\ndocs\\extra.txt\t5\t167\t172\n")) << run.out.toStdString();
+    EXPECT_TRUE(run.out.endsWith("\n\ndata\\One.bin\t3\t164\t167\ndocs\\extra.txt\t5\t167\t172\n"))
+        << run.out.toStdString();
     EXPECT_EQ(cli({"check", path("NEW.POD")}).status, 0);
 
     run = cli({"pack", path("mod"), "--to", path("NEW.POD"), "--force"});
@@ -103,9 +105,10 @@ TEST_F(CliPack, mounterConflictsAndCheckReportTheMountedArchives) {
 }
 
 TEST_F(CliPack, badCommandLinesEndWithStatusTwo) {
-    for (const QStringList& line : {QStringList{"pack", path("mod")}, QStringList{"pack", path("mod"), "--to", path("X.POD"), "--format", "pod3"},
-                                    QStringList{"add", path("X.POD"), path("mod/Two.BIN")}, QStringList{"remove", path("X.POD")},
-                                    QStringList{"check"}}) {
+    for (const QStringList& line :
+         {QStringList{"pack", path("mod")}, QStringList{"pack", path("mod"), "--to", path("X.POD"), "--format", "pod3"},
+          QStringList{"add", path("X.POD"), path("mod/Two.BIN")}, QStringList{"remove", path("X.POD")},
+          QStringList{"check"}}) {
         const CliRun run = cli(line);
         EXPECT_EQ(run.status, 2) << line.join(' ').toStdString();
         EXPECT_FALSE(run.err.isEmpty());

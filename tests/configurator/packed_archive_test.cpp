@@ -22,8 +22,8 @@ TEST(PackedArchive, takesTheRaceTypeConversionAndTheTruckPatch) {
         SCOPED_TRACE(format == PodFormat::Pod1 ? "POD1" : "POD2");
         TempDrive drive;
         drive.makeFolder("C:\\Game");
-        drive.write(kFolder + "\\TRACK.SIT",
-                    korvel::testing::trackInfoText(format == PodFormat::Pod1 ? 18 : 12, "2") + "Track Race Type =2\r\n");
+        drive.write(kFolder + "\\TRACK.SIT", korvel::testing::trackInfoText(format == PodFormat::Pod1 ? 18 : 12, "2") +
+                                                 "Track Race Type =2\r\n");
         drive.write(kFolder + "\\TRUCK.TRK", "truck\r\nversion =4\r\n");
         ASSERT_TRUE(packFolder(drive.files(), kFolder, kArchive, {format, QString(), false}).ok());
         const Result<PodDirectory> listing = ListPOD(drive.files(), kArchive);

@@ -109,8 +109,7 @@ TEST_F(Conflicts, aReorderRereadsNothingAndAChangedArchiveIsReadAgain) {
     ASSERT_TRUE(report.ok());
     EXPECT_EQ(holdersText(*report, "A_ONLY.BIN"), "A_ONLY.BIN identical: 0/1= 5/1=") << "mounted twice";
 
-    EXPECT_EQ(finder.find(kGame, m_mounted, [](qint64, qint64) { return false; }).failure().message,
-              cancelledText());
+    EXPECT_EQ(finder.find(kGame, m_mounted, [](qint64, qint64) { return false; }).failure().message, cancelledText());
 }
 
 TEST_F(Conflicts, checkReportsEveryMountedArchiveInMountOrder) {
@@ -124,9 +123,9 @@ TEST_F(Conflicts, checkReportsEveryMountedArchiveInMountOrder) {
     std::vector<std::string> summaries;
     for (const MountedCheck& row : *checks)
         summaries.push_back(row.storedPath + ": " + row.check.summary().left(22).toStdString());
-    EXPECT_EQ(summaries, (std::vector<std::string>{"ADDON\\A.POD: Fine", "MISSING.POD: Not found",
-                                                   "B.POD: Wrong checksum: header",
-                                                   "BAD.POD: Sorry, but Korvel was ", "C:\\Elsewhere\\C.POD: Fine"}));
+    EXPECT_EQ(summaries,
+              (std::vector<std::string>{"ADDON\\A.POD: Fine", "MISSING.POD: Not found", "B.POD: Wrong checksum: header",
+                                        "BAD.POD: Sorry, but Korvel was ", "C:\\Elsewhere\\C.POD: Fine"}));
     EXPECT_EQ(progress.front(), std::make_pair(qint64(0), qint64(5)));
     EXPECT_EQ(progress.back(), std::make_pair(qint64(5), qint64(5)));
 }

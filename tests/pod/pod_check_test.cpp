@@ -65,8 +65,7 @@ TEST(ArchiveCheck, reportsEveryKindOfDamageWithItsOwnText) {
              return pod.pod1();
          },
          "truncated", "Truncated: LONG.BIN ends at byte 5509 of a 511-byte file"},
-        {"escaping names",
-         [] { return sample().add("..\\EVIL.BIN", "e").add("C:\\ABS.BIN", "a").pod1(); },
+        {"escaping names", [] { return sample().add("..\\EVIL.BIN", "e").add("C:\\ABS.BIN", "a").pod1(); },
          "unsafe-names", "Unsafe entry names: ..\\EVIL.BIN, C:\\ABS.BIN"},
         {"header checksum only",
          [] {
@@ -92,9 +91,9 @@ TEST(ArchiveCheck, reportsEveryKindOfDamageWithItsOwnText) {
              return bytes;
          },
          "wrong-checksum", "Wrong checksum: header; entries B.BIN"},
-        {"unsealed POD2 with an unsafe name",
-         [] { return sample().add("A\\..\\..\\X", "x").pod2(); },
-         "unsafe-names,wrong-checksum", "Unsafe entry names: A\\..\\..\\X; Wrong checksum: header; entries DATA\\A.BIN, B.BIN"},
+        {"unsealed POD2 with an unsafe name", [] { return sample().add("A\\..\\..\\X", "x").pod2(); },
+         "unsafe-names,wrong-checksum",
+         "Unsafe entry names: A\\..\\..\\X; Wrong checksum: header; entries DATA\\A.BIN, B.BIN"},
     };
     for (const auto& row : rows) {
         TempDrive drive;

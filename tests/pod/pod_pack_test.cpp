@@ -147,10 +147,11 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         zeta.close();
         std::vector<std::pair<qint64, qint64>> progress;
         PackOptions options{format, QStringLiteral("My mod"), false};
-        const Result<PackSummary> packed = packFolder(drive.files(), kFolder, kArchive, options, [&](qint64 d, qint64 t) {
-            progress.emplace_back(d, t);
-            return true;
-        });
+        const Result<PackSummary> packed =
+            packFolder(drive.files(), kFolder, kArchive, options, [&](qint64 d, qint64 t) {
+                progress.emplace_back(d, t);
+                return true;
+            });
         ASSERT_TRUE(packed.ok()) << packed.failure().message.toStdString();
         EXPECT_EQ(packed->entries, 6);
         EXPECT_EQ(progress.back(), std::make_pair(qint64(6), qint64(6)));
@@ -162,7 +163,7 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         EXPECT_EQ(listing->pod2, format == PodFormat::Pod2);
         EXPECT_EQ(listing->comment, "My mod");
         EXPECT_EQ(names(*listing), (std::vector<std::string>{"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN",
-                                                              "big.bin", "empty.bin", "Zeta.bin"}));
+                                                             "big.bin", "empty.bin", "Zeta.bin"}));
         // Data in directory order, packed without gaps, right after the directory.
         qint32 expectedStart = listing->entries.front().start;
         for (const PodEntry& entry : listing->entries) {
@@ -172,9 +173,11 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         EXPECT_EQ(expectedStart, qint32(bytes.size()));
 
         ASSERT_TRUE(ExtractFiles(drive.files(), *listing, allRows(*listing), "C:\\Out", {true, true}).ok());
-        for (const char* file : {"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN", "big.bin", "empty.bin", "Zeta.bin"})
+        for (const char* file :
+             {"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN", "big.bin", "empty.bin", "Zeta.bin"})
             EXPECT_EQ(drive.read(std::string("C:\\Out\\") + file), drive.read(kFolder + "\\" + file)) << file;
-        EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine()) << checkArchive(drive.files(), kArchive).summary().toStdString();
+        EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine())
+            << checkArchive(drive.files(), kArchive).summary().toStdString();
 
         if (format == PodFormat::Pod2) {
             EXPECT_EQ(field(bytes, 4), bitwiseCrc(std::string_view(bytes).substr(8)));
@@ -206,8 +209,8 @@ TEST(PackFolder, refusesCaseTwinsEmptyFoldersAndExistingTargetsAndCanBeCancelled
     drive.write(kFolder + "\\a.txt", "a");
     drive.write(kArchive, "old");
     EXPECT_NE(packFolder(drive.files(), kFolder, kArchive, keep).failure().message.indexOf("already exists"), -1);
-    const Result<PackSummary> cancelled =
-        packFolder(drive.files(), kFolder, kArchive, {PodFormat::Pod2, QString(), true}, [](qint64, qint64) { return false; });
+    const Result<PackSummary> cancelled = packFolder(
+        drive.files(), kFolder, kArchive, {PodFormat::Pod2, QString(), true}, [](qint64, qint64) { return false; });
     EXPECT_EQ(cancelled.failure().message, cancelledText());
     EXPECT_EQ(drive.read(kArchive), "old") << "neither refusal nor cancelling touches the old file";
     EXPECT_TRUE(packFolder(drive.files(), kFolder, kArchive, {PodFormat::Pod2, QString(), true}).ok());
@@ -257,7 +260,8 @@ TEST(ArchiveUpdate, addReplacesInPlaceOrAppendsAndKeepsCommentOrderAndOtherBytes
         EXPECT_EQ(data(1), std::string(3000, 'b'));
         EXPECT_EQ(data(2), "ccc");
         EXPECT_EQ(data(3), "brand new");
-        EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine()) << checkArchive(drive.files(), kArchive).summary().toStdString();
+        EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine())
+            << checkArchive(drive.files(), kArchive).summary().toStdString();
         if (format == PodFormat::Pod2) {
             EXPECT_EQ(field(after, 96 + 20 * 1 + 12), field(before, 96 + 20 * 1 + 12)) << "b.bin keeps its timestamp";
         }
