@@ -35,9 +35,14 @@ bool walk(int dirFd, const QString& prefix, std::vector<TreeFile>& found) {
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
             continue;
         struct stat info;
-        const bool isLink = entry->d_type == DT_LNK;
-        if (fstatat(dirfd(dir), name, &info, isLink ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
-            continue; // a dangling link, or gone meanwhile
+        bool isLink = entry->d_type == DT_LNK;
+        if (!isLink) {
+            if (fstatat(dirfd(dir), name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;                   // gone meanwhile
+            isLink = S_ISLNK(info.st_mode); // file systems that leave the type unknown
+        }
+        if (isLink && fstatat(dirfd(dir), name, &info, 0) != 0)
+            continue; // a dangling link
         const QString relative = prefix + QFile::decodeName(name);
         if (S_ISDIR(info.st_mode)) {
             if (isLink)

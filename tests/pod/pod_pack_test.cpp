@@ -225,12 +225,23 @@ TEST(PackFolder, refusesCaseTwinsEmptyFoldersAndExistingTargetsAndCanBeCancelled
     EXPECT_FALSE(drive.exists("C:\\Game\\TWINS.POD"));
 }
 
-TEST(PackFolder, leavesOutTheArchiveItWritesIntoTheSameFolder) {
+TEST(PackFolder, leavesOutTheArchiveItWritesIntoTheSameFolderAndFollowsLinksToFilesOnly) {
     TempDrive drive;
     drive.write(kFolder + "\\a.txt", "a");
+    drive.write("C:\\Outside\\deep\\x.bin", "x");
+#ifdef Q_OS_UNIX
+    ASSERT_TRUE(QFile::link(drive.root() + "/Outside/deep/x.bin", drive.root() + "/Mod/linked.bin"));
+    ASSERT_TRUE(QFile::link(drive.root() + "/Outside", drive.root() + "/Mod/folder-link"));
+    ASSERT_TRUE(QFile::link(drive.root() + "/nowhere", drive.root() + "/Mod/dangling"));
+#endif
     drive.write(kFolder + "\\SELF.POD", "an older pack");
     ASSERT_TRUE(packFolder(drive.files(), kFolder, kFolder + "\\SELF.POD", {PodFormat::Pod1, QString(), true}).ok());
+#ifdef Q_OS_UNIX
+    EXPECT_EQ(names(*ListPOD(drive.files(), kFolder + "\\SELF.POD")),
+              (std::vector<std::string>{"a.txt", "linked.bin"}));
+#else
     EXPECT_EQ(names(*ListPOD(drive.files(), kFolder + "\\SELF.POD")), std::vector<std::string>{"a.txt"});
+#endif
 }
 
 TEST(ArchiveUpdate, addReplacesInPlaceOrAppendsAndKeepsCommentOrderAndOtherBytes) {
