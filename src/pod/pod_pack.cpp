@@ -333,7 +333,7 @@ Result<PackSummary> packFolder(const FileServices& files, const std::string& fol
 }
 
 Result<PackSummary> addToArchive(const FileServices& files, const std::string& archive, const std::string& file,
-                                 const QString& entryName) {
+                                 const QString& entryName, const WorkProgress& progress) {
     const Result<PodDirectory> listing = ListPOD(files, archive);
     if (!listing)
         return listing.failure();
@@ -356,10 +356,11 @@ Result<PackSummary> addToArchive(const FileServices& files, const std::string& a
         (*items)[*at] = std::move(added);
     else
         items->push_back(std::move(added));
-    return writePodArchive(files, archive, *items, format, listing->comment);
+    return writePodArchive(files, archive, *items, format, listing->comment, progress);
 }
 
-Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName) {
+Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName,
+                                      const WorkProgress& progress) {
     const Result<PodDirectory> listing = ListPOD(files, archive);
     if (!listing)
         return listing.failure();
@@ -374,7 +375,8 @@ Result<PackSummary> removeFromArchive(const FileServices& files, const std::stri
         return refused(
             QStringLiteral("%1 is the archive's only file; an archive must hold at least one.").arg(entryName));
     items->erase(items->begin() + static_cast<std::ptrdiff_t>(*at));
-    return writePodArchive(files, archive, *items, listing->pod2 ? PodFormat::Pod2 : PodFormat::Pod1, listing->comment);
+    return writePodArchive(files, archive, *items, listing->pod2 ? PodFormat::Pod2 : PodFormat::Pod1, listing->comment,
+                           progress);
 }
 
 } // namespace korvel

@@ -77,10 +77,11 @@ Result<PackSummary> packFolder(const FileServices& files, const std::string& fol
 // entry of that name (any case) is replaced in its place, otherwise the new entry goes last. The
 // comment, the other entries' data and their order are kept.
 Result<PackSummary> addToArchive(const FileServices& files, const std::string& archive, const std::string& file,
-                                 const QString& entryName);
+                                 const QString& entryName, const WorkProgress& progress = {});
 
 // Rewrites `archive` without the entry `entryName` (any case). Refused when no entry has that name
 // or when it is the archive's only entry.
-Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName);
+Result<PackSummary> removeFromArchive(const FileServices& files, const std::string& archive, const QString& entryName,
+                                      const WorkProgress& progress = {});
 
 } // namespace korvel
