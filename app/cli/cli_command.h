@@ -3,12 +3,19 @@
 #include "platform/dialogs.h"
 #include "platform/result.h"
 
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
 
 #include <functional>
+#include <string>
 #include <vector>
+
+namespace korvel {
+class FileServices;
+struct ArchiveCheck;
+} // namespace korvel
 
 namespace korvel::cli {
 
@@ -44,5 +51,15 @@ std::vector<Command> archiveCommands();
 std::vector<Command> mounterCommands();
 std::vector<Command> startupCommands();
 std::vector<Command> configuratorCommands();
+std::vector<Command> packCommands();
+
+// The mounter's reports on the mounted archives (stored paths in mount order): conflicts exits 0;
+// check exits 1 when any archive is not fine.
+int runMountedConflicts(const FileServices& files, const std::string& gameFolder,
+                        const std::vector<std::string>& storedPaths, bool json);
+int runMountedCheck(const FileServices& files, const std::string& gameFolder,
+                    const std::vector<std::string>& storedPaths, bool json);
+// One archive's check as JSON: fine, summary, problems [{kind, text}].
+QJsonObject checkJson(const ArchiveCheck& check);
 
 } // namespace korvel::cli

@@ -30,7 +30,7 @@ namespace {
 
 std::vector<Command> allCommands() {
     std::vector<Command> commands;
-    for (auto part : {archiveCommands, mounterCommands, startupCommands, configuratorCommands}) {
+    for (auto part : {archiveCommands, packCommands, mounterCommands, startupCommands, configuratorCommands}) {
         auto more = part();
         commands.insert(commands.end(), more.begin(), more.end());
     }

@@ -50,7 +50,8 @@ constexpr const char* kProfile = "korvel-cli";
 const QStringList kCommands = {QStringLiteral("show"),        QStringLiteral("mount"),  QStringLiteral("unmount"),
                                QStringLiteral("top"),         QStringLiteral("up"),     QStringLiteral("down"),
                                QStringLiteral("bottom"),      QStringLiteral("delete"), QStringLiteral("mount-all"),
-                               QStringLiteral("unmount-all"), QStringLiteral("clean")};
+                               QStringLiteral("unmount-all"), QStringLiteral("clean"),
+                               QStringLiteral("conflicts"),   QStringLiteral("check")};
 
 int refusedWith(const QString& message) {
     err() << message << '\n';
@@ -119,8 +120,11 @@ int runMounter(const QStringList& args) {
         "  unmount ENTRY...     unmount mounted rows, named by their stored path as 'show' prints it\n"
         "  top|up|down|bottom ENTRY...  move mounted rows\n"
         "  delete ENTRY...      send unmounted archives to the recycle bin\n"
-        "  mount-all, unmount-all, clean (drop the rows whose archive was not found)\n\n"
-        "Every command but 'show' and 'delete' saves POD.INI; each then prints the lists as 'show' does."));
+        "  mount-all, unmount-all, clean (drop the rows whose archive was not found)\n"
+        "  conflicts            the paths two or more mounted archives hold, with their holders in mount order\n"
+        "  check                checks every mounted archive; exit status 1 when any is not fine\n\n"
+        "Every command but 'show', 'delete', 'conflicts' and 'check' saves POD.INI; each but the last two then\n"
+        "prints the lists as 'show' does."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("game"), QStringLiteral("The game folder."), QStringLiteral("DIR")});
     parser.addOption({QStringLiteral("ini"), QStringLiteral("The POD.INI to use (default: the game folder's)."),
@@ -144,7 +148,8 @@ int runMounter(const QStringList& args) {
     const QString command = positional.takeFirst();
     if (!kCommands.contains(command))
         return usage(QStringLiteral("unknown command '%1'.").arg(command));
-    const bool takesNames = command != QLatin1String("show") && command != QLatin1String("mount-all") &&
+    const bool report = command == QLatin1String("conflicts") || command == QLatin1String("check");
+    const bool takesNames = !report && command != QLatin1String("show") && command != QLatin1String("mount-all") &&
                             command != QLatin1String("unmount-all") && command != QLatin1String("clean");
     if (takesNames && positional.isEmpty())
         return usage(QStringLiteral("'%1' needs at least one name.").arg(command));
@@ -202,6 +207,13 @@ int runMounter(const QStringList& args) {
 
     if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
         return refusedWith(loaded.status.failure().message);
+    if (report) {
+        std::vector<std::string> stored;
+        for (const MountedEntry& row : mounter.mounted().rows())
+            stored.push_back(row.path);
+        return command == QLatin1String("conflicts") ? runMountedConflicts(files, session.location, stored, json)
+                                                      : runMountedCheck(files, session.location, stored, json);
+    }
     mounter.ScanUnmounted();
 
     Status status;

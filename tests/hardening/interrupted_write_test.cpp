@@ -56,6 +56,8 @@ const WrittenFile kWrittenFiles[] = {
     {"small_extraction", "out/DATA/SMALL.BIN", "extract %g/BIG.POD --to %g/out DATA\\SMALL.BIN"},
     {"settings_file", "registry.json", "settings set Mode E"},
     {"new_profile", "registry.json", "profiles add %g/monster.exe --name Evo"}, // six values, one save
+    {"packed_archive", "PACKED.POD", "pack %g/out --to %g/PACKED.POD --format pod2 --force"},
+    {"archive_add", "SMALL.POD", "add %g/SMALL.POD %g/out/DATA/SMALL.BIN --as DATA\\NEW.BIN"},
 };
 
 class InterruptedWrites : public ::testing::TestWithParam<WrittenFile> {
@@ -76,6 +78,8 @@ protected:
         const std::string bytes = big.pod2();
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.POD"), QByteArray(bytes.data(), qsizetype(bytes.size()))));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.txt"), "an older listing\r\n"));
+        const std::string small = PodWriter().comment("Small").add("DATA\\OLD.BIN", "old").pod2();
+        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/SMALL.POD"), QByteArray(small.data(), qsizetype(small.size()))));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/LARGE.BIN"), "an older extraction"));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/SMALL.BIN"), "an older small extraction"));
         // The program's key exists already, so that setting a value is one write.
@@ -160,7 +164,7 @@ TEST_P(InterruptedWrites, aFullDiskLeavesTheOldContentAndNamesTheFile) {
     const QString small = disk + QStringLiteral("/game");
     for (const QString& path :
          {QString::fromLatin1(GetParam().target), QStringLiteral("monster.exe"), QStringLiteral("system/monster.ini"),
-          QStringLiteral("player.pro"), QStringLiteral("POD.INI")})
+          QStringLiteral("player.pro"), QStringLiteral("POD.INI"), QStringLiteral("out/DATA/SMALL.BIN")})
         if (QFile::exists(m_game + QLatin1Char('/') + path) && !QFile::exists(small + QLatin1Char('/') + path)) {
             ASSERT_TRUE(writeFile(small + QLatin1Char('/') + path, readFile(m_game + QLatin1Char('/') + path)));
         }
