@@ -47,9 +47,11 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
 // The game folder named by --game, as a game path.
 std::optional<std::string> gameFolder(const PathMap& paths, const QCommandLineParser& parser) {
     const QString folder = parser.value(QStringLiteral("game"));
-    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+    const Result<QString> host = paths.typedHostPath(folder);
+    if (folder.isEmpty() || !host || !QFileInfo(*host).isDir())
         return std::nullopt;
-    return paths.toGame(QFileInfo(folder).absoluteFilePath());
+    const Result<std::string> game = paths.typedGamePath(folder);
+    return game ? std::optional<std::string>(*game) : std::nullopt;
 }
 
 // ---- monster ----
@@ -130,10 +132,10 @@ int runMonster(const QStringList& args) {
             return usage(QStringLiteral("monster: --language needs a value."));
         } else {
             // An existing file is taken as the host file it names; any other text as the game reads it.
-            const QFileInfo file(language);
+            const Result<QString> file = paths.typedHostPath(language);
             std::optional<std::string> gamePath;
-            if (file.isFile())
-                gamePath = paths.toGame(file.absoluteFilePath());
+            if (file && QFileInfo(*file).isFile())
+                gamePath = paths.toGame(*file);
             settings->localization = 4;
             settings->custom = gamePath ? customLanguagePath(*gamePath, *folder) : toGameText(language);
         }

@@ -2,6 +2,7 @@
 
 #include "platform/dialogs.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
@@ -56,16 +57,6 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
     return std::nullopt;
 }
 
-// The game path of a host file.
-std::string gamePathOf(const PathMap& paths, const QString& host) {
-    const QString absolute = QFileInfo(host).absoluteFilePath();
-    if (!paths.isIdentity()) {
-        if (std::optional<std::string> game = paths.toGame(absolute))
-            return *game;
-    }
-    return toGameText(QDir::toNativeSeparators(absolute));
-}
-
 // ---- profiles ----
 
 int runProfiles(const QStringList& args) {
@@ -103,12 +94,20 @@ int runProfiles(const QStringList& args) {
         return kExitOk;
     }
     if (action == QLatin1String("add")) {
-        const QString exe = positional[1];
-        if (!QFileInfo(exe).isFile())
+        const Result<QString> exe = paths.typedHostPath(positional[1]);
+        if (!exe || !QFileInfo(*exe).isFile())
             return refused(QStringLiteral("File not found!"));
-        const std::string exePath = gamePathOf(paths, exe);
-        const std::string name = parser.isSet(QStringLiteral("name")) ? toGameText(parser.value(QStringLiteral("name")))
-                                                                      : GameProfiles::proposedName(exePath);
+        const Result<std::string> typedPath = paths.typedGamePath(positional[1]);
+        if (!typedPath)
+            return refused(typedPath.failure().message);
+        const std::string& exePath = *typedPath;
+        std::string name = GameProfiles::proposedName(exePath);
+        if (parser.isSet(QStringLiteral("name"))) {
+            const std::optional<std::string> typedName = encodeGameText(parser.value(QStringLiteral("name")));
+            if (!typedName)
+                return refused(unrepresentableMessage(parser.value(QStringLiteral("name"))));
+            name = *typedName;
+        }
         if (name.empty())
             return usage(QStringLiteral("profiles: the profile needs a name (--name)."));
         profiles.addProfile(exePath, name);

@@ -2,6 +2,9 @@
 
 #include "platform/game_path.h"
 #include "platform/game_text.h"
+#include "platform/wine.h"
+
+#include <QDir>
 
 namespace korvel {
 
@@ -60,6 +63,23 @@ bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session
     store.CreateKey(kLobbyKey);
     for (const GameRegistryEntry& entry : gameRegistryEntries(folder))
         store.WriteValue(entry.key, entry.value, entry.text);
+    return true;
+}
+
+bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session, const PathMap& paths,
+                        const QString& regFolder) {
+    if (!RepairGameRegistry(store, dialogs, session))
+        return false;
+    if (paths.isIdentity())
+        return true;
+    std::vector<RegFileValue> values;
+    for (const GameRegistryEntry& entry : gameRegistryEntries(session.location))
+        values.push_back({entry.key, entry.value, entry.text});
+    QDir().mkpath(regFolder);
+    const RegImportOutcome outcome = importIntoWinePrefix(
+        values, QDir(regFolder).filePath(QStringLiteral("mtm2-registry.reg")), PathMap::hostWinePrefix());
+    dialogs.message(QStringLiteral("Fix Game Registry Entries"), outcome.message,
+                    outcome.imported ? MessageIcon::Information : MessageIcon::Exclamation);
     return true;
 }
 

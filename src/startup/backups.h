@@ -26,5 +26,10 @@ std::vector<GameRegistryEntry> gameRegistryEntries(const std::string& folder);
 // Asks for the game's executable and writes the game's registry entries for its folder, which also
 // becomes the session's game folder until the program ends. False when the user cancelled.
 bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session);
+// The same, and where the game runs under Wine (a drive-mapped `paths`), into the registry of the
+// Wine prefix too, through a registry file kept in `regFolder` (host folder); then tells the user
+// where the values went.
+bool RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, Session& session, const PathMap& paths,
+                        const QString& regFolder);
 
 } // namespace korvel

@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "backups.h"
+#include "platform/game_codec.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -139,6 +140,18 @@ void Startup::readProfileValues() {
     m_session.configurator = m_store.readProfile(game, kConfigurator) == "True";
 }
 
+void Startup::applyCodePage(const std::string& game) {
+    std::string setting = m_store.readProfile(game, kCodePage);
+    if (setting == kError)
+        setting.clear();
+    Result<CodePageChoice> choice = chooseGameCodec(QString(), QString::fromStdString(setting), PathMap::hostWinePrefix());
+    if (!choice) {
+        m_services.dialogs.message(QStringLiteral("Information"), choice.failure().message, MessageIcon::Exclamation);
+        choice = systemGameCodec(PathMap::hostWinePrefix());
+    }
+    GameCodec::setActive(choice->codec);
+}
+
 StartupResult Startup::Main(const std::string& commandLine) {
     // 1-2. The command line counts on the first entry only; the version text marks that entry.
     std::string request = m_session.versionText.empty() ? commandLine : std::string();
@@ -164,6 +177,7 @@ StartupResult Startup::Main(const std::string& commandLine) {
     for (std::string_view name : kProfileValues)
         values[name] = m_store.readProfile(game, name);
     readProfileValues();
+    applyCodePage(game);
     m_session.asPod = values[kAsPod];
     m_session.asPlayer = values[kAsPlayer];
     m_session.asMonster = values[kAsMonster];

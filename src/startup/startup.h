@@ -50,6 +50,8 @@ public:
 private:
     bool chooseProfile(std::string request, const std::string& list);
     void readProfileValues();
+    // Makes the profile's code page (its setting, else the system's) the active one.
+    void applyCodePage(const std::string& game);
     void validateSettings(const std::string& profile);
     void terminateWith(const QString& text);
 

@@ -1,6 +1,7 @@
 #include "configurator_pane.h"
 
 #include "platform/dialogs.h"
+#include "platform/file_registry.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/services.h"
@@ -9,6 +10,7 @@
 #include "startup/session.h"
 
 #include <QCheckBox>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -257,7 +259,8 @@ void ConfiguratorPane::showSelectedDriver() {
 }
 
 void ConfiguratorPane::fixRegistry() {
-    RepairGameRegistry(m_store, m_services.dialogs, m_session);
+    RepairGameRegistry(m_store, m_services.dialogs, m_session, m_services.paths,
+                       QFileInfo(FileRegistry::defaultPath()).absolutePath());
 }
 
 void ConfiguratorPane::showEvent(QShowEvent* event) {
