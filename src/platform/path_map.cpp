@@ -216,9 +216,10 @@ Result<QString> PathMap::typedHostPath(const QString& typed) const {
     if (m_identity)
         return QDir::cleanPath(QFileInfo(QDir::fromNativeSeparators(text)).absoluteFilePath());
     if (text.size() >= 2 && text.at(1) == QLatin1Char(':') && text.at(0).isLetter() && text.at(0).unicode() < 0x80) {
-        const std::optional<std::string> game = encodeGameText(text);
+        std::optional<std::string> game = encodeGameText(text);
         if (!game)
             return refused(unrepresentableMessage(text));
+        std::replace(game->begin(), game->end(), '/', '\\');
         const QString host = toHost(*game);
         if (host.isEmpty())
             return refused(QStringLiteral("No folder is mapped for drive %1: (%2). Give the path on this computer "
