@@ -1,5 +1,6 @@
 #include "platform/game_codec.h"
 #include "platform/wine.h"
+#include "fake_wine.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,51 +9,9 @@
 #include <gtest/gtest.h>
 
 using namespace korvel;
+using namespace korvel::testing;
 
 namespace {
-
-// Sets an environment variable for the life of the object, then restores it.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(const char* name, const QByteArray& value) : m_name(name), m_saved(qgetenv(name)) {
-        if (value.isNull())
-            qunsetenv(name);
-        else
-            qputenv(name, value);
-    }
-    ~ScopedEnvironment() {
-        if (m_saved.isNull())
-            qunsetenv(m_name);
-        else
-            qputenv(m_name, m_saved);
-    }
-
-private:
-    const char* m_name;
-    QByteArray m_saved;
-};
-
-QString fromUtf16File(const QByteArray& bytes) {
-    return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData() + 2), (bytes.size() - 2) / 2);
-}
-
-// A stand-in for wine that records its arguments, its WINEPREFIX and the registry file it is given.
-QString writeFakeWine(const QTemporaryDir& dir, int exitStatus = 0) {
-    const QString script = dir.filePath("fake-wine");
-    QFile file(script);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QStringLiteral("#!/bin/sh\n"
-                              "printf '%s\\n' \"$WINEPREFIX\" \"$@\" > '%1/wine-args'\n"
-                              "f=$(printf '%s' \"$3\" | sed 's/^Z://' | tr '\\\\\\\\' '/')\n"
-                              "cp \"$f\" '%1/imported.reg'\n"
-                              "exit %2\n")
-                   .arg(dir.path())
-                   .arg(exitStatus)
-                   .toUtf8());
-    file.close();
-    file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
-    return script;
-}
 
 QByteArray readFile(const QString& path) {
     QFile file(path);
