@@ -208,3 +208,16 @@ TEST(MainWindowButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
     QTest::mouseClick(window.quitButton(), Qt::LeftButton);
     EXPECT_TRUE(window.isVisible()); // still unsaved: the question was not answered
 }
+
+TEST(MainWindowButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGameDidNotStart) {
+    WindowFixture f;
+    f.set(settings::kLaunchCommand, "proton run");
+    auto& window = f.open();
+    window.ShowMounter("0");
+    f.drive.shell().succeed = false;
+    f.drive.shell().failure = "Wine was not found, so the game cannot be started.";
+    QTest::mouseClick(window.playButton(), Qt::LeftButton);
+    EXPECT_EQ(f.drive.shell().launchCommands, QStringList{"proton run"});
+    EXPECT_EQ(f.drive.dialogs().lastMessage().text, "Wine was not found, so the game cannot be started.");
+    EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Critical);
+}

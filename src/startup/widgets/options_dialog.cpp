@@ -1,7 +1,9 @@
 #include "options_dialog.h"
 
 #include "platform/dialogs.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
+#include "platform/path_map.h"
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
@@ -170,12 +172,36 @@ QWidget* OptionsDialog::buildPaths() {
     listRow->addWidget(m_extraDirs, 1);
     listRow->addLayout(listButtons);
 
+    // Where the game runs under Wine or with a code page of its own.
+    m_codePage = new QLineEdit(page);
+    m_codePage->setObjectName(QStringLiteral("txtCodePage"));
+    m_codePage->setAccessibleName(QStringLiteral("Game code page"));
+    m_codePage->setPlaceholderText(QStringLiteral("automatic"));
+    m_codePage->setToolTip(QStringLiteral("The code page the game writes its file names in (1252, 1251, 1250, 932...). "
+                                          "Empty: the system's, or the Wine prefix's. Used from the next start."));
+    m_launchCommand = new QLineEdit(page);
+    m_launchCommand->setObjectName(QStringLiteral("txtLaunchCommand"));
+    m_launchCommand->setAccessibleName(QStringLiteral("Launch command"));
+    m_launchCommand->setPlaceholderText(QStringLiteral("wine"));
+    m_launchCommand->setToolTip(QStringLiteral("The command Play Game starts the game's executable with (for example a "
+                                               "Proton or Lutris wrapper); the executable is added at its end."));
+    auto* codePageLabel = new QLabel(QStringLiteral("Game &code page:"), page);
+    codePageLabel->setBuddy(m_codePage);
+    auto* launchLabel = new QLabel(QStringLiteral("&Launch command:"), page);
+    launchLabel->setBuddy(m_launchCommand);
+    auto* gameRows = new QHBoxLayout;
+    gameRows->addWidget(codePageLabel);
+    gameRows->addWidget(m_codePage);
+    gameRows->addWidget(launchLabel);
+    gameRows->addWidget(m_launchCommand, 1);
+
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(m_chkBrowse);
     layout->addLayout(browseRow);
     layout->addSpacing(8);
     layout->addWidget(heading(QStringLiteral("Extra Search Directories"), page));
     layout->addLayout(listRow, 1);
+    layout->addLayout(gameRows);
     return page;
 }
 
@@ -206,6 +232,10 @@ void OptionsDialog::load() {
             m_lockOptions[static_cast<size_t>(i)]->setChecked(true);
     }
     m_browseDir->setText(fromGameText(read(settings::kBrowseDir)));
+    for (const auto& [box, name] : {std::pair{m_codePage, settings::kCodePage}, {m_launchCommand, settings::kLaunchCommand}}) {
+        const std::string value = read(name);
+        box->setText(value == settings::kError ? QString() : fromGameText(value));
+    }
     for (const std::string& dir : splitText(read(settings::kExtraDirs), settings::kListSeparator)) {
         if (!dir.empty() && dir != settings::kDefaultExtraDirs)
             m_extraDirs->addItem(fromGameText(dir));
@@ -281,7 +311,37 @@ void OptionsDialog::focusPage(int index) {
     target->setFocus(Qt::TabFocusReason);
 }
 
+std::optional<std::string> OptionsDialog::typedFolder(const QString& text) {
+    if (!m_paths || text.trimmed().isEmpty())
+        return toGameText(text);
+    const Result<std::string> game = m_paths->typedGamePath(text);
+    if (!game) {
+        m_dialogs.message(QStringLiteral("Options"), game.failure().message, MessageIcon::Exclamation);
+        return std::nullopt;
+    }
+    return *game;
+}
+
 void OptionsDialog::save() {
+    const QString codePage = m_codePage->text().trimmed();
+    if (!codePage.isEmpty() && !GameCodec::fromText(codePage)) {
+        m_dialogs.message(QStringLiteral("Options"),
+                          QStringLiteral("\"%1\" is not a code page Korvel can convert. Name a Windows ANSI code page "
+                                         "such as 1252, 1251, 1250 or 932, or leave the box empty.")
+                              .arg(codePage),
+                          MessageIcon::Exclamation);
+        m_tabs->setCurrentIndex(3);
+        return;
+    }
+    const std::optional<std::string> browseDir = typedFolder(m_browseDir->text());
+    const std::optional<std::string> launchCommand = encodeGameText(m_launchCommand->text().trimmed());
+    if (!browseDir || !launchCommand) {
+        if (!launchCommand)
+            m_dialogs.message(QStringLiteral("Options"), unrepresentableMessage(m_launchCommand->text()),
+                              MessageIcon::Exclamation);
+        m_tabs->setCurrentIndex(3);
+        return;
+    }
     const std::string key = settings::profileKey(m_profile);
     m_store.CreateKey(key);
     auto flag = [](const QCheckBox* box) { return std::string(box->isChecked() ? "1" : "0"); };
@@ -295,7 +355,7 @@ void OptionsDialog::save() {
     m_store.WriteValue(key, std::string(settings::kConfigurator), m_chkConfigurator->isChecked() ? "True" : "False");
     m_store.WriteValue(key, std::string(settings::kAutosort), flag(m_chkAutosort));
     m_store.WriteValue(key, std::string(settings::kBrowse), flag(m_chkBrowse));
-    m_store.WriteValue(key, std::string(settings::kBrowseDir), toGameText(m_browseDir->text()));
+    m_store.WriteValue(key, std::string(settings::kBrowseDir), *browseDir);
     std::vector<std::string> dirs;
     for (int i = 0; i < m_extraDirs->count(); ++i)
         dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
@@ -303,6 +363,8 @@ void OptionsDialog::save() {
                        dirs.empty() ? settings::kDefaultExtraDirs : joinText(dirs, settings::kListSeparator));
     const int lock = m_lock->checkedId();
     m_store.WriteValue(key, std::string(settings::kLock), std::to_string(lock < 0 ? 0 : lock));
+    m_store.WriteValue(key, std::string(settings::kCodePage), codePage.toStdString());
+    m_store.WriteValue(key, std::string(settings::kLaunchCommand), *launchCommand);
     emit saved();
     accept();
 }
