@@ -1,7 +1,9 @@
 #include "app_rig.h"
 #include "mounter/widgets/mounted_model.h"
+#include "platform/game_codec.h"
 
 #include <QAbstractItemModelTester>
+#include <QFile>
 #include <QLabel>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -155,6 +157,15 @@ TEST_F(MounterPaneTest, dropsPodFilesWhereThePointerIsAndMovesRowsWithinTheList)
               (std::vector<std::string>{"D.POD", "E.POD", "A.POD", "\\OTHER\\NEW.POD", "B.POD", "C.POD"}));
     EXPECT_EQ(core().mounted().selectedRows(), (std::vector<int>{0, 1}));
     EXPECT_TRUE(mounted->selectionModel()->isRowSelected(1, {}) && !mounted->selectionModel()->isRowSelected(2, {}));
+    // A name the game's code page cannot hold is refused by name, not mounted with "?" for its letters.
+    korvel::ScopedGameCodec western(korvel::GameCodec{});
+    const QString cyrillic = rig.drive.root() + QStringLiteral("/Other/Трасса.POD");
+    QFile(cyrillic).open(QIODevice::WriteOnly);
+    auto* foreign = new QMimeData;
+    foreign->setUrls({QUrl::fromLocalFile(cyrillic)});
+    drop(foreign, rowCentre(mounted, 0));
+    EXPECT_EQ(core().mounted().size(), 6);
+    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QStringLiteral("Трасса.POD")));
 }
 
 TEST_F(MounterPaneTest, listModelsPassTheModelTesterThroughEveryOperation) {
