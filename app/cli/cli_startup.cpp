@@ -210,8 +210,12 @@ int runAssociate(const QStringList& args) {
     const bool on = positional[0] == QLatin1String("on");
 
     AssociationOptions options = AssociationOptions::forThisProgram();
+    const PathMap paths = PathMap::forHost();
     if (parser.isSet(QStringLiteral("program"))) {
-        options.programPath = QFileInfo(parser.value(QStringLiteral("program"))).absoluteFilePath();
+        const Result<QString> program = paths.typedHostPath(parser.value(QStringLiteral("program")));
+        if (!program)
+            return refused(program.failure().message);
+        options.programPath = *program;
     } else {
         // The desktop application lies next to this program, with the same extension (".exe" or none).
         const QFileInfo self(QCoreApplication::applicationFilePath());
@@ -219,7 +223,6 @@ int runAssociate(const QStringList& args) {
                               (self.suffix().isEmpty() ? QString() : QLatin1Char('.') + self.suffix());
     }
     Settings settings;
-    const PathMap paths = PathMap::forHost();
     settings.store.CreateKey(std::string(settings::kProgramKey));
     settings.store.writeProgram(settings::kAssociate, on ? "1" : "0");
     FileAssociation association(settings.store, paths, options);
