@@ -18,10 +18,10 @@ namespace korvel {
 namespace {
 
 // Windows-1252 bytes 0x80..0x9F; the five undefined bytes map to the C1 controls, as Windows does.
-constexpr std::array<char16_t, 32> kHighTable = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr std::array<char16_t, 32> kHighTable = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                                 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 std::optional<char> encode1252(char16_t u) {
     if (u < 0x80 || (u >= 0xA0 && u <= 0xFF))
@@ -40,13 +40,15 @@ struct KnownCodePage {
 
 // The code pages Windows uses as ANSI code pages, by the converter names Qt knows them by.
 constexpr KnownCodePage kCodePages[] = {
-    {874, "windows-874"},    {932, "Shift_JIS"},      {936, "GBK"},            {949, "windows-949"},
-    {950, "Big5"},           {1250, "windows-1250"},  {1251, "windows-1251"},  {1252, ""},
-    {1253, "windows-1253"},  {1254, "windows-1254"},  {1255, "windows-1255"},  {1256, "windows-1256"},
-    {1257, "windows-1257"},  {1258, "windows-1258"},  {65001, "UTF-8"},
+    {874, "windows-874"},   {932, "Shift_JIS"},     {936, "GBK"},           {949, "windows-949"},
+    {950, "Big5"},          {1250, "windows-1250"}, {1251, "windows-1251"}, {1252, ""},
+    {1253, "windows-1253"}, {1254, "windows-1254"}, {1255, "windows-1255"}, {1256, "windows-1256"},
+    {1257, "windows-1257"}, {1258, "windows-1258"}, {65001, "UTF-8"},
 };
 
-bool isDoubleByte(int codePage) { return codePage == 932 || codePage == 936 || codePage == 949 || codePage == 950; }
+bool isDoubleByte(int codePage) {
+    return codePage == 932 || codePage == 936 || codePage == 949 || codePage == 950;
+}
 
 std::mutex g_activeMutex;
 std::vector<std::unique_ptr<const GameCodec>> g_codecs; // every codec made active, kept for readers
@@ -54,7 +56,9 @@ std::atomic<const GameCodec*> g_active{nullptr};
 
 } // namespace
 
-GameCodec::GameCodec() { buildTables(); }
+GameCodec::GameCodec() {
+    buildTables();
+}
 
 GameCodec::GameCodec(int codePage, QByteArray converterName)
     : m_codePage(codePage), m_converterName(std::move(converterName)) {
@@ -232,8 +236,9 @@ std::optional<int> localeCodePage(const QString& localeName) {
         {949, {"ko"}},
     };
     if (language == QLatin1String("zh"))
-        return (country == QLatin1String("TW") || country == QLatin1String("HK") || country == QLatin1String("MO")) ? 950
-                                                                                                                   : 936;
+        return (country == QLatin1String("TW") || country == QLatin1String("HK") || country == QLatin1String("MO"))
+                   ? 950
+                   : 936;
     if (language == QLatin1String("sr") && localeName.contains(QLatin1String("latin"), Qt::CaseInsensitive))
         return 1250;
     for (const Group& group : groups) {

@@ -7,13 +7,21 @@
 
 namespace korvel {
 
-QString fromGameText(std::string_view bytes) { return GameCodec::active().decode(bytes); }
+QString fromGameText(std::string_view bytes) {
+    return GameCodec::active().decode(bytes);
+}
 
-std::string toGameText(const QString& text) { return GameCodec::active().encodeLossy(text); }
+std::string toGameText(const QString& text) {
+    return GameCodec::active().encodeLossy(text);
+}
 
-std::optional<std::string> encodeGameText(const QString& text) { return GameCodec::active().encode(text); }
+std::optional<std::string> encodeGameText(const QString& text) {
+    return GameCodec::active().encode(text);
+}
 
-char upperGameChar(char c) { return GameCodec::active().upper(c); }
+char upperGameChar(char c) {
+    return GameCodec::active().upper(c);
+}
 
 std::string upperGame(std::string_view text) {
     const GameCodec& codec = GameCodec::active();
@@ -57,7 +65,9 @@ std::string trimTrailingBlanks(std::string_view text) {
     return end == std::string_view::npos ? std::string() : std::string(text.substr(0, end + 1));
 }
 
-std::string trimBlanks(std::string_view text) { return trimLeadingBlanks(trimTrailingBlanks(text)); }
+std::string trimBlanks(std::string_view text) {
+    return trimLeadingBlanks(trimTrailingBlanks(text));
+}
 
 std::string replaceAll(std::string_view text, std::string_view what, std::string_view with) {
     if (what.empty())

@@ -2,9 +2,9 @@
 
 #include <QString>
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <optional>
 #include <vector>
 
 namespace korvel {

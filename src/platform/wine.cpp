@@ -28,8 +28,8 @@ QProcessEnvironment wineEnvironment(const QString& winePrefix) {
 
 // The Z: form of a host path, which every prefix maps to "/".
 QString wineSidePath(const QString& hostPath) {
-    return QStringLiteral("Z:") + QDir::toNativeSeparators(QFileInfo(hostPath).absoluteFilePath()).replace(
-                                      QLatin1Char('/'), QLatin1Char('\\'));
+    return QStringLiteral("Z:") + QDir::toNativeSeparators(QFileInfo(hostPath).absoluteFilePath())
+                                      .replace(QLatin1Char('/'), QLatin1Char('\\'));
 }
 
 } // namespace
@@ -93,8 +93,8 @@ RegImportOutcome importIntoWinePrefix(const std::vector<RegFileValue>& values, c
             regedit.kill();
             regedit.waitForFinished(5000);
         }
-        const QString reason = !finished ? regedit.errorString()
-                                         : QStringLiteral("it ended with status %1").arg(regedit.exitCode());
+        const QString reason =
+            !finished ? regedit.errorString() : QStringLiteral("it ended with status %1").arg(regedit.exitCode());
         outcome.message = QStringLiteral("Wine's regedit could not add the game's registry entries to the Wine prefix "
                                          "%1: %2.\n\n")
                               .arg(winePrefix, reason) +
@@ -117,8 +117,8 @@ RegImportOutcome importIntoWinePrefix(const std::vector<RegFileValue>& values, c
 Result<GameLaunchPlan> planGameLaunch(const QString& executable, const QString& workingFolder,
                                       const QString& launchCommand, const QString& winePrefix) {
     if (executable.isEmpty() || !QFileInfo(executable).isFile())
-        return refused(QStringLiteral("The game's executable was not found:\n\n%1")
-                           .arg(QDir::toNativeSeparators(executable)));
+        return refused(
+            QStringLiteral("The game's executable was not found:\n\n%1").arg(QDir::toNativeSeparators(executable)));
     GameLaunchPlan plan;
     plan.workingFolder = workingFolder;
     plan.environment = wineEnvironment(winePrefix);

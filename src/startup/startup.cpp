@@ -144,9 +144,11 @@ void Startup::applyCodePage(const std::string& game) {
     std::string setting = m_store.readProfile(game, kCodePage);
     if (setting == kError)
         setting.clear();
-    Result<CodePageChoice> choice = chooseGameCodec(QString(), QString::fromStdString(setting), PathMap::hostWinePrefix());
+    Result<CodePageChoice> choice =
+        chooseGameCodec(QString(), QString::fromStdString(setting), PathMap::hostWinePrefix());
     if (!choice) {
-        m_services.dialogs.message(QStringLiteral("Information"), choice.failure().message, MessageIcon::Exclamation);
+        m_services.dialogs.message(QStringLiteral("Game Code Page"), choice.failure().message,
+                                   MessageIcon::Exclamation);
         choice = systemGameCodec(PathMap::hostWinePrefix());
     }
     GameCodec::setActive(choice->codec);

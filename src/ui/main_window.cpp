@@ -230,11 +230,12 @@ void MainWindow::playGame() {
         return;
     const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
     const QString launchCommand = m_settings->read(settings::kLaunchCommand);
-    const bool started = m_services.shell.launchWith(
-        launchCommand == QLatin1String(settings::kError) ? QString() : launchCommand, m_session.locationExe,
-        workingFolder);
+    const bool started =
+        m_services.shell.launchWith(launchCommand == QLatin1String(settings::kError) ? QString() : launchCommand,
+                                    m_session.locationExe, workingFolder);
     if (!started && !m_services.shell.launchFailure().isEmpty())
-        m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(), MessageIcon::Critical);
+        m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(),
+                                   MessageIcon::Critical);
 }
 
 void MainWindow::continueWithoutPlaying() {

@@ -34,8 +34,8 @@ TEST_F(WineCli, mountsArchivesWithNamesOfTheChosenCodePageAndWritesThemInIt) {
     for (const auto& c : cases) {
         write(c.folder + "/POD.INI", "99\r\n");
         write(c.folder + "/ADDON/" + c.archive, "POD");
-        const CliRun mounted =
-            run({"--codepage", c.option, "mounter", "--game", path(c.folder), "mount", path(c.folder + "/ADDON/" + c.archive)});
+        const CliRun mounted = run({"--codepage", c.option, "mounter", "--game", path(c.folder), "mount",
+                                    path(c.folder + "/ADDON/" + c.archive)});
         ASSERT_EQ(mounted.status, 0) << c.option << mounted.err.toStdString();
         // Mounted names are stored in capitals, the code page's own capitals included.
         const QString stored = "ADDON\\" + c.archive.toUpper();

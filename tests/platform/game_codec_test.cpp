@@ -19,7 +19,9 @@ GameCodec codePage(int number) {
     return codec.value_or(GameCodec());
 }
 
-std::string hex(const std::string& bytes) { return QByteArray::fromStdString(bytes).toHex(' ').toStdString(); }
+std::string hex(const std::string& bytes) {
+    return QByteArray::fromStdString(bytes).toHex(' ').toStdString();
+}
 
 void touch(const QString& path) {
     QDir().mkpath(QFileInfo(path).absolutePath());
@@ -68,8 +70,8 @@ TEST(GameCodec, refusesLettersItsCodePageLacksAndShowsThemAsQuestionMarksOnlyWhe
 }
 
 TEST(GameCodec, isNamedByNumberOrByTheNamesUsersGive) {
-    const std::pair<const char*, int> known[] = {{"1251", 1251},       {"cp1250", 1250}, {"Windows-1252", 1252},
-                                                 {" CP932 ", 932},     {"Shift_JIS", 932}, {"ansi1253", 1253},
+    const std::pair<const char*, int> known[] = {{"1251", 1251},   {"cp1250", 1250},   {"Windows-1252", 1252},
+                                                 {" CP932 ", 932}, {"Shift_JIS", 932}, {"ansi1253", 1253},
                                                  {"utf-8", 65001}};
     for (const auto& [text, number] : known) {
         const std::optional<GameCodec> codec = GameCodec::fromText(QString::fromLatin1(text));
@@ -101,10 +103,10 @@ TEST(GameCodec, upperCasesTheCodePagesOwnLettersButNeverTheSecondByteOfADoubleBy
 
 TEST(GameCodec, takesTheCodePageOfTheLocaleAsWineDoes) {
     const std::pair<const char*, std::optional<int>> cases[] = {
-        {"ru_RU.UTF-8", 1251}, {"uk_UA", 1251},     {"pl_PL.UTF-8", 1250},   {"cs_CZ", 1250},
-        {"el_GR", 1253},       {"ja_JP.UTF-8", 932}, {"zh_CN.UTF-8", 936},   {"zh_TW.Big5", 950},
-        {"ko_KR", 949},        {"de_DE@euro", 1252}, {"en_US.UTF-8", 1252},  {"C", std::nullopt},
-        {"POSIX", std::nullopt}, {"", std::nullopt}, {"C.UTF-8", std::nullopt},
+        {"ru_RU.UTF-8", 1251},   {"uk_UA", 1251},      {"pl_PL.UTF-8", 1250},     {"cs_CZ", 1250},
+        {"el_GR", 1253},         {"ja_JP.UTF-8", 932}, {"zh_CN.UTF-8", 936},      {"zh_TW.Big5", 950},
+        {"ko_KR", 949},          {"de_DE@euro", 1252}, {"en_US.UTF-8", 1252},     {"C", std::nullopt},
+        {"POSIX", std::nullopt}, {"", std::nullopt},   {"C.UTF-8", std::nullopt},
     };
     for (const auto& [locale, expected] : cases)
         EXPECT_EQ(localeCodePage(QString::fromLatin1(locale)), expected) << locale;

@@ -1,6 +1,6 @@
+#include "fake_wine.h"
 #include "platform/game_codec.h"
 #include "platform/wine.h"
-#include "fake_wine.h"
 
 #include <QDir>
 #include <QFile>
@@ -40,7 +40,8 @@ TEST(RegFile, isUtf16WithAByteOrderMarkAndEscapesBackslashesAndQuotes) {
 
 TEST(RegFile, carriesTheGamesCodePageTextAsUnicode) {
     ScopedGameCodec cyrillic(*GameCodec::forCodePage(1251));
-    const QString text = fromUtf16File(regFileText({{"HKEY_LOCAL_MACHINE\\SOFTWARE\\G", "Path", "C:\\\xc8\xe3\xf0\xfb"}}));
+    const QString text =
+        fromUtf16File(regFileText({{"HKEY_LOCAL_MACHINE\\SOFTWARE\\G", "Path", "C:\\\xc8\xe3\xf0\xfb"}}));
     EXPECT_TRUE(text.contains(QStringLiteral("\"Path\"=\"C:\\\\Игры\""))) << text.toStdString();
 }
 

@@ -45,7 +45,9 @@ TEST(GameProfiles, shiftAddFindsACyrillicGameFolderInItsCodePage) {
     GameProfiles logic(rig.store, rig.drive.files(), rig.drive.dialogs(), rig.session);
     logic.open();
     logic.setAddShiftState(1);
-    rig.drive.dialogs().typeInput(QStringLiteral("c:\\игры\\монстры\\monster.exe")).typeInput(QStringLiteral("Грузовики"));
+    rig.drive.dialogs()
+        .typeInput(QStringLiteral("c:\\игры\\монстры\\monster.exe"))
+        .typeInput(QStringLiteral("Грузовики"));
     ASSERT_EQ(logic.AddGame(false), GameProfiles::AddOutcome::Added);
     const std::string name = *encodeGameText(QStringLiteral("Грузовики"));
     EXPECT_EQ(rig.profile(name, settings::kLocation), *encodeGameText(QStringLiteral("c:\\игры\\монстры")));
@@ -87,8 +89,9 @@ TEST(RepairGameRegistry, importsTheValuesIntoTheWinePrefixAndSaysWhere) {
     EXPECT_EQ(args.mid(0, 3), (QStringList{work.filePath("prefix"), "regedit", "/S"}));
     const QString text = fromUtf16File(readFile(work.filePath("imported.reg")));
     EXPECT_TRUE(text.startsWith("Windows Registry Editor Version 5.00\r\n"));
-    EXPECT_TRUE(text.contains("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0]\r\n"
-                              "\"Version\"=\"2.0\"\r\n"));
+    EXPECT_TRUE(
+        text.contains("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0]\r\n"
+                      "\"Version\"=\"2.0\"\r\n"));
     EXPECT_TRUE(text.contains("\"InstalledPath\"=\"C:\\\\Games\\\\MTM \\\"2\\\"\"\r\n")) << text.toStdString();
     EXPECT_TRUE(text.contains("\"CurrentDirectory\"=\"C:\\\\Games\\\\MTM \\\"2\\\"\"\r\n\"Path\"=\"C:"));
     EXPECT_EQ(drive.dialogs().lastMessage().icon, MessageIcon::Information);

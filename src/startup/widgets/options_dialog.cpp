@@ -232,7 +232,8 @@ void OptionsDialog::load() {
             m_lockOptions[static_cast<size_t>(i)]->setChecked(true);
     }
     m_browseDir->setText(fromGameText(read(settings::kBrowseDir)));
-    for (const auto& [box, name] : {std::pair{m_codePage, settings::kCodePage}, {m_launchCommand, settings::kLaunchCommand}}) {
+    for (const auto& [box, name] :
+         {std::pair{m_codePage, settings::kCodePage}, {m_launchCommand, settings::kLaunchCommand}}) {
         const std::string value = read(name);
         box->setText(value == settings::kError ? QString() : fromGameText(value));
     }
