@@ -4,6 +4,7 @@
 #include "configurator/player_profile.h"
 #include "platform/dialogs.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
@@ -134,10 +135,18 @@ int runMonster(const QStringList& args) {
             // An existing file is taken as the host file it names; any other text as the game reads it.
             const Result<QString> file = paths.typedHostPath(language);
             std::optional<std::string> gamePath;
-            if (file && QFileInfo(*file).isFile())
-                gamePath = paths.toGame(*file);
+            if (file && QFileInfo(*file).isFile()) {
+                const Result<std::string> game = paths.gamePathOf(*file);
+                if (!game)
+                    return refusedWith(game.failure());
+                gamePath = customLanguagePath(*game, *folder);
+            } else {
+                gamePath = encodeGameText(language);
+                if (!gamePath)
+                    return refusedWith(refused(unrepresentableMessage(language)));
+            }
             settings->localization = 4;
-            settings->custom = gamePath ? customLanguagePath(*gamePath, *folder) : toGameText(language);
+            settings->custom = *gamePath;
         }
         change = true;
     }

@@ -168,8 +168,12 @@ int runSettings(const QStringList& args) {
     Settings settings;
     const std::string key = forProfile ? settings::profileKey(toGameText(profile)) : std::string(settings::kProgramKey);
     if (action == QLatin1String("set")) {
+        const std::optional<std::string> name = encodeGameText(positional[1]);
+        const std::optional<std::string> text = encodeGameText(positional[2]);
+        if (!name || !text)
+            return refused(unrepresentableMessage(name ? positional[2] : positional[1]));
         settings.store.CreateKey(key);
-        settings.store.WriteValue(key, toGameText(positional[1]), toGameText(positional[2]));
+        settings.store.WriteValue(key, *name, *text);
         return kExitOk;
     }
     const SettingsStore::KeyPath path = settings.store.ParseKeyPath(key);

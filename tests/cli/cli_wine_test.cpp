@@ -61,6 +61,14 @@ TEST_F(WineCli, refusesANameTheCodePageCannotHoldInsteadOfWritingQuestionMarks) 
     EXPECT_EQ(badName.status, 1);
     EXPECT_TRUE(badName.err.contains("Гонки")) << badName.err.toStdString();
     EXPECT_EQ(run({"profiles", "list"}).out, "");
+
+    write("game/system/monster.ini", "showHiddenTrack=0\r\nkookyHornFlag=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n");
+    const CliRun language = run({"monster", "--game", path("game"), "--language", "UI\\Русский.loc"});
+    EXPECT_EQ(language.status, 1);
+    EXPECT_TRUE(language.err.contains("Русский.loc")) << language.err.toStdString();
+    EXPECT_TRUE(read("game/system/monster.ini").contains("gLocalizationFile=UI\\MTM2.loc\r\n"));
+    EXPECT_EQ(run({"settings", "set", "Note", "Привет"}).status, 1);
+    EXPECT_EQ(run({"--codepage", "1251", "settings", "set", "Note", "Привет"}).status, 0);
 }
 
 TEST_F(WineCli, extractsAndListsArchiveEntriesNamedInTheCodePage) {
