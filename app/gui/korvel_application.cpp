@@ -4,6 +4,7 @@
 #include "mounter/widgets/mounter_pane.h"
 #include "palette/widgets/palette_window.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
@@ -202,6 +203,9 @@ int runKorvel(int argc, char** argv) {
     const QStringList arguments = QApplication::arguments().mid(1);
 
     const PathMap paths = PathMap::forHost();
+    // Until a profile is loaded (the profiles dialog), names are in the system's code page.
+    const Result<CodePageChoice> codePage = chooseGameCodec(QString(), QString(), PathMap::hostWinePrefix());
+    GameCodec::setActive(codePage ? codePage->codec : systemGameCodec(PathMap::hostWinePrefix()).codec);
     FileServices files(paths);
     const std::unique_ptr<RegistryService> registry = createRegistry();
     QtDialogs dialogs(paths);

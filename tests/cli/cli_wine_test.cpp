@@ -46,6 +46,18 @@ TEST_F(WineCli, mountsArchivesWithNamesOfTheChosenCodePageAndWritesThemInIt) {
     }
 }
 
+TEST_F(WineCli, takesTheWinePrefixsCodePageBeforeTheLocales) {
+    write("prefix/system.reg",
+          "WINE REGISTRY Version 2\n\n[System\\\\CurrentControlSet\\\\Control\\\\Nls\\\\CodePage] 1\n"
+          "\"ACP\"=\"1251\"\n\"OEMCP\"=\"866\"\n");
+    write("Игры/POD.INI", "99\r\n");
+    write("Игры/Трасса.POD", "POD");
+    const CliRun mounted = run({"mounter", "--game", path("Игры"), "mount", path("Игры/Трасса.POD")},
+                               {"WINEPREFIX=" + path("prefix"), "LC_ALL=pl_PL.UTF-8"});
+    ASSERT_EQ(mounted.status, 0) << mounted.err.toStdString();
+    EXPECT_EQ(read("Игры/POD.INI"), "1\r\n" + inCodePage("windows-1251", "ТРАССА.POD") + "\r\n");
+}
+
 TEST_F(WineCli, refusesANameTheCodePageCannotHoldInsteadOfWritingQuestionMarks) {
     write("game/POD.INI", "99\r\n");
     write("game/Трасса.POD", "POD");
