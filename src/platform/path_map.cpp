@@ -21,6 +21,18 @@ char driveLetterOf(const std::string& gamePath) {
     return 0;
 }
 
+// The typed text without surrounding blanks and one pair of surrounding double quotes.
+QString unquoted(const QString& typed) {
+    QString text = typed.trimmed();
+    if (text.size() >= 2 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"')))
+        text = text.mid(1, text.size() - 2);
+    return text;
+}
+
+bool looksLikeGamePath(const QString& text) {
+    return text.size() >= 2 && text.at(1) == QLatin1Char(':') && text.at(0).unicode() < 0x80 && text.at(0).isLetter();
+}
+
 QString stripTrailingSlash(QString path) {
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
@@ -206,16 +218,14 @@ Result<std::string> PathMap::gamePathOf(const QString& hostPath) const {
 }
 
 Result<QString> PathMap::typedHostPath(const QString& typed) const {
-    QString text = typed.trimmed();
-    if (text.size() >= 2 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"')))
-        text = text.mid(1, text.size() - 2);
+    const QString text = unquoted(typed);
     if (text.isEmpty())
         return refused(QStringLiteral("No path was given."));
     if (text == QLatin1String("~") || text.startsWith(QLatin1String("~/")) || text.startsWith(QLatin1String("~\\")))
         return QDir::cleanPath(QDir::homePath() + QLatin1Char('/') + text.mid(2));
     if (m_identity)
         return QDir::cleanPath(QFileInfo(QDir::fromNativeSeparators(text)).absoluteFilePath());
-    if (text.size() >= 2 && text.at(1) == QLatin1Char(':') && text.at(0).isLetter() && text.at(0).unicode() < 0x80) {
+    if (looksLikeGamePath(text)) {
         std::optional<std::string> game = encodeGameText(text);
         if (!game)
             return refused(unrepresentableMessage(text));
@@ -237,9 +247,8 @@ Result<std::string> PathMap::typedGamePath(const QString& typed) const {
         return host.failure();
     if (!m_identity) {
         // A game path typed as such is kept as typed, so that "C:\Games" stays on C: even where Z: holds it too.
-        const QString text = typed.trimmed();
-        if (text.size() >= 2 && text.at(1) == QLatin1Char(':') && text.at(0).isLetter() &&
-            text.at(0).unicode() < 0x80) {
+        const QString text = unquoted(typed);
+        if (looksLikeGamePath(text)) {
             if (std::optional<std::string> game = encodeGameText(text)) {
                 std::replace(game->begin(), game->end(), '/', '\\');
                 return std::move(*game);

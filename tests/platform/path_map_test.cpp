@@ -113,6 +113,7 @@ TEST(PathMap, takesTypedHostPathsAndGamePathsAlike) {
     } cases[] = {
         {"C:\\games\\mtm2\\mtm2.exe", exe, "C:\\games\\mtm2\\mtm2.exe"},
         {"c:/Games/MTM2/MTM2.EXE", exe, "c:\\Games\\MTM2\\MTM2.EXE"},
+        {" \"C:\\Games\\MTM2\\MTM2.EXE\"", exe, "C:\\Games\\MTM2\\MTM2.EXE"},
         {exe, exe, "C:\\Games\\MTM2\\MTM2.EXE"},
         {"  \"" + exe + "\"  ", exe, "C:\\Games\\MTM2\\MTM2.EXE"},
         {"Z:" + QString(exe).replace('/', '\\'), exe, "Z:" + QString(exe).replace('/', '\\').toStdString()},
