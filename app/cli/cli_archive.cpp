@@ -42,9 +42,8 @@ struct HostFiles {
     PathMap paths = PathMap::forHost();
     FileServices files{paths};
 
-    std::optional<std::string> game(const QString& hostPath) const {
-        return paths.toGame(QFileInfo(hostPath).absoluteFilePath());
-    }
+    // The game path of a path typed on the command line (a host path or a game path).
+    Result<std::string> game(const QString& typed) const { return paths.typedGamePath(typed); }
 };
 
 int usage(const QString& command, const QString& text) {
@@ -76,9 +75,9 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
 }
 
 Result<PodDirectory> listArchive(const HostFiles& host, const QString& archive) {
-    const std::optional<std::string> path = host.game(archive);
+    const Result<std::string> path = host.game(archive);
     if (!path)
-        return refused(QStringLiteral("No drive holds %1.").arg(archive));
+        return path.failure();
     return ListPOD(host.files, *path);
 }
 
@@ -225,12 +224,14 @@ int runExtract(const QStringList& args) {
         }
     }
 
-    const QString destination = QFileInfo(parser.value(to)).absoluteFilePath();
-    if (!QDir().mkpath(destination))
-        return refusedWith(writeError(QStringLiteral("Could not create the folder %1.").arg(destination)));
-    const std::optional<std::string> gameDestination = host.game(destination);
+    const Result<QString> destination = host.paths.typedHostPath(parser.value(to));
+    if (!destination)
+        return refusedWith(destination.failure());
+    const Result<std::string> gameDestination = host.paths.gamePathOf(*destination);
     if (!gameDestination)
-        return refusedWith(refused(QStringLiteral("No drive holds %1.").arg(destination)));
+        return refusedWith(gameDestination.failure());
+    if (!QDir().mkpath(*destination))
+        return refusedWith(writeError(QStringLiteral("Could not create the folder %1.").arg(*destination)));
 
     ProgressLine progress;
     const Result<ExtractSummary> summary =
@@ -320,9 +321,9 @@ int runPalette(const QStringList& args) {
         return *status;
     HostFiles host;
     const QString file = parser.positionalArguments().first();
-    const std::optional<std::string> path = host.game(file);
+    const Result<std::string> path = host.game(file);
     if (!path)
-        return refusedWith(refused(QStringLiteral("No drive holds %1.").arg(file)));
+        return refusedWith(path.failure());
     const Result<Palette> palette = loadPalette(host.files, *path);
     if (!palette)
         return refusedWith(palette.failure());

@@ -4,6 +4,7 @@
 #include "configurator/player_profile.h"
 #include "platform/dialogs.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
@@ -47,9 +48,11 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
 // The game folder named by --game, as a game path.
 std::optional<std::string> gameFolder(const PathMap& paths, const QCommandLineParser& parser) {
     const QString folder = parser.value(QStringLiteral("game"));
-    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+    const Result<QString> host = paths.typedHostPath(folder);
+    if (folder.isEmpty() || !host || !QFileInfo(*host).isDir())
         return std::nullopt;
-    return paths.toGame(QFileInfo(folder).absoluteFilePath());
+    const Result<std::string> game = paths.typedGamePath(folder);
+    return game ? std::optional<std::string>(*game) : std::nullopt;
 }
 
 // ---- monster ----
@@ -130,12 +133,20 @@ int runMonster(const QStringList& args) {
             return usage(QStringLiteral("monster: --language needs a value."));
         } else {
             // An existing file is taken as the host file it names; any other text as the game reads it.
-            const QFileInfo file(language);
+            const Result<QString> file = paths.typedHostPath(language);
             std::optional<std::string> gamePath;
-            if (file.isFile())
-                gamePath = paths.toGame(file.absoluteFilePath());
+            if (file && QFileInfo(*file).isFile()) {
+                const Result<std::string> game = paths.gamePathOf(*file);
+                if (!game)
+                    return refusedWith(game.failure());
+                gamePath = customLanguagePath(*game, *folder);
+            } else {
+                gamePath = encodeGameText(language);
+                if (!gamePath)
+                    return refusedWith(refused(unrepresentableMessage(language)));
+            }
             settings->localization = 4;
-            settings->custom = gamePath ? customLanguagePath(*gamePath, *folder) : toGameText(language);
+            settings->custom = *gamePath;
         }
         change = true;
     }

@@ -159,14 +159,16 @@ int runMounter(const QStringList& args) {
 
     const PathMap paths = PathMap::forHost();
     FileServices files(paths);
-    const QString gameHost = parser.value(QStringLiteral("game"));
-    if (gameHost.isEmpty())
+    if (parser.value(QStringLiteral("game")).isEmpty())
         return usage(QStringLiteral("--game DIR is required."));
-    if (!QFileInfo(gameHost).isDir())
-        return refusedWith(QStringLiteral("Game folder not found: %1").arg(gameHost));
-    const std::optional<std::string> location = paths.toGame(QFileInfo(gameHost).absoluteFilePath());
+    const Result<QString> gameHost = paths.typedHostPath(parser.value(QStringLiteral("game")));
+    if (!gameHost)
+        return refusedWith(gameHost.failure().message);
+    if (!QFileInfo(*gameHost).isDir())
+        return refusedWith(QStringLiteral("Game folder not found: %1").arg(parser.value(QStringLiteral("game"))));
+    const Result<std::string> location = paths.typedGamePath(parser.value(QStringLiteral("game")));
     if (!location)
-        return refusedWith(QStringLiteral("No drive holds the game folder %1.").arg(gameHost));
+        return refusedWith(location.failure().message);
 
     Session session;
     session.currentGame = kProfile;
@@ -177,10 +179,9 @@ int runMounter(const QStringList& args) {
     session.autosave = AutosaveSwitches(); // saved explicitly below
     session.shortGameFolder = ShortPath(files, std::string(), session.location, true) + "\\";
     if (parser.isSet(QStringLiteral("ini"))) {
-        const std::optional<std::string> ini =
-            paths.toGame(QFileInfo(parser.value(QStringLiteral("ini"))).absoluteFilePath());
+        const Result<std::string> ini = paths.typedGamePath(parser.value(QStringLiteral("ini")));
         if (!ini)
-            return refusedWith(QStringLiteral("No drive holds %1.").arg(parser.value(QStringLiteral("ini"))));
+            return refusedWith(ini.failure().message);
         session.locationIni = *ini;
     } else {
         session.locationIni = session.location + "\\POD.INI";
@@ -199,8 +200,10 @@ int runMounter(const QStringList& args) {
         for (const QString& folder : parser.value(QStringLiteral("extra-dirs")).split(QLatin1Char('|'))) {
             if (folder.isEmpty())
                 continue;
-            if (std::optional<std::string> game = paths.toGame(QFileInfo(folder).absoluteFilePath()))
-                folders.push_back(*game);
+            const Result<std::string> game = paths.typedGamePath(folder);
+            if (!game)
+                return refusedWith(game.failure().message);
+            folders.push_back(*game);
         }
         mounter.setExtraDirsOverride(joinText(folders, '|'));
     }
@@ -223,12 +226,12 @@ int runMounter(const QStringList& args) {
     } else if (command == QLatin1String("mount")) {
         std::vector<std::string> chosen;
         for (const QString& file : positional) {
-            const QFileInfo info(file);
-            if (!info.isFile())
+            const Result<QString> host = paths.typedHostPath(file);
+            if (!host || !QFileInfo(*host).isFile())
                 return refusedWith(QStringLiteral("File not found!\n%1").arg(file));
-            const std::optional<std::string> game = paths.toGame(info.absoluteFilePath());
+            const Result<std::string> game = paths.gamePathOf(*host);
             if (!game)
-                return refusedWith(QStringLiteral("No drive holds %1.").arg(file));
+                return refusedWith(game.failure().message);
             chosen.push_back(*game);
         }
         status = mounter.mountFiles(chosen).status;

@@ -2,6 +2,7 @@
 
 #include "platform/dialogs.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
@@ -72,16 +73,6 @@ std::optional<int> parse(QCommandLineParser& parser, const QString& command, con
     return std::nullopt;
 }
 
-// The game path of a host file.
-std::string gamePathOf(const PathMap& paths, const QString& host) {
-    const QString absolute = QFileInfo(host).absoluteFilePath();
-    if (!paths.isIdentity()) {
-        if (std::optional<std::string> game = paths.toGame(absolute))
-            return *game;
-    }
-    return toGameText(QDir::toNativeSeparators(absolute));
-}
-
 // ---- profiles ----
 
 int runProfiles(const QStringList& args) {
@@ -124,12 +115,20 @@ int runProfiles(const QStringList& args) {
         return kExitOk;
     }
     if (action == QLatin1String("add")) {
-        const QString exe = positional[1];
-        if (!QFileInfo(exe).isFile())
+        const Result<QString> exe = paths.typedHostPath(positional[1]);
+        if (!exe || !QFileInfo(*exe).isFile())
             return refused(QStringLiteral("File not found!"));
-        const std::string exePath = gamePathOf(paths, exe);
-        const std::string name = parser.isSet(QStringLiteral("name")) ? toGameText(parser.value(QStringLiteral("name")))
-                                                                      : GameProfiles::proposedName(exePath);
+        const Result<std::string> typedPath = paths.typedGamePath(positional[1]);
+        if (!typedPath)
+            return refused(typedPath.failure().message);
+        const std::string& exePath = *typedPath;
+        std::string name = GameProfiles::proposedName(exePath);
+        if (parser.isSet(QStringLiteral("name"))) {
+            const std::optional<std::string> typedName = encodeGameText(parser.value(QStringLiteral("name")));
+            if (!typedName)
+                return refused(unrepresentableMessage(parser.value(QStringLiteral("name"))));
+            name = *typedName;
+        }
         if (name.empty())
             return usage(QStringLiteral("profiles: the profile needs a name (--name)."));
         profiles.addProfile(exePath, name);
@@ -194,10 +193,14 @@ int runSettings(const QStringList& args) {
     Settings settings;
     const std::string key = forProfile ? settings::profileKey(toGameText(profile)) : std::string(settings::kProgramKey);
     if (action == QLatin1String("set")) {
+        const std::optional<std::string> name = encodeGameText(positional[1]);
+        const std::optional<std::string> text = encodeGameText(positional[2]);
+        if (!name || !text)
+            return refused(unrepresentableMessage(name ? positional[2] : positional[1]));
         {
             SettingsStore::OneSave together(settings.store);
             settings.store.CreateKey(key);
-            settings.store.WriteValue(key, toGameText(positional[1]), toGameText(positional[2]));
+            settings.store.WriteValue(key, *name, *text);
         }
         return settings.saved();
     }
@@ -239,8 +242,12 @@ int runAssociate(const QStringList& args) {
     const bool on = positional[0] == QLatin1String("on");
 
     AssociationOptions options = AssociationOptions::forThisProgram();
+    const PathMap paths = PathMap::forHost();
     if (parser.isSet(QStringLiteral("program"))) {
-        options.programPath = QFileInfo(parser.value(QStringLiteral("program"))).absoluteFilePath();
+        const Result<QString> program = paths.typedHostPath(parser.value(QStringLiteral("program")));
+        if (!program)
+            return refused(program.failure().message);
+        options.programPath = *program;
     } else {
         // The desktop application lies next to this program, with the same extension (".exe" or none).
         const QFileInfo self(QCoreApplication::applicationFilePath());
@@ -248,7 +255,6 @@ int runAssociate(const QStringList& args) {
                               (self.suffix().isEmpty() ? QString() : QLatin1Char('.') + self.suffix());
     }
     Settings settings;
-    const PathMap paths = PathMap::forHost();
     FileAssociation association(settings.store, paths, options);
     {
         SettingsStore::OneSave together(settings.store);

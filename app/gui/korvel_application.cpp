@@ -4,6 +4,8 @@
 #include "mounter/widgets/mounter_pane.h"
 #include "palette/widgets/palette_window.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
+#include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
 #include "platform/widgets/desktop_shell.h"
@@ -11,9 +13,9 @@
 #include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/settings_names.h"
-#include "startup/typed_settings.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
+#include "startup/typed_settings.h"
 #include "startup/version_text.h"
 #include "startup/widgets/games_dialog.h"
 #include "tracklist/track_site.h"
@@ -174,7 +176,10 @@ void KorvelApplication::saveBeforePlaying(bool launch) {
     if (m_parts->window->reportFailure(m_parts->mounter->saveMountedListIfChanged()) || !launch)
         return;
     const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
-    m_services.shell.launch(m_session.locationExe, workingFolder);
+    const bool started = m_services.shell.launchWith(fromGameText(ProfileSettings(m_store, m_session.currentGame).launchCommand()),
+                                                     m_session.locationExe, workingFolder);
+    if (!started && !m_services.shell.launchFailure().isEmpty())
+        m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(), MessageIcon::Critical);
 }
 
 void KorvelApplication::closeWindow() {
@@ -243,6 +248,9 @@ int runKorvel(int argc, char** argv) {
     const QStringList arguments = QApplication::arguments().mid(1);
 
     const PathMap paths = PathMap::forHost();
+    // Until a profile is loaded (the profiles dialog), names are in the system's code page.
+    const Result<CodePageChoice> codePage = chooseGameCodec(QString(), QString(), PathMap::hostWinePrefix());
+    GameCodec::setActive(codePage ? codePage->codec : systemGameCodec(PathMap::hostWinePrefix()).codec);
     FileServices files(paths);
     const std::unique_ptr<RegistryService> registry = createRegistry();
     QtDialogs dialogs(paths);

@@ -31,7 +31,7 @@ bool PathCache::listed(const std::string& path) {
             names.insert(upperGame(name));
         it = m_listings.emplace(upperGame(folder), std::move(names)).first;
     }
-    return it->second.count(upperGame(FileNameOf(path))) > 0;
+    return it->second.count(upperGame(win32Name(FileNameOf(path)))) > 0;
 }
 
 bool PathCache::entryExists(const std::string& gameFolder, const std::string& entry) {

@@ -95,9 +95,10 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
 
     const auto entries = dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo& info : entries) {
-        const std::string name = toGameText(info.fileName());
-        if (accepts(info) && wildcardMatch(last, name))
-            names.push_back(name);
+        // A name the game's code page cannot hold is one the game cannot open either.
+        const std::optional<std::string> name = encodeGameText(info.fileName());
+        if (name && accepts(info) && wildcardMatch(last, *name))
+            names.push_back(*name);
     }
     std::sort(names.begin(), names.end(),
               [](const std::string& a, const std::string& b) { return upperGame(a) < upperGame(b); });

@@ -28,6 +28,13 @@ std::string withoutTrailingBackslash(std::string_view folder) {
     return out;
 }
 
+std::string win32Name(std::string_view component) {
+    const size_t end = component.find_last_not_of(" .");
+    if (end == std::string_view::npos)
+        return std::string(component);
+    return std::string(component.substr(0, end + 1));
+}
+
 std::string joinGamePath(std::string_view folder, std::string_view name) {
     if (folder.empty())
         return std::string(name);

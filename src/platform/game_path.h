@@ -16,6 +16,9 @@ bool isAbsoluteGamePath(std::string_view path);
 // The folder with exactly one trailing "\" added when missing.
 std::string withTrailingBackslash(std::string_view folder);
 std::string withoutTrailingBackslash(std::string_view folder);
+// A path component as Win32 opens it: trailing blanks and dots dropped ("TRUCKS.POD " names
+// TRUCKS.POD); "." and ".." and a component of nothing else stay as they are.
+std::string win32Name(std::string_view component);
 // `folder` + "\" + `name`, without doubling the separator.
 std::string joinGamePath(std::string_view folder, std::string_view name);
 

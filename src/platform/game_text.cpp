@@ -1,83 +1,52 @@
 #include "game_text.h"
 
-#include <array>
+#include "game_codec.h"
+
 #include <cctype>
 #include <cstdlib>
 
 namespace korvel {
 
-namespace {
-
-// Windows-1252 bytes 0x80..0x9F; the five undefined bytes map to the C1 controls, as Windows does.
-constexpr std::array<char16_t, 32> kHighTable = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-char encodeOne(char16_t u) {
-    if (u < 0x80 || (u >= 0xA0 && u <= 0xFF))
-        return static_cast<char>(u);
-    for (size_t i = 0; i < kHighTable.size(); ++i) {
-        if (kHighTable[i] == u)
-            return static_cast<char>(0x80 + i);
-    }
-    return '?';
-}
-
-} // namespace
-
 QString fromGameText(std::string_view bytes) {
-    QString out;
-    out.resize(static_cast<qsizetype>(bytes.size()));
-    QChar* data = out.data();
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        auto b = static_cast<unsigned char>(bytes[i]);
-        data[i] = (b >= 0x80 && b < 0xA0) ? QChar(kHighTable[b - 0x80]) : QChar(b);
-    }
-    return out;
+    return GameCodec::active().decode(bytes);
 }
 
 std::string toGameText(const QString& text) {
-    std::string out;
-    out.reserve(static_cast<size_t>(text.size()));
-    for (QChar c : text)
-        out.push_back(encodeOne(c.unicode()));
-    return out;
+    return GameCodec::active().encodeLossy(text);
+}
+
+std::optional<std::string> encodeGameText(const QString& text) {
+    return GameCodec::active().encode(text);
 }
 
 char upperGameChar(char c) {
-    auto b = static_cast<unsigned char>(c);
-    if (b >= 'a' && b <= 'z')
-        return static_cast<char>(b - 32);
-    if (b >= 0xE0 && b <= 0xFE && b != 0xF7)
-        return static_cast<char>(b - 32);
-    switch (b) {
-    case 0x9A:
-        return static_cast<char>(0x8A); // s caron
-    case 0x9C:
-        return static_cast<char>(0x8C); // oe
-    case 0x9E:
-        return static_cast<char>(0x8E); // z caron
-    case 0xFF:
-        return static_cast<char>(0x9F); // y diaeresis
-    default:
-        return c;
-    }
+    return GameCodec::active().upper(c);
 }
 
 std::string upperGame(std::string_view text) {
+    const GameCodec& codec = GameCodec::active();
     std::string out(text);
-    for (char& c : out)
-        c = upperGameChar(c);
+    for (size_t i = 0; i < out.size(); ++i) {
+        if (codec.isLeadByte(out[i]))
+            ++i; // the second byte of a two-byte character is not a letter of its own
+        else
+            out[i] = codec.upper(out[i]);
+    }
     return out;
 }
 
 bool equalsIgnoreCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size())
         return false;
+    const GameCodec& codec = GameCodec::active();
     for (size_t i = 0; i < a.size(); ++i) {
-        if (upperGameChar(a[i]) != upperGameChar(b[i]))
+        if (codec.isLeadByte(a[i])) {
+            if (a[i] != b[i] || (i + 1 < a.size() && a[i + 1] != b[i + 1]))
+                return false;
+            ++i;
+        } else if (codec.upper(a[i]) != codec.upper(b[i])) {
             return false;
+        }
     }
     return true;
 }
@@ -96,7 +65,9 @@ std::string trimTrailingBlanks(std::string_view text) {
     return end == std::string_view::npos ? std::string() : std::string(text.substr(0, end + 1));
 }
 
-std::string trimBlanks(std::string_view text) { return trimLeadingBlanks(trimTrailingBlanks(text)); }
+std::string trimBlanks(std::string_view text) {
+    return trimLeadingBlanks(trimTrailingBlanks(text));
+}
 
 std::string replaceAll(std::string_view text, std::string_view what, std::string_view with) {
     if (what.empty())

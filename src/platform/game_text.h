@@ -2,20 +2,24 @@
 
 #include <QString>
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <optional>
 #include <vector>
 
 namespace korvel {
 
 // Game-side text (archive names, POD.INI, monster.ini, player.pro, registry values) is kept as the
-// Windows-1252 bytes the game wrote. These convert it only at the edges: to show it, or to name a
-// host file.
+// bytes the game wrote, in its code page (the active GameCodec). These convert it only at the
+// edges: to show it, or to name a host file.
 QString fromGameText(std::string_view bytes);
+// "?" stands for every letter the code page cannot hold: for look-ups and messages only.
 std::string toGameText(const QString& text);
+// The exact bytes of the text; nullopt when the code page cannot hold one of its letters. Text that
+// is written for the game goes through this.
+std::optional<std::string> encodeGameText(const QString& text);
 
-// Upper-casing as the game's code page does it (ASCII and the accented letters of Windows-1252).
+// Upper-casing as the game's code page does it (ASCII and the code page's own letters).
 std::string upperGame(std::string_view text);
 char upperGameChar(char c);
 bool equalsIgnoreCase(std::string_view a, std::string_view b);

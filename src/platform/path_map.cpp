@@ -1,9 +1,12 @@
 #include "path_map.h"
 
+#include "game_codec.h"
 #include "game_text.h"
 
 #include <QDir>
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace korvel {
 
@@ -16,6 +19,18 @@ char driveLetterOf(const std::string& gamePath) {
             return c;
     }
     return 0;
+}
+
+// The typed text without surrounding blanks and one pair of surrounding double quotes.
+QString unquoted(const QString& typed) {
+    QString text = typed.trimmed();
+    if (text.size() >= 2 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"')))
+        text = text.mid(1, text.size() - 2);
+    return text;
+}
+
+bool looksLikeGamePath(const QString& text) {
+    return text.size() >= 2 && text.at(1) == QLatin1Char(':') && text.at(0).unicode() < 0x80 && text.at(0).isLetter();
 }
 
 QString stripTrailingSlash(QString path) {
@@ -34,9 +49,7 @@ PathMap PathMap::forHost() {
 #else
     PathMap map;
     map.mapDrive('Z', QStringLiteral("/"));
-    QString prefix = qEnvironmentVariable("WINEPREFIX");
-    if (prefix.isEmpty())
-        prefix = QDir::homePath() + QStringLiteral("/.wine");
+    const QString prefix = hostWinePrefix();
     if (QFileInfo(prefix + QStringLiteral("/dosdevices")).isDir())
         map.loadWinePrefix(prefix);
     const QString extra = qEnvironmentVariable("KORVEL_DRIVES");
@@ -46,6 +59,15 @@ PathMap PathMap::forHost() {
             map.mapDrive(item.at(0).toLatin1(), item.mid(2));
     }
     return map;
+#endif
+}
+
+QString PathMap::hostWinePrefix() {
+#ifdef Q_OS_WIN
+    return QString();
+#else
+    const QString prefix = qEnvironmentVariable("WINEPREFIX");
+    return prefix.isEmpty() ? QDir::homePath() + QStringLiteral("/.wine") : prefix;
 #endif
 }
 
@@ -127,7 +149,7 @@ QString PathMap::resolveComponents(QString base, const std::string& rest) const 
             base = QFileInfo(base).path();
             continue;
         }
-        const QString name = fromGameText(piece);
+        const QString name = win32ComponentName(fromGameText(piece));
         const QString actual = matchComponent(base, name);
         base = base == QLatin1String("/") ? QLatin1Char('/') + actual : base + QLatin1Char('/') + actual;
     }
@@ -150,9 +172,30 @@ QString PathMap::toHost(const std::string& gamePath) const {
     return resolveComponents(stripTrailingSlash(QDir::currentPath()), gamePath);
 }
 
+QString PathMap::win32ComponentName(const QString& name) {
+    qsizetype end = name.size();
+    while (end > 0 && (name.at(end - 1) == QLatin1Char(' ') || name.at(end - 1) == QLatin1Char('.')))
+        --end;
+    if (end == 0)
+        return name;
+    return name.left(end);
+}
+
 std::optional<std::string> PathMap::toGame(const QString& hostPath) const {
+    Result<std::string> game = gamePathOf(hostPath);
+    if (!game)
+        return std::nullopt;
+    return std::move(*game);
+}
+
+Result<std::string> PathMap::gamePathOf(const QString& hostPath) const {
+    auto encoded = [&](const QString& text) -> Result<std::string> {
+        if (std::optional<std::string> bytes = encodeGameText(text))
+            return std::move(*bytes);
+        return refused(unrepresentableMessage(QDir::toNativeSeparators(hostPath)));
+    };
     if (m_identity)
-        return toGameText(QDir::toNativeSeparators(hostPath));
+        return encoded(QDir::toNativeSeparators(hostPath));
     const QString clean = QDir::cleanPath(QFileInfo(hostPath).absoluteFilePath());
     char bestLetter = 0;
     qsizetype bestLength = -1;
@@ -165,12 +208,54 @@ std::optional<std::string> PathMap::toGame(const QString& hostPath) const {
         }
     }
     if (!bestLetter)
-        return std::nullopt;
+        return refused(QStringLiteral("No drive of the game holds %1.").arg(hostPath));
     const QString& root = m_drives.at(bestLetter);
     QString rest = root == QLatin1String("/") ? clean.mid(1) : clean.mid(root.size() + 1);
-    std::string game = std::string(1, bestLetter) + ":\\";
-    game += toGameText(QString(rest).replace(QLatin1Char('/'), QLatin1Char('\\')));
-    return game;
+    Result<std::string> tail = encoded(rest.replace(QLatin1Char('/'), QLatin1Char('\\')));
+    if (!tail)
+        return tail;
+    return std::string(1, bestLetter) + ":\\" + *tail;
+}
+
+Result<QString> PathMap::typedHostPath(const QString& typed) const {
+    const QString text = unquoted(typed);
+    if (text.isEmpty())
+        return refused(QStringLiteral("No path was given."));
+    if (text == QLatin1String("~") || text.startsWith(QLatin1String("~/")) || text.startsWith(QLatin1String("~\\")))
+        return QDir::cleanPath(QDir::homePath() + QLatin1Char('/') + text.mid(2));
+    if (m_identity)
+        return QDir::cleanPath(QFileInfo(QDir::fromNativeSeparators(text)).absoluteFilePath());
+    if (looksLikeGamePath(text)) {
+        std::optional<std::string> game = encodeGameText(text);
+        if (!game)
+            return refused(unrepresentableMessage(text));
+        std::replace(game->begin(), game->end(), '/', '\\');
+        const QString host = toHost(*game);
+        if (host.isEmpty())
+            return refused(QStringLiteral("No folder is mapped for drive %1: (%2). Give the path on this computer "
+                                          "instead, or map the drive with KORVEL_DRIVES.")
+                               .arg(text.at(0).toUpper())
+                               .arg(text));
+        return host;
+    }
+    return QDir::cleanPath(QFileInfo(text).absoluteFilePath());
+}
+
+Result<std::string> PathMap::typedGamePath(const QString& typed) const {
+    Result<QString> host = typedHostPath(typed);
+    if (!host)
+        return host.failure();
+    if (!m_identity) {
+        // A game path typed as such is kept as typed, so that "C:\Games" stays on C: even where Z: holds it too.
+        const QString text = unquoted(typed);
+        if (looksLikeGamePath(text)) {
+            if (std::optional<std::string> game = encodeGameText(text)) {
+                std::replace(game->begin(), game->end(), '/', '\\');
+                return std::move(*game);
+            }
+        }
+    }
+    return gamePathOf(*host);
 }
 
 } // namespace korvel

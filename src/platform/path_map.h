@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QHash>
 #include <QString>
 
@@ -22,6 +24,8 @@ public:
     // The map for this machine: identity on Windows; elsewhere Z: = "/", the drives of the Wine
     // prefix named by WINEPREFIX (or ~/.wine), and KORVEL_DRIVES ("C=/some/dir;D=/other") on top.
     static PathMap forHost();
+    // The Wine prefix this machine's games run in: $WINEPREFIX, else ~/.wine (empty on Windows).
+    static QString hostWinePrefix();
 
     void mapDrive(char letter, const QString& hostRoot);
     void unmapDrive(char letter);
@@ -37,8 +41,20 @@ public:
     QString toHost(const std::string& gamePath) const;
 
     // Game path of a host path, through the drive whose folder holds it most closely
-    // (nullopt when no drive holds it).
+    // (nullopt when no drive holds it or the game's code page cannot hold its name).
     std::optional<std::string> toGame(const QString& hostPath) const;
+    // The same, with the reason when there is none, naming the path.
+    Result<std::string> gamePathOf(const QString& hostPath) const;
+
+    // A path as the user typed it, in a box or on the command line: a host path ("/home/ann/MTM2",
+    // "~/MTM2", or relative to the current folder) or a game path ("C:\Games\MTM2" through the drive
+    // map, "Z:\home\ann\MTM2").
+    Result<QString> typedHostPath(const QString& typed) const;
+    Result<std::string> typedGamePath(const QString& typed) const;
+
+    // A path component as Win32 opens it: trailing blanks and dots dropped ("TRUCKS.POD " names
+    // TRUCKS.POD). "." and ".." and a component of nothing else stay as they are.
+    static QString win32ComponentName(const QString& name);
 
     // True when the game path names the root of its drive ("C:" or "C:\").
     static bool isDriveRoot(const std::string& gamePath);

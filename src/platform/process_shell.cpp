@@ -1,5 +1,8 @@
 #include "process_shell.h"
 
+#include "game_text.h"
+#include "wine.h"
+
 #include <QFileInfo>
 #include <QProcess>
 #include <QUrl>
@@ -28,16 +31,30 @@ bool ProcessShell::openDocument(const std::string& gamePath) {
 bool ProcessShell::openUrl(const QString& url) { return startOpener(url); }
 
 bool ProcessShell::launch(const std::string& executable, const std::string& workingFolder) {
+    return launchWith(QString(), executable, workingFolder);
+}
+
+bool ProcessShell::launchWith(const QString& launchCommand, const std::string& executable,
+                              const std::string& workingFolder) {
+    m_launchFailure.clear();
     const QString host = m_paths.toHost(executable);
-    if (host.isEmpty() || !QFileInfo(host).isFile())
+    const Result<GameLaunchPlan> plan =
+        planGameLaunch(host.isEmpty() ? fromGameText(executable) : host, m_paths.toHost(workingFolder), launchCommand,
+                       PathMap::hostWinePrefix());
+    if (!plan) {
+        m_launchFailure = plan.failure().message;
         return false;
-    const QString folder = m_paths.toHost(workingFolder);
-#ifdef Q_OS_WIN
-    return QProcess::startDetached(host, {}, folder);
-#else
-    const QString wine = qEnvironmentVariable("KORVEL_WINE", QStringLiteral("wine"));
-    return QProcess::startDetached(wine, {host}, folder);
-#endif
+    }
+    QProcess process;
+    process.setProgram(plan->program);
+    process.setArguments(plan->arguments);
+    process.setWorkingDirectory(plan->workingFolder);
+    process.setProcessEnvironment(plan->environment);
+    if (!process.startDetached()) {
+        m_launchFailure = QStringLiteral("%1 could not be started: %2").arg(plan->program, process.errorString());
+        return false;
+    }
+    return true;
 }
 
 } // namespace korvel

@@ -17,6 +17,13 @@ public:
     virtual bool openUrl(const QString& url) = 0;
     // Starts the game's executable with `workingFolder` (game path) as its current folder.
     virtual bool launch(const std::string& executable, const std::string& workingFolder) = 0;
+    // The same through a launch command of the profile's ("proton run"; empty: as launch() does).
+    virtual bool launchWith(const QString& launchCommand, const std::string& executable,
+                            const std::string& workingFolder) {
+        return launchCommand.trimmed().isEmpty() && launch(executable, workingFolder);
+    }
+    // Why the last launch failed, for the user; empty when there is nothing more to say.
+    virtual QString launchFailure() const { return QString(); }
 };
 
 } // namespace korvel

@@ -106,8 +106,13 @@ void FileAssociation::Register() {
                        "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
                        "  <mime-type type=\"%1\">\n"
                        "    <comment>%2</comment>\n"
-                       // Above the weight of other programs' ".pod" globs.
-                       "    <glob pattern=\"*.pod\" weight=\"60\"/>\n"
+                       // "*.pod" is Perl documentation too: the archive's own signature decides,
+                       // and the name alone weighs less than Perl's glob (50), so Perl text keeps
+                       // opening where it did.
+                       "    <magic priority=\"80\">\n"
+                       "      <match type=\"string\" value=\"POD2\" offset=\"0\"/>\n"
+                       "    </magic>\n"
+                       "    <glob pattern=\"*.pod\" weight=\"40\"/>\n"
                        "  </mime-type>\n"
                        "</mime-info>\n")
             .arg(QLatin1String(kMimeType), QLatin1String(kFileTypeName));
@@ -121,9 +126,12 @@ void FileAssociation::Register() {
 void FileAssociation::Unregister() {
     m_store.DeleteKey(classesKey(".pod"));
     m_store.DeleteKey(classesKey("Korvel"));
-    if (!m_options.desktopEntries || dataHome().isEmpty() || !QFile::exists(desktopEntryPath()))
+    if (!m_options.desktopEntries || dataHome().isEmpty())
         return;
-    if (writeDesktopEntry(false))
+    // What Register installed goes again, so nothing of ours is left claiming ".pod" files.
+    if (QFile::exists(mimePackagePath()) && QFile::remove(mimePackagePath()))
+        runTool(QStringLiteral("update-mime-database"), dataHome() + QStringLiteral("/mime"));
+    if (QFile::exists(desktopEntryPath()) && QFile::remove(desktopEntryPath()))
         runTool(QStringLiteral("update-desktop-database"), dataHome() + QStringLiteral("/applications"));
 }
 

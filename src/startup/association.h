@@ -29,9 +29,11 @@ struct AssociationOptions {
 // desktops without a registry, the MIME type and desktop entry that make the file manager open an
 // archive with the program, passing its path.
 //
+// The MIME type is recognised by the archive's "POD2" signature; by name alone it weighs less than
+// Perl documentation, which shares the ".pod" extension.
+//
 // Unregistering deletes the keys the way the store deletes keys, so the entries themselves stay
-// behind. On the desktop side the MIME type stays as well (like ".pod" under the classes root), but
-// the desktop entry no longer claims it, so the file manager stops opening archives with us.
+// behind. On the desktop side the MIME type and the desktop entry are removed again.
 class FileAssociation {
 public:
     FileAssociation(SettingsStore& store, const PathMap& paths, AssociationOptions options);

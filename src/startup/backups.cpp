@@ -2,6 +2,9 @@
 
 #include "platform/game_path.h"
 #include "platform/game_text.h"
+#include "platform/wine.h"
+
+#include <QDir>
 
 namespace korvel {
 
@@ -59,6 +62,22 @@ std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dia
     store.CreateKey(kLobbyKey);
     for (const GameRegistryEntry& entry : gameRegistryEntries(folder))
         store.WriteValue(entry.key, entry.value, entry.text);
+    return folder;
+}
+
+std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, const std::string& location,
+                                              const PathMap& paths, const QString& regFolder) {
+    const std::optional<std::string> folder = RepairGameRegistry(store, dialogs, location);
+    if (!folder || paths.isIdentity())
+        return folder;
+    std::vector<RegFileValue> values;
+    for (const GameRegistryEntry& entry : gameRegistryEntries(*folder))
+        values.push_back({entry.key, entry.value, entry.text});
+    QDir().mkpath(regFolder);
+    const RegImportOutcome outcome = importIntoWinePrefix(
+        values, QDir(regFolder).filePath(QStringLiteral("mtm2-registry.reg")), PathMap::hostWinePrefix());
+    dialogs.message(QStringLiteral("Fix Game Registry Entries"), outcome.message,
+                    outcome.imported ? MessageIcon::Information : MessageIcon::Exclamation);
     return folder;
 }
 

@@ -28,5 +28,10 @@ std::vector<GameRegistryEntry> gameRegistryEntries(const std::string& folder);
 // registry entries for its folder. Returns that folder, which the session's owner makes the game
 // folder until the program ends; nullopt when the user cancelled.
 std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, const std::string& location);
+// The same, and where the game runs under Wine (a drive-mapped `paths`), into the registry of the
+// Wine prefix too, through a registry file kept in `regFolder` (host folder); then tells the user
+// where the values went.
+std::optional<std::string> RepairGameRegistry(SettingsStore& store, Dialogs& dialogs, const std::string& location,
+                                              const PathMap& paths, const QString& regFolder);
 
 } // namespace korvel

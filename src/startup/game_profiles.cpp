@@ -1,5 +1,6 @@
 #include "game_profiles.h"
 
+#include "platform/game_codec.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "settings_names.h"
@@ -71,7 +72,13 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
                                            "Files\\Terminal Reality\\4x4 Evolution\\4x4.exe):"));
         if (!typed || typed->isEmpty())
             return AddOutcome::Unchanged;
-        exePath = toGameText(*typed);
+        // A host path ("/home/ann/Games/MTM2/MTM2.EXE", "~/...") or a game path ("C:\...").
+        const Result<std::string> typedPath = m_files.paths().typedGamePath(*typed);
+        if (!typedPath) {
+            m_dialogs.message(QStringLiteral("Read Error"), typedPath.failure().message, MessageIcon::Critical);
+            return AddOutcome::Unchanged;
+        }
+        exePath = *typedPath;
         const std::vector<std::string> found = m_files.search(exePath, SearchFilter::NormalFiles);
         const std::string foundName = found.empty() ? std::string() : upperGame(found.front());
         if (foundName != upperGame(FileNameOf(exePath))) {
@@ -84,7 +91,12 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
                         fromGameText(proposedName(exePath)));
     if (!name || name->isEmpty())
         return AddOutcome::Unchanged;
-    addProfile(exePath, toGameText(*name));
+    const std::optional<std::string> gameName = encodeGameText(*name);
+    if (!gameName) {
+        m_dialogs.message(QStringLiteral("Input Required"), unrepresentableMessage(*name), MessageIcon::Critical);
+        return AddOutcome::Unchanged;
+    }
+    addProfile(exePath, *gameName);
     return AddOutcome::Added;
 }
 

@@ -24,6 +24,11 @@ inline constexpr std::string_view kLocationIni = "Location-INI";
 inline constexpr std::string_view kLocationExe = "Location-EXE";
 inline constexpr std::string_view kMmpa = "MMPA";
 inline constexpr std::string_view kConfigurator = "Configurator";
+// The game's code page ("1251", "932"); missing or empty: the system's.
+inline constexpr std::string_view kCodePage = "CodePage";
+// A command that starts the game instead of Wine ("proton run", "lutris rungame ..."); the
+// executable's host path is added at its end.
+inline constexpr std::string_view kLaunchCommand = "LaunchCommand";
 
 // Profile subkey: preferences.
 inline constexpr std::string_view kLogo = "Logo";

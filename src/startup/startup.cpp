@@ -2,6 +2,7 @@
 
 #include "backups.h"
 #include "default_track_list.h"
+#include "platform/game_codec.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -113,6 +114,18 @@ bool Startup::readProfileValues() {
     return location && ini && exe && mmpa;
 }
 
+void Startup::applyCodePage(const std::string& game) {
+    const std::string setting = ProfileSettings(m_store, game).codePage();
+    Result<CodePageChoice> choice =
+        chooseGameCodec(QString(), QString::fromStdString(setting), PathMap::hostWinePrefix());
+    if (!choice) {
+        m_services.dialogs.message(QStringLiteral("Game Code Page"), choice.failure().message,
+                                   MessageIcon::Exclamation);
+        choice = systemGameCodec(PathMap::hostWinePrefix());
+    }
+    GameCodec::setActive(choice->codec);
+}
+
 StartupResult Startup::Main(const std::string& commandLine) {
     // The command line counts on the first entry only; the version text marks that entry.
     std::string request = m_session.versionText.empty() ? commandLine : std::string();
@@ -137,6 +150,7 @@ StartupResult Startup::Main(const std::string& commandLine) {
     const std::vector<std::string> stored = profile.readValidated();
     const bool firstRun = profile.firstRun();
     bool complete = readProfileValues();
+    applyCodePage(game);
     m_session.autosave = profile.autosave();
 
     // The game moved or was removed: ask for its executable again.

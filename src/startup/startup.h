@@ -53,6 +53,8 @@ private:
     bool chooseProfile(std::string request, const std::optional<std::vector<std::string>>& list);
     // The loaded profile's own values into the session; false when one of them cannot be read.
     bool readProfileValues();
+    // Makes the profile's code page (its setting, else the system's) the active one.
+    void applyCodePage(const std::string& game);
     void terminateWith(const QString& text);
 
     Services& m_services;

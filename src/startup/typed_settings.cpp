@@ -163,6 +163,24 @@ void ProfileSettings::setText(std::string_view name, const std::string& text) {
     m_store.writeProfile(m_profile, name, text);
 }
 
+std::string ProfileSettings::codePage() const {
+    std::string stored = text(kCodePage);
+    return stored == kError ? std::string() : stored;
+}
+
+std::string ProfileSettings::launchCommand() const {
+    std::string stored = text(kLaunchCommand);
+    return stored == kError ? std::string() : stored;
+}
+
+void ProfileSettings::setCodePage(const std::string& codePage) {
+    setText(kCodePage, codePage);
+}
+
+void ProfileSettings::setLaunchCommand(const std::string& command) {
+    setText(kLaunchCommand, command);
+}
+
 std::optional<std::string> ProfileSettings::path(std::string_view name) const {
     std::string stored = text(name);
     if (stored == kError)

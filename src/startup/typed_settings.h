@@ -100,6 +100,8 @@ public:
     std::vector<std::string> extraDirs() const; // the list, without empty entries
     std::string extraDirsText() const;          // the list as stored, for the archive scan
     bool firstRun() const;                      // "FirstRun" anything but "0"
+    std::string codePage() const;               // "CodePage": empty when not set (the system's)
+    std::string launchCommand() const;          // "LaunchCommand": empty when the game starts itself
 
     // Writes, in the stored forms. Like every write to the store they report nothing here; a
     // failed save shows in SettingsStore::takeSaveFailure().
@@ -117,6 +119,8 @@ public:
     // "Screen" takes the letter of the window title after "Korvel - ", whatever it is.
     void setScreenLetter(const std::string& letter);
     void setFirstRunDone();
+    void setCodePage(const std::string& codePage);
+    void setLaunchCommand(const std::string& command);
 
     // "Recent": the main window's recent archives, newest first.
     std::vector<std::string> recent() const;

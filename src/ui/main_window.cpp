@@ -212,6 +212,7 @@ void MainWindow::toggleAssociation() {
 
 QDialog* MainWindow::showOptions() {
     auto* dialog = new OptionsDialog(m_store, m_session, m_services.dialogs, this);
+    dialog->setPathMap(&m_services.paths);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &OptionsDialog::saved, this, &MainWindow::applyButtonLooks);
     dialog->open();

@@ -1,3 +1,4 @@
+#include "platform/file_services.h"
 #include "platform/path_map.h"
 
 #include <QDir>
@@ -78,4 +79,57 @@ TEST(PathMap, knowsDriveRoots) {
     EXPECT_TRUE(PathMap::isDriveRoot("c:\\"));
     EXPECT_FALSE(PathMap::isDriveRoot("C:\\Games"));
     EXPECT_FALSE(PathMap::isDriveRoot("Games"));
+}
+
+TEST(PathMap, dropsTrailingBlanksAndDotsOfEachComponentAsWindowsDoes) {
+    QTemporaryDir dir;
+    touch(dir.path() + "/Data/TRUCKS.POD");
+    PathMap map;
+    map.mapDrive('C', dir.path());
+    FileServices files(map);
+    for (const char* typed : {"C:\\Data\\TRUCKS.POD ", "C:\\Data\\trucks.pod. .", "C:\\Data \\TRUCKS.POD",
+                              "C:\\Data.\\TRUCKS.POD  ", "C:\\.\\Data\\TRUCKS.POD"}) {
+        EXPECT_EQ(map.toHost(typed), dir.path() + "/Data/TRUCKS.POD") << typed;
+        EXPECT_TRUE(files.FileExists(typed)) << typed;
+        EXPECT_TRUE(files.readAll(typed)) << typed;
+    }
+    EXPECT_FALSE(files.FileExists("C:\\Data\\ TRUCKS.POD")); // leading blanks are part of the name
+    EXPECT_FALSE(files.FileExists("C:\\Data\\TRUCKS.PO"));
+    EXPECT_EQ(PathMap::win32ComponentName(".."), "..");
+    EXPECT_EQ(PathMap::win32ComponentName(" . "), " . ");
+}
+
+TEST(PathMap, takesTypedHostPathsAndGamePathsAlike) {
+    QTemporaryDir dir;
+    touch(dir.path() + "/Games/MTM2/MTM2.EXE");
+    PathMap map;
+    map.mapDrive('C', dir.path());
+    map.mapDrive('Z', "/");
+    const QString exe = dir.path() + "/Games/MTM2/MTM2.EXE";
+    const struct {
+        QString typed;
+        QString host;
+        std::string game;
+    } cases[] = {
+        {"C:\\games\\mtm2\\mtm2.exe", exe, "C:\\games\\mtm2\\mtm2.exe"},
+        {"c:/Games/MTM2/MTM2.EXE", exe, "c:\\Games\\MTM2\\MTM2.EXE"},
+        {" \"C:\\Games\\MTM2\\MTM2.EXE\"", exe, "C:\\Games\\MTM2\\MTM2.EXE"},
+        {exe, exe, "C:\\Games\\MTM2\\MTM2.EXE"},
+        {"  \"" + exe + "\"  ", exe, "C:\\Games\\MTM2\\MTM2.EXE"},
+        {"Z:" + QString(exe).replace('/', '\\'), exe, "Z:" + QString(exe).replace('/', '\\').toStdString()},
+        {"~/korvel-none/x.pod", QDir::homePath() + "/korvel-none/x.pod",
+         *map.toGame(QDir::homePath() + "/korvel-none/x.pod")},
+    };
+    for (const auto& c : cases) {
+        const Result<QString> host = map.typedHostPath(c.typed);
+        ASSERT_TRUE(host) << c.typed.toStdString();
+        EXPECT_EQ(*host, c.host) << c.typed.toStdString();
+        const Result<std::string> game = map.typedGamePath(c.typed);
+        ASSERT_TRUE(game) << c.typed.toStdString();
+        EXPECT_EQ(*game, c.game) << c.typed.toStdString();
+    }
+    const Result<QString> unmapped = map.typedHostPath("Q:\\Games\\x.exe");
+    ASSERT_FALSE(unmapped);
+    EXPECT_TRUE(unmapped.failure().message.contains("drive Q:"));
+    EXPECT_FALSE(map.typedHostPath("   "));
 }

@@ -3,6 +3,9 @@
 #include "startup_fixture.h"
 
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -133,6 +136,51 @@ TEST(FileAssociation, desktopEntryQuotesTheProgramAndUnregisteringStopsClaimingT
     EXPECT_TRUE(entry().contains("Exec=\"/opt/My \\\\\"Tools\\\\\"/korvel\" %f\n"));
     EXPECT_TRUE(entry().contains("MimeType=application/x-pod-archive;"));
     association.Unregister();
-    EXPECT_TRUE(QFile::exists(association.mimePackagePath()));
-    EXPECT_FALSE(entry().contains("MimeType="));
+    EXPECT_FALSE(QFile::exists(association.mimePackagePath()));
+    EXPECT_FALSE(QFile::exists(association.desktopEntryPath()));
+}
+
+TEST(FileAssociation, claimsGameArchivesByTheirSignatureAndLeavesPerlDocumentationAlone) {
+    TempDrive drive;
+    QTemporaryDir home;
+    SettingsStore store(drive.registry(), drive.dialogs());
+    FileAssociation association(store, drive.paths(), {"/opt/korvel", true, home.path(), true});
+    association.Register();
+    QFile package(association.mimePackagePath());
+    ASSERT_TRUE(package.open(QIODevice::ReadOnly));
+    const QByteArray xml = package.readAll();
+    EXPECT_TRUE(xml.contains("<match type=\"string\" value=\"POD2\" offset=\"0\"/>"));
+    const QRegularExpressionMatch glob = QRegularExpression("glob pattern=\"\\*\\.pod\" weight=\"(\\d+)\"").match(xml);
+    ASSERT_TRUE(glob.hasMatch());
+    EXPECT_LT(glob.captured(1).toInt(), 50); // the default weight of Perl's "*.pod"
+
+    if (QStandardPaths::findExecutable("update-mime-database").isEmpty())
+        GTEST_SKIP() << "no MIME database tools";
+    QFile globs(home.filePath("mime/globs2"));
+    ASSERT_TRUE(globs.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(globs.readAll().contains(":application/x-pod-archive:*.pod"));
+    const QString gio = QStandardPaths::findExecutable("gio");
+    if (!gio.isEmpty()) {
+        const auto contentType = [&](const QString& name, const QByteArray& bytes) {
+            QFile file(home.filePath(name));
+            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(bytes);
+            file.close();
+            QProcess process;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert("XDG_DATA_HOME", home.path());
+            process.setProcessEnvironment(environment);
+            process.start(gio, {"info", "-a", "standard::content-type", file.fileName()});
+            process.waitForFinished(20000);
+            return QString::fromUtf8(process.readAllStandardOutput()).section("content-type: ", 1).trimmed();
+        };
+        EXPECT_EQ(contentType("TRUCKS.POD", QByteArray("POD2\0\0\0\0", 8) + QByteArray(80, 'x')),
+                  "application/x-pod-archive");
+        EXPECT_NE(contentType("perlfunc.pod", "=head1 NAME\n\nperlfunc - Perl builtin functions\n\n=cut\n"),
+                  "application/x-pod-archive");
+    }
+    association.Unregister();
+    globs.close();
+    ASSERT_TRUE(globs.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(globs.readAll().contains("application/x-pod-archive"));
 }

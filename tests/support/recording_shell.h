@@ -24,8 +24,16 @@ public:
         launches.push_back({executable, workingFolder});
         return succeed;
     }
+    bool launchWith(const QString& launchCommand, const std::string& executable,
+                    const std::string& workingFolder) override {
+        launchCommands << launchCommand;
+        return launch(executable, workingFolder);
+    }
+    QString launchFailure() const override { return succeed ? QString() : failure; }
 
     bool succeed = true;
+    QString failure; // what launchFailure() reports when launching does not succeed
+    QStringList launchCommands;
     std::vector<std::string> documents;
     QStringList urls;
     std::vector<std::pair<std::string, std::string>> launches;

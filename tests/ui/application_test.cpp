@@ -134,6 +134,19 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     EXPECT_FALSE(rig.window().isVisible());
 }
 
+TEST(KorvelApplicationButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGameDidNotStart) {
+    AppRig rig;
+    addGame(rig);
+    rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
+    ASSERT_TRUE(rig.start());
+    rig.drive.shell().succeed = false;
+    rig.drive.shell().failure = "Wine was not found, so the game cannot be started.";
+    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().text, "Wine was not found, so the game cannot be started.");
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+}
+
 TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     AppRig rig;
     addGame(rig);

@@ -1,7 +1,9 @@
 #include "app_rig.h"
 #include "mounter/widgets/mounted_model.h"
+#include "platform/game_codec.h"
 
 #include <QAbstractItemModelTester>
+#include <QFile>
 #include <QLabel>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -168,6 +170,15 @@ TEST_F(MounterPaneTest, dropsPodFilesWhereThePointerIsAndMovesRowsWithinTheList)
     EXPECT_EQ(texts(core().mounted()), (std::vector<std::string>{"A.POD", "\\OTHER\\NEW.POD", "B.POD", "C.POD"}));
     EXPECT_TRUE(unmountedRow("D.POD") >= 0 && unmountedRow("E.POD") >= 0);
     EXPECT_EQ(selectedRows(unmounted), std::vector<int>{0});
+    // A name the game's code page cannot hold is refused by name, not mounted with "?" for its letters.
+    korvel::ScopedGameCodec western(korvel::GameCodec{});
+    const QString cyrillic = rig.drive.root() + QStringLiteral("/Other/Трасса.POD");
+    QFile(cyrillic).open(QIODevice::WriteOnly);
+    auto* foreign = new QMimeData;
+    foreign->setUrls({QUrl::fromLocalFile(cyrillic)});
+    drop(foreign, rowCentre(mounted, 0));
+    EXPECT_EQ(core().mounted().size(), 4);
+    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QStringLiteral("Трасса.POD")));
 }
 
 TEST_F(MounterPaneTest, listModelsPassTheModelTesterThroughEveryOperation) {

@@ -1,3 +1,4 @@
+#include "platform/path_map.h"
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
@@ -11,6 +12,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -120,7 +122,8 @@ TEST(OptionsDialog, okWritesEveryValueInItsOrderAndCancelWritesNothing) {
     f.click("cmdOK");
     EXPECT_EQ(f.registry.written,
               (std::vector<std::string>{"AS-POD", "AS-Player", "AS-Monster", "AS-Change", "AS-Exit", "Flat", "Slide",
-                                        "Configurator", "Autosort", "Browse", "BrowseDir", "ExtraDirs", "Lock"}));
+                                        "Configurator", "Autosort", "Browse", "BrowseDir", "ExtraDirs", "Lock",
+                                        "CodePage", "LaunchCommand"}));
     EXPECT_EQ(f.get(settings::kLock), "3");
     EXPECT_EQ(f.get(settings::kExtraDirs), "C:\\Extra\\One|C:\\Extra\\Two|C:\\Extra\\Three");
     EXPECT_EQ(saved, 1);
@@ -143,4 +146,40 @@ TEST(OptionsDialog, configuratorWarningOnlyWhenSwitchingOnAndNoKeepsItOff) {
     EXPECT_EQ(f.dialogs.messages().size(), 2u);
     f.click("cmdOK");
     EXPECT_EQ(f.get(settings::kConfigurator), "False");
+}
+
+TEST(OptionsDialog, pathsPageTakesTypedHostPathsACodePageAndALaunchCommand) {
+    QTemporaryDir drive;
+    korvel::PathMap paths;
+    paths.mapDrive('C', drive.path());
+    OptionsFixture f;
+    f.open();
+    f.dialog->setPathMap(&paths);
+    f.page(3);
+    f.find<QLineEdit>("txtBrowseDir")->setText(drive.path() + "/Games/MTM2");
+    f.find<QLineEdit>("txtLaunchCommand")->setText("lutris rungame mtm2");
+    const struct {
+        QString codePage;
+        bool accepted;
+    } cases[] = {{"cp9999", false}, {"1251", true}};
+    for (const auto& c : cases) {
+        f.find<QLineEdit>("txtCodePage")->setText(c.codePage);
+        f.registry.written.clear();
+        f.click("cmdOK");
+        EXPECT_EQ(f.dialog->isVisible(), !c.accepted) << c.codePage.toStdString();
+        EXPECT_EQ(f.registry.written.empty(), !c.accepted) << c.codePage.toStdString();
+    }
+    EXPECT_TRUE(f.dialogs.messages().front().text.contains("\"cp9999\""));
+    EXPECT_EQ(f.get(settings::kBrowseDir), "C:\\Games\\MTM2");
+    EXPECT_EQ(f.get(settings::kCodePage), "1251");
+    EXPECT_EQ(f.get(settings::kLaunchCommand), "lutris rungame mtm2");
+
+    f.open();
+    f.dialog->setPathMap(&paths);
+    f.page(3);
+    EXPECT_EQ(f.find<QLineEdit>("txtCodePage")->text(), "1251");
+    f.find<QLineEdit>("txtBrowseDir")->setText("Q:\\Nowhere");
+    f.click("cmdOK");
+    EXPECT_TRUE(f.dialog->isVisible());
+    EXPECT_TRUE(f.dialogs.lastMessage().text.contains("drive Q:"));
 }

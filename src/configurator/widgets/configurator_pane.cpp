@@ -1,6 +1,7 @@
 #include "configurator_pane.h"
 
 #include "platform/dialogs.h"
+#include "platform/file_registry.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/services.h"
@@ -11,6 +12,7 @@
 #include "ui/kit/twips.h"
 
 #include <QCheckBox>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -249,7 +251,9 @@ void ConfiguratorPane::showSelectedDriver() {
 }
 
 void ConfiguratorPane::fixRegistry() {
-    if (const std::optional<std::string> folder = RepairGameRegistry(m_store, m_services.dialogs, m_session.location))
+    if (const std::optional<std::string> folder =
+            RepairGameRegistry(m_store, m_services.dialogs, m_session.location, m_services.paths,
+                               QFileInfo(FileRegistry::defaultPath()).absolutePath()))
         emit gameFolderRepaired(*folder);
 }
 

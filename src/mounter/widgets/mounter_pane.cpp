@@ -291,8 +291,13 @@ void MounterPane::showCounter(const QString& text, int bar) {
 void MounterPane::dropFiles(const QStringList& hostPaths, int row) {
     std::vector<std::string> paths;
     for (const QString& host : hostPaths) {
-        if (std::optional<std::string> game = m_services.paths.toGame(host))
-            paths.push_back(*game);
+        Result<std::string> game = m_services.paths.gamePathOf(host);
+        if (!game) {
+            // A name the game could not read is refused, never written with "?" for its letters.
+            run(game.failure());
+            return;
+        }
+        paths.push_back(std::move(*game));
     }
     run(m_mounter.dropFiles(paths, row));
 }
@@ -331,7 +336,7 @@ bool MounterPane::settleUnsavedList() {
             return answer == MessageAnswer::No;
     }
     const Status saved = saveMountedList();
-    run(Mounter::Outcome{saved, {}, {}});
+    run(saved);
     return saved.ok();
 }
 

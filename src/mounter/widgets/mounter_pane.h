@@ -71,6 +71,7 @@ private:
 
     // Selects what an operation answered and shows its failure, if any.
     void run(const Mounter::Outcome& outcome);
+    void run(const Status& status) { run(Mounter::Outcome{status, {}, {}}); }
     static Mounter::Rows selectedRows(const QTreeView* list);
     static void select(QTreeView* list, const Mounter::Selection& selection);
     void moveSelected(Mounter::Outcome (Mounter::*move)(Mounter::Rows));

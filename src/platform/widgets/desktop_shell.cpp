@@ -16,7 +16,15 @@ bool DesktopShell::openDocument(const std::string& gamePath) {
 bool DesktopShell::openUrl(const QString& url) { return QDesktopServices::openUrl(QUrl(url)); }
 
 bool DesktopShell::launch(const std::string& executable, const std::string& workingFolder) {
-    return ProcessShell(m_paths).launch(executable, workingFolder);
+    return launchWith(QString(), executable, workingFolder);
+}
+
+bool DesktopShell::launchWith(const QString& launchCommand, const std::string& executable,
+                              const std::string& workingFolder) {
+    ProcessShell shell(m_paths);
+    const bool started = shell.launchWith(launchCommand, executable, workingFolder);
+    m_launchFailure = shell.launchFailure();
+    return started;
 }
 
 } // namespace korvel

@@ -80,8 +80,12 @@ std::vector<std::string> QtDialogs::openFiles(const OpenFileRequest& request) {
     }
     std::vector<std::string> out;
     for (const QString& host : chosen) {
-        if (auto game = m_paths.toGame(host))
-            out.push_back(*game);
+        Result<std::string> game = m_paths.gamePathOf(host);
+        if (!game) {
+            message(game.failure().title(), game.failure().message, MessageIcon::Exclamation);
+            return {};
+        }
+        out.push_back(std::move(*game));
     }
     return out;
 }
@@ -91,7 +95,12 @@ std::optional<std::string> QtDialogs::browseFolder(const QString& caption, const
     const QString chosen = QFileDialog::getExistingDirectory(m_parent, caption, start);
     if (chosen.isEmpty())
         return std::nullopt;
-    return m_paths.toGame(chosen);
+    Result<std::string> game = m_paths.gamePathOf(chosen);
+    if (!game) {
+        message(game.failure().title(), game.failure().message, MessageIcon::Exclamation);
+        return std::nullopt;
+    }
+    return std::move(*game);
 }
 
 } // namespace korvel

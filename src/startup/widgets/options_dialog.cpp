@@ -1,7 +1,9 @@
 #include "options_dialog.h"
 
 #include "platform/dialogs.h"
+#include "platform/game_codec.h"
 #include "platform/game_text.h"
+#include "platform/path_map.h"
 #include "startup/session.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
@@ -171,12 +173,36 @@ QWidget* OptionsDialog::buildPaths() {
     listRow->addWidget(m_extraDirs, 1);
     listRow->addLayout(listButtons);
 
+    // Where the game runs under Wine or with a code page of its own.
+    m_codePage = new QLineEdit(page);
+    m_codePage->setObjectName(QStringLiteral("txtCodePage"));
+    m_codePage->setAccessibleName(QStringLiteral("Game code page"));
+    m_codePage->setPlaceholderText(QStringLiteral("automatic"));
+    m_codePage->setToolTip(QStringLiteral("The code page the game writes its file names in (1252, 1251, 1250, 932...). "
+                                          "Empty: the system's, or the Wine prefix's. Used from the next start."));
+    m_launchCommand = new QLineEdit(page);
+    m_launchCommand->setObjectName(QStringLiteral("txtLaunchCommand"));
+    m_launchCommand->setAccessibleName(QStringLiteral("Launch command"));
+    m_launchCommand->setPlaceholderText(QStringLiteral("wine"));
+    m_launchCommand->setToolTip(QStringLiteral("The command Play Game starts the game's executable with (for example a "
+                                               "Proton or Lutris wrapper); the executable is added at its end."));
+    auto* codePageLabel = new QLabel(QStringLiteral("Game &code page:"), page);
+    codePageLabel->setBuddy(m_codePage);
+    auto* launchLabel = new QLabel(QStringLiteral("&Launch command:"), page);
+    launchLabel->setBuddy(m_launchCommand);
+    auto* gameRows = new QHBoxLayout;
+    gameRows->addWidget(codePageLabel);
+    gameRows->addWidget(m_codePage);
+    gameRows->addWidget(launchLabel);
+    gameRows->addWidget(m_launchCommand, 1);
+
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(m_chkBrowse);
     layout->addLayout(browseRow);
     layout->addSpacing(8);
     layout->addWidget(heading(QStringLiteral("Extra Search Directories"), page));
     layout->addLayout(listRow, 1);
+    layout->addLayout(gameRows);
     return page;
 }
 
@@ -204,6 +230,8 @@ void OptionsDialog::load() {
     m_browseDir->setText(fromGameText(profile.browseDir()));
     for (const std::string& dir : profile.extraDirs())
         m_extraDirs->addItem(fromGameText(dir));
+    m_codePage->setText(fromGameText(profile.codePage()));
+    m_launchCommand->setText(fromGameText(profile.launchCommand()));
     updateBrowseEnabled();
 }
 
@@ -275,7 +303,37 @@ void OptionsDialog::focusPage(int index) {
     target->setFocus(Qt::TabFocusReason);
 }
 
+std::optional<std::string> OptionsDialog::typedFolder(const QString& text) {
+    if (!m_paths || text.trimmed().isEmpty())
+        return toGameText(text);
+    const Result<std::string> game = m_paths->typedGamePath(text);
+    if (!game) {
+        m_dialogs.message(QStringLiteral("Options"), game.failure().message, MessageIcon::Exclamation);
+        return std::nullopt;
+    }
+    return *game;
+}
+
 void OptionsDialog::save() {
+    const QString codePage = m_codePage->text().trimmed();
+    if (!codePage.isEmpty() && !GameCodec::fromText(codePage)) {
+        m_dialogs.message(QStringLiteral("Options"),
+                          QStringLiteral("\"%1\" is not a code page Korvel can convert. Name a Windows ANSI code page "
+                                         "such as 1252, 1251, 1250 or 932, or leave the box empty.")
+                              .arg(codePage),
+                          MessageIcon::Exclamation);
+        m_tabs->setCurrentIndex(3);
+        return;
+    }
+    const std::optional<std::string> browseDir = typedFolder(m_browseDir->text());
+    const std::optional<std::string> launchCommand = encodeGameText(m_launchCommand->text().trimmed());
+    if (!browseDir || !launchCommand) {
+        if (!launchCommand)
+            m_dialogs.message(QStringLiteral("Options"), unrepresentableMessage(m_launchCommand->text()),
+                              MessageIcon::Exclamation);
+        m_tabs->setCurrentIndex(3);
+        return;
+    }
     m_store.CreateKey(settings::profileKey(m_profile));
     ProfileSettings profile(m_store, m_profile);
     AutosaveSwitches autosave;
@@ -290,13 +348,15 @@ void OptionsDialog::save() {
     profile.setConfigurator(m_chkConfigurator->isChecked());
     profile.setAutosort(m_chkAutosort->isChecked());
     profile.setBrowse(m_chkBrowse->isChecked());
-    profile.setBrowseDir(toGameText(m_browseDir->text()));
+    profile.setBrowseDir(*browseDir);
     std::vector<std::string> dirs;
     for (int i = 0; i < m_extraDirs->count(); ++i)
         dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
     profile.setExtraDirs(dirs);
     const int lock = m_lock->checkedId();
     profile.setLock(lock > 0 && lock <= 3 ? static_cast<ScreenLock>(lock) : ScreenLock::None);
+    profile.setCodePage(codePage.toStdString());
+    profile.setLaunchCommand(*launchCommand);
     emit saved();
     accept();
 }

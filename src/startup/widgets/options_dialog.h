@@ -3,6 +3,7 @@
 #include <QDialog>
 
 #include <array>
+#include <optional>
 #include <string>
 
 class QButtonGroup;
@@ -16,6 +17,7 @@ class QTabWidget;
 namespace korvel {
 
 class Dialogs;
+class PathMap;
 class SettingsStore;
 struct Session;
 
@@ -27,6 +29,9 @@ class OptionsDialog : public QDialog {
 
 public:
     OptionsDialog(SettingsStore& store, const Session& session, Dialogs& dialogs, QWidget* parent = nullptr);
+
+    // Typed folders are taken as host or game paths through this map (the services' own).
+    void setPathMap(const PathMap* paths) { m_paths = paths; }
 
     // OK: writes the values in their fixed order, then closes.
     void save();
@@ -50,11 +55,16 @@ private:
     void confirmConfigurator(bool checked);
     void updateBrowseEnabled();
     void focusPage(int index);
+    // The game path of a typed folder; nullopt (after saying why) when it names none.
+    std::optional<std::string> typedFolder(const QString& text);
 
     SettingsStore& m_store;
     std::string m_profile;
     bool m_configurator;
     Dialogs& m_dialogs;
+    const PathMap* m_paths = nullptr;
+    QLineEdit* m_codePage = nullptr;
+    QLineEdit* m_launchCommand = nullptr;
 
     QTabWidget* m_tabs = nullptr;
     QCheckBox* m_chkConfigurator = nullptr;
