@@ -26,7 +26,7 @@ namespace {
 // The settings store of this user, with the dialogs it reports through.
 struct Settings {
     std::unique_ptr<RegistryService> registry = createRegistry();
-    StderrDialogs dialogs;
+    CommandLineDialogs dialogs;
     SettingsStore store{*registry, dialogs};
 
     ~Settings() {
@@ -34,11 +34,6 @@ struct Settings {
             err() << warning << '\n';
     }
 };
-
-int refused(const QString& text) {
-    err() << text << '\n';
-    return kExitRefused;
-}
 
 int usage(const QString& text) {
     err() << text << '\n';
@@ -105,7 +100,7 @@ int runProfiles(const QStringList& args) {
     if (action == QLatin1String("add")) {
         const QString exe = positional[1];
         if (!QFileInfo(exe).isFile())
-            return refused(QStringLiteral("File not found!"));
+            return refusedWith(QStringLiteral("File not found!"));
         const std::string exePath = gamePathOf(paths, exe);
         const std::string name = parser.isSet(QStringLiteral("name")) ? toGameText(parser.value(QStringLiteral("name")))
                                                                       : GameProfiles::proposedName(exePath);
@@ -121,7 +116,7 @@ int runProfiles(const QStringList& args) {
     const auto& games = profiles.games();
     const auto found = std::find(games.begin(), games.end(), name);
     if (found == games.end())
-        return refused(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
+        return refusedWith(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
     profiles.select(int(found - games.begin()));
     profiles.Remove();
     profiles.saveList();
@@ -175,12 +170,12 @@ int runSettings(const QStringList& args) {
     }
     const SettingsStore::KeyPath path = settings.store.ParseKeyPath(key);
     if (!settings.registry->keyExists(path.root, path.subkey))
-        return refused(forProfile ? QStringLiteral("There are no settings for the game profile %1.").arg(profile)
+        return refusedWith(forProfile ? QStringLiteral("There are no settings for the game profile %1.").arg(profile)
                                   : QStringLiteral("There are no settings yet."));
     if (action == QLatin1String("get")) {
         const std::string value = settings.store.ReadValue(key, toGameText(positional[1]));
         if (value == settings::kError)
-            return refused(QStringLiteral("%1 is not set.").arg(positional[1]));
+            return refusedWith(QStringLiteral("%1 is not set.").arg(positional[1]));
         out() << fromGameText(value) << '\n';
         return kExitOk;
     }

@@ -1,11 +1,11 @@
 #include "file_registry.h"
 
+#include "file_lock.h"
 #include "file_services.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QStandardPaths>
 
 namespace korvel {
@@ -56,11 +56,9 @@ void FileRegistry::refresh() {
 
 template <typename Change> bool FileRegistry::change(Change&& apply) {
     QDir().mkpath(QFileInfo(m_path).absolutePath());
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    lock.setStaleLockTime(10000);
-    if (!lock.tryLock(5000)) {
-        m_warnings << QStringLiteral("The settings file %1 is locked by another program; a setting was not saved.")
-                          .arg(QDir::toNativeSeparators(m_path));
+    const Result<FileLock> lock = FileLock::acquire(m_path, std::chrono::seconds(5));
+    if (!lock) {
+        m_warnings << lock.failure().message;
         return false;
     }
     // Force a re-read: another instance may have written within the same timestamp tick.
