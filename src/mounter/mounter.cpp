@@ -11,14 +11,6 @@
 
 namespace korvel {
 
-namespace {
-
-bool hasPodSuffix(std::string_view path) {
-    return path.size() >= 4 && upperGame(path.substr(path.size() - 4)) == ".POD";
-}
-
-} // namespace
-
 Mounter::Mounter(const Session& session, SettingsStore& settings, Services& services, QObject* parent)
     : QObject(parent), m_session(session), m_settings(settings), m_services(services) {
     connect(&m_mounted, &EntryList::contentChanged, this, [this] { m_modified = true; });

@@ -134,6 +134,11 @@ bool FileServices::FileExists(const std::string& path) const {
     return !search(path, SearchFilter::NormalFiles).empty();
 }
 
+bool FileServices::findsName(const std::string& folder, const std::string& name) const {
+    const std::vector<std::string> found = search(withTrailingBackslash(folder) + name, SearchFilter::FilesAndFolders);
+    return found.size() == 1 && upperGame(found.front()) == upperGame(name);
+}
+
 bool FileServices::folderExists(const std::string& path) const {
     const QString host = m_paths.toHost(path);
     return !host.isEmpty() && QFileInfo(host).isDir();

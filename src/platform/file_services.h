@@ -36,6 +36,9 @@ public:
 
     // True when a search for the path with normal attributes finds an entry (a folder does not count).
     bool FileExists(const std::string& path) const;
+    // True when a search of `folder` for `name` yields that one name, ignoring case (a file or a
+    // folder): the archive a file box shows is still there.
+    bool findsName(const std::string& folder, const std::string& name) const;
     bool folderExists(const std::string& path) const;
     std::optional<qint64> fileSize(const std::string& path) const;
 

@@ -210,8 +210,7 @@ Status MassExtract(const FileServices& files, const std::string& gameFolder,
                    const MassExtractHooks& hooks) {
     const std::string folder = withTrailingBackslash(gameFolder);
     for (const std::string& name : archiveNames) {
-        const std::vector<std::string> found = files.search(folder + name, SearchFilter::FilesAndFolders);
-        if (found.size() != 1 || upperGame(found.front()) != upperGame(name))
+        if (!files.findsName(folder, name))
             return readError(fileNotFoundText());
         Result<PodDirectory> listing = ListPOD(files, folder + name);
         if (hooks.listed)

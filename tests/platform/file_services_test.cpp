@@ -54,6 +54,22 @@ TEST(FileServices, fileExistsIgnoresFolders) {
     EXPECT_FALSE(drive.files().FileExists("C:\\Game\\none.ini"));
 }
 
+TEST(FileServices, findsANameOnlyWhenTheSearchYieldsThatOneName) {
+    TempDrive drive;
+    drive.write("C:\\Game\\TRUCKS.POD", "t");
+    drive.write("C:\\Game\\TRAXX.POD", "x");
+    drive.makeFolder("C:\\Game\\ADDON");
+    const std::pair<const char*, bool> rows[] = {
+        {"TRUCKS.POD", true}, {"trucks.pod", true}, {"Addon", true}, {"GONE.POD", false},
+        {"TR*.POD", false}, // two names answer
+        {"TRUCK?.POD", false}, // one name answers, but another one
+        {"TRUCKS.PO", false},
+    };
+    for (const auto& [name, found] : rows)
+        EXPECT_EQ(drive.files().findsName("C:\\Game", name), found) << name;
+    EXPECT_TRUE(drive.files().findsName("C:\\Game\\", "TRAXX.POD"));
+}
+
 TEST(FileServices, failedWriteKeepsTheOldFileAndSaysWhy) {
     TempDrive drive;
     drive.write("C:\\Game\\POD.INI", "old");

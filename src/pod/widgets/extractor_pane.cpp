@@ -403,8 +403,7 @@ void ExtractorPane::runMassExtract() {
     const std::vector<std::string> names = m_browser->fileNames();
     for (const std::string& name : names) {
         const std::string folder = withTrailingBackslash(m_browser->path());
-        const std::vector<std::string> found = m_services.files.search(folder + name, SearchFilter::FilesAndFolders);
-        if (found.size() != 1 || upperGame(found.front()) != upperGame(name)) {
+        if (!m_services.files.findsName(folder, name)) {
             m_services.dialogs.message(QStringLiteral("Read Error"), fileNotFoundText(), MessageIcon::Critical);
             m_browser->refreshFiles();
             return;
