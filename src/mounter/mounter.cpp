@@ -1,5 +1,6 @@
 #include "mounter.h"
 
+#include "platform/diagnostics.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -29,8 +30,10 @@ Status Mounter::LoadMountedList(LoadMode mode) {
     m_mounted.assign(std::move(rows));
 
     Status status;
-    if (!text.ok())
+    if (!text.ok()) {
         status = text.failure(); // never write over a file that could not be read
+        qCInfo(lcMounter) << "POD.INI not read:" << status.failure().message;
+    }
     else if (present && mode == LoadMode::Rewrite)
         status = SaveMountedList();
     m_modified = false;
@@ -50,6 +53,8 @@ Status Mounter::SaveMountedList() {
     Status status = m_services.files.writeAll(m_session.locationIni, podIniText(paths));
     if (status.ok())
         m_modified = false;
+    else
+        qCInfo(lcMounter) << "POD.INI not saved:" << status.failure().message;
     return status;
 }
 

@@ -2,6 +2,7 @@
 
 #include "entry_path.h"
 
+#include "platform/diagnostics.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 
@@ -85,6 +86,7 @@ public:
 
 private:
     std::optional<Failure> writeFailure(const QString& hostPath, const QString& reason) const {
+        qCInfo(lcPod) << "extraction could not write" << hostPath << reason;
         if (m_options.replaceWhole)
             return writeError(QStringLiteral("Could not write %1: %2").arg(QDir::toNativeSeparators(hostPath), reason));
         return podRuntimeFailure(75);
