@@ -171,7 +171,7 @@ int runSettings(const QStringList& args) {
     const SettingsStore::KeyPath path = settings.store.ParseKeyPath(key);
     if (!settings.registry->keyExists(path.root, path.subkey))
         return refusedWith(forProfile ? QStringLiteral("There are no settings for the game profile %1.").arg(profile)
-                                  : QStringLiteral("There are no settings yet."));
+                                      : QStringLiteral("There are no settings yet."));
     if (action == QLatin1String("get")) {
         const std::string value = settings.store.ReadValue(key, toGameText(positional[1]));
         if (value == settings::kError)

@@ -33,8 +33,7 @@ Status Mounter::LoadMountedList(LoadMode mode) {
     if (!text.ok()) {
         status = text.failure(); // never write over a file that could not be read
         qCInfo(lcMounter) << "POD.INI not read:" << status.failure().message;
-    }
-    else if (present && mode == LoadMode::Rewrite)
+    } else if (present && mode == LoadMode::Rewrite)
         status = SaveMountedList();
     m_modified = false;
 

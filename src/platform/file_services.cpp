@@ -243,7 +243,8 @@ Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes) {
 Status FileServices::makeDirectory(const std::string& path) const {
     const QString host = m_paths.toHost(withoutTrailingBackslash(path));
     if (host.isEmpty())
-        return writeError(QStringLiteral("Could not create the folder %1: no drive is mapped for it.").arg(fromGameText(path)));
+        return writeError(
+            QStringLiteral("Could not create the folder %1: no drive is mapped for it.").arg(fromGameText(path)));
     const QString shown = QDir::toNativeSeparators(host);
     if (QFileInfo::exists(host))
         return writeError(QStringLiteral("Could not create the folder %1: it exists already.").arg(shown));
@@ -266,8 +267,8 @@ Status FileServices::copyFile(const std::string& from, const std::string& to) co
         return writeError(QStringLiteral("Could not copy to %1: no drive is mapped for it.").arg(fromGameText(to)));
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly))
-        return readError(QStringLiteral("Could not copy %1: %2")
-                             .arg(QDir::toNativeSeparators(source), in.errorString()));
+        return readError(
+            QStringLiteral("Could not copy %1: %2").arg(QDir::toNativeSeparators(source), in.errorString()));
     removeStaleTemporaries(target);
     QSaveFile out(target);
     auto failed = [&](const QString& reason) {

@@ -1,7 +1,7 @@
 #include "pod_directory.h"
 
-#include "platform/dialogs.h"
 #include "platform/diagnostics.h"
+#include "platform/dialogs.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 

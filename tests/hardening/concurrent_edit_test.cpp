@@ -48,13 +48,27 @@ const QByteArray kPlayer = "103\r\n3\r\n1\r\nAlice\r\nRAM.TRK\r\n1\r\n2\r\n3\r\n
                            "Carol\r\nVAN.TRK\r\n1\r\n2\r\n3\r\n4\r\n5\r\n";
 
 const RacingEdit kEdits[] = {
-    {"pod_ini", "POD.INI", "1\r\nTRUCKS.POD\r\n", "mounter --game %g mount %g/ADDON/ARENA.POD",
-     "mounter --game %g mount %g/ADDON/BOMBTAG.POD", {"ADDON\\ARENA.POD\r\n", "ADDON\\BOMBTAG.POD\r\n", "3\r\n"}, {}},
-    {"monster_ini", "system/monster.ini",
-     "showHiddenTrack=0\r\nkookyHornFlag=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n", "monster --game %g --horn on",
-     "monster --game %g --hidden-track on", {"showHiddenTrack=666\r\n", "kookyHornFlag=1\r\n"}, {}},
-    {"player_pro", "player.pro", kPlayer, "drivers --game %g remove Alice", "drivers --game %g remove Carol",
-     {"Bob\r\n", "103\r\n1\r\n"}, {"Alice\r\n", "Carol\r\n"}},
+    {"pod_ini",
+     "POD.INI",
+     "1\r\nTRUCKS.POD\r\n",
+     "mounter --game %g mount %g/ADDON/ARENA.POD",
+     "mounter --game %g mount %g/ADDON/BOMBTAG.POD",
+     {"ADDON\\ARENA.POD\r\n", "ADDON\\BOMBTAG.POD\r\n", "3\r\n"},
+     {}},
+    {"monster_ini",
+     "system/monster.ini",
+     "showHiddenTrack=0\r\nkookyHornFlag=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n",
+     "monster --game %g --horn on",
+     "monster --game %g --hidden-track on",
+     {"showHiddenTrack=666\r\n", "kookyHornFlag=1\r\n"},
+     {}},
+    {"player_pro",
+     "player.pro",
+     kPlayer,
+     "drivers --game %g remove Alice",
+     "drivers --game %g remove Carol",
+     {"Bob\r\n", "103\r\n1\r\n"},
+     {"Alice\r\n", "Carol\r\n"}},
 };
 
 template <typename Param> class GameFolder : public ::testing::TestWithParam<Param> {

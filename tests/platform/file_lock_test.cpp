@@ -57,16 +57,20 @@ TEST(FileServices, aSaveRemovesTheTemporariesThatKilledSavesOfTheFileLeft) {
         bool removed;
     };
     const Row rows[] = {
-        {"POD.INI.qWeRtY", hour, true},  {"POD.INI.AbcdeF", hour, true},  {"POD.INI.xYzzyQ", 11 * 60, true},
+        {"POD.INI.qWeRtY", hour, true},
+        {"POD.INI.AbcdeF", hour, true},
+        {"POD.INI.xYzzyQ", 11 * 60, true},
         {"POD.INI.qWeRtY2", hour, false}, // seven characters
         {"POD.INI.qWeRt1", hour, false},  // a digit
         {"POD.INI.qWeRt", hour, false},   // five letters
         {"POD.INI.aBcDeF", fresh, false}, // perhaps another program's save, still running
         {"POD.INI.aBcDeG", 9 * 60, false},
         {"POD.INI.backup", hour, false}, // six letters that read as a word: a user's copy
-        {"POD.INI.BACKUP", hour, false},  {"POD.INI.Backup", hour, false},
+        {"POD.INI.BACKUP", hour, false},
+        {"POD.INI.Backup", hour, false},
         {"pod.ini.qWeRtY", hour, false}, // another file's name, on a system that tells case apart
-        {"PODXINI.qWeRtY", hour, false},  {"OTHER.INI.qWeRtY", hour, false},
+        {"PODXINI.qWeRtY", hour, false},
+        {"OTHER.INI.qWeRtY", hour, false},
     };
     for (const Row& row : rows)
         ASSERT_TRUE(writeAged(folder + row.name, "left over", row.age)) << row.name;

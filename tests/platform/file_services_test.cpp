@@ -60,9 +60,9 @@ TEST(FileServices, findsANameOnlyWhenTheSearchYieldsThatOneName) {
     drive.write("C:\\Game\\TRAXX.POD", "x");
     drive.makeFolder("C:\\Game\\ADDON");
     const std::pair<const char*, bool> rows[] = {
-        {"TRUCKS.POD", true}, {"trucks.pod", true}, {"Addon", true}, {"GONE.POD", false},
-        {"TR*.POD", false}, // two names answer
-        {"TRUCK?.POD", false}, // one name answers, but another one
+        {"TRUCKS.POD", true},  {"trucks.pod", true}, {"Addon", true},
+        {"GONE.POD", false},   {"TR*.POD", false}, // two names answer
+        {"TRUCK?.POD", false},                     // one name answers, but another one
         {"TRUCKS.PO", false},
     };
     for (const auto& [name, found] : rows)
@@ -113,13 +113,18 @@ TEST(FileServices, failuresNameTheFileAndTheReason) {
         {"folder exists", files.makeDirectory("C:\\Game\\backup"), {"backup", "exists already"}},
         {"parent missing", files.makeDirectory("C:\\Game\\a\\b"), {"b", "does not exist"}},
         {"unmapped drive", files.makeDirectory("Q:\\Game"), {"Q:\\Game", "no drive is mapped"}},
-        {"copy of a missing file", files.copyFile("C:\\Game\\none", "C:\\Game\\backup\\none"),
+        {"copy of a missing file",
+         files.copyFile("C:\\Game\\none", "C:\\Game\\backup\\none"),
          {"C:\\Game\\none", "does not exist"}},
-        {"copy into a missing folder", files.copyFile("C:\\Game\\player.pro", "C:\\Game\\gone\\player.pro"),
+        {"copy into a missing folder",
+         files.copyFile("C:\\Game\\player.pro", "C:\\Game\\gone\\player.pro"),
          {"player.pro", "old copy was left unchanged"}},
-        {"trash of a missing file", files.moveToTrash({"C:\\Game\\player.pro", "C:\\Game\\GONE.POD"}),
+        {"trash of a missing file",
+         files.moveToTrash({"C:\\Game\\player.pro", "C:\\Game\\GONE.POD"}),
          {"C:\\Game\\GONE.POD"}},
-        {"lock in a missing folder", statusOf(files.lockForChange("C:\\Gone\\POD.INI")), {"POD.INI", "cannot be created"}},
+        {"lock in a missing folder",
+         statusOf(files.lockForChange("C:\\Gone\\POD.INI")),
+         {"POD.INI", "cannot be created"}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
