@@ -36,14 +36,24 @@ QTextStream& err();
 
 // Prints the failure's message on stderr; returns the refused-input exit status.
 int refusedWith(const Failure& failure);
+inline int refusedWith(const QString& message) {
+    return refusedWith(refused(message));
+}
 
-// Dialogs for commands that ask nothing: messages go to stderr, questions get no answer.
-class StderrDialogs : public Dialogs {
+// The dialogs of a command line: messages go to stderr and nothing is ever chosen in a dialog.
+// Questions are declined (Cancel), unless the command line itself is the user's confirmation.
+class CommandLineDialogs : public Dialogs {
 public:
+    enum class Questions { Declined, Confirmed };
+    explicit CommandLineDialogs(Questions questions = Questions::Declined) : m_questions(questions) {}
+
     MessageAnswer message(const QString& title, const QString& text, MessageIcon icon, MessageButtons buttons) override;
     std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
     std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
     std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
+
+private:
+    Questions m_questions;
 };
 
 // Commands of each part of the program, listed by `korvel-cli --help`.

@@ -108,6 +108,17 @@ int runMonster(const QStringList& args) {
         return usage(QStringLiteral("monster: --game must name an existing game folder."));
     FileServices files(paths);
 
+    // A change holds the file's lock from the read to the save, so a second command run at the
+    // same time waits for this one instead of saving over its change.
+    std::optional<FileLock> lock;
+    if (parser.isSet(QStringLiteral("hidden-track")) || parser.isSet(QStringLiteral("horn")) ||
+        parser.isSet(QStringLiteral("language"))) {
+        Result<FileLock> locked = files.lockForChange(monsterIniPath(*folder));
+        if (!locked)
+            return refusedWith(locked.failure());
+        lock = std::move(*locked);
+    }
+
     Result<MonsterSettings> settings = LoadMonsterIni(files, *folder);
     if (!settings)
         return refusedWith(settings.failure());
@@ -194,6 +205,14 @@ int runDrivers(const QStringList& args) {
         return usage(QStringLiteral("drivers: --game must name an existing game folder."));
     FileServices files(paths);
 
+    std::optional<FileLock> lock; // held from the read to the save, as for monster.ini
+    if (action == QLatin1String("remove")) {
+        Result<FileLock> locked = files.lockForChange(playerProfilePath(*folder));
+        if (!locked)
+            return refusedWith(locked.failure());
+        lock = std::move(*locked);
+    }
+
     DriverLoad load = LoadDrivers(files, *folder);
     if (load.failure)
         return refusedWith(*load.failure);
@@ -279,7 +298,7 @@ int runTracks(const QStringList& args) {
         return usage(QStringLiteral("tracks: use list or update (see --help)."));
 
     TrackSite site = TrackSite::fromEnvironment();
-    StderrDialogs dialogs;
+    CommandLineDialogs dialogs;
     std::unique_ptr<RegistryService> registry = createRegistry();
     SettingsStore store(*registry, dialogs);
     for (const QString& warning : registry->takeWarnings())

@@ -24,9 +24,16 @@ int refusedWith(const Failure& failure) {
     return kExitRefused;
 }
 
-MessageAnswer StderrDialogs::message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) {
+MessageAnswer CommandLineDialogs::message(const QString& title, const QString& text, MessageIcon,
+                                          MessageButtons buttons) {
+    if (buttons == MessageButtons::Ok) {
+        err() << title << ": " << text << '\n';
+        return MessageAnswer::Ok;
+    }
+    if (m_questions == Questions::Confirmed)
+        return buttons == MessageButtons::OkCancel ? MessageAnswer::Ok : MessageAnswer::Yes;
     err() << title << ": " << text << '\n';
-    return buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Cancel;
+    return MessageAnswer::Cancel;
 }
 
 namespace {

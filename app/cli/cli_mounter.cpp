@@ -24,27 +24,6 @@ namespace korvel::cli {
 
 namespace {
 
-// The command line itself is the user's confirmation: questions are answered Yes, messages go to
-// stderr, and nothing is ever chosen in a dialog.
-class CommandLineDialogs : public Dialogs {
-public:
-    MessageAnswer message(const QString& title, const QString& text, MessageIcon, MessageButtons buttons) override {
-        switch (buttons) {
-        case MessageButtons::YesNo:
-        case MessageButtons::YesNoCancel:
-            return MessageAnswer::Yes;
-        case MessageButtons::OkCancel:
-        case MessageButtons::Ok:
-            err() << title << ": " << text << '\n';
-            return MessageAnswer::Ok;
-        }
-        return MessageAnswer::Ok;
-    }
-    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
-    std::vector<std::string> openFiles(const OpenFileRequest&) override { return {}; }
-    std::optional<std::string> browseFolder(const QString&, const std::string&) override { return std::nullopt; }
-};
-
 constexpr const char* kProfile = "korvel-cli";
 
 const QStringList kCommands = {QStringLiteral("show"),        QStringLiteral("mount"),  QStringLiteral("unmount"),
@@ -52,11 +31,6 @@ const QStringList kCommands = {QStringLiteral("show"),        QStringLiteral("mo
                                QStringLiteral("bottom"),      QStringLiteral("delete"), QStringLiteral("mount-all"),
                                QStringLiteral("unmount-all"), QStringLiteral("clean"),
                                QStringLiteral("conflicts"),   QStringLiteral("check")};
-
-int refusedWith(const QString& message) {
-    err() << message << '\n';
-    return kExitRefused;
-}
 
 int usage(const QString& text) {
     err() << "mounter: " << text << "\nRun 'korvel-cli mounter --help' for the options.\n";
@@ -187,8 +161,19 @@ int runMounter(const QStringList& args) {
         session.locationIni = session.location + "\\POD.INI";
     }
 
+    // A command that saves POD.INI holds its lock from the read to the save, so a second command
+    // run at the same time waits for this one instead of saving over its change.
+    std::optional<FileLock> lock;
+    if (command != QLatin1String("show") && command != QLatin1String("delete")) {
+        Result<FileLock> locked = files.lockForChange(session.locationIni);
+        if (!locked)
+            return refusedWith(locked.failure());
+        lock = std::move(*locked);
+    }
+
     RegistryTree registry;
-    CommandLineDialogs dialogs;
+    // The command line itself is the user's confirmation: questions are answered Yes.
+    CommandLineDialogs dialogs(CommandLineDialogs::Questions::Confirmed);
     ProcessShell shell(paths);
     Services services{paths, files, registry, dialogs, shell};
     SettingsStore settings(registry, dialogs);

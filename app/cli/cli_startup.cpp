@@ -29,7 +29,7 @@ namespace {
 // The settings store of this user, with the dialogs it reports through.
 struct Settings {
     std::unique_ptr<RegistryService> registry = createRegistry();
-    StderrDialogs dialogs;
+    CommandLineDialogs dialogs;
     SettingsStore store{*registry, dialogs};
     QString reported;
 
@@ -51,11 +51,6 @@ struct Settings {
         }
     }
 };
-
-int refused(const QString& text) {
-    err() << text << '\n';
-    return kExitRefused;
-}
 
 int usage(const QString& text) {
     err() << text << '\n';
@@ -117,16 +112,16 @@ int runProfiles(const QStringList& args) {
     if (action == QLatin1String("add")) {
         const Result<QString> exe = paths.typedHostPath(positional[1]);
         if (!exe || !QFileInfo(*exe).isFile())
-            return refused(QStringLiteral("File not found!"));
+            return refusedWith(QStringLiteral("File not found!"));
         const Result<std::string> typedPath = paths.typedGamePath(positional[1]);
         if (!typedPath)
-            return refused(typedPath.failure().message);
+            return refusedWith(typedPath.failure().message);
         const std::string& exePath = *typedPath;
         std::string name = GameProfiles::proposedName(exePath);
         if (parser.isSet(QStringLiteral("name"))) {
             const std::optional<std::string> typedName = encodeGameText(parser.value(QStringLiteral("name")));
             if (!typedName)
-                return refused(unrepresentableMessage(parser.value(QStringLiteral("name"))));
+                return refusedWith(unrepresentableMessage(parser.value(QStringLiteral("name"))));
             name = *typedName;
         }
         if (name.empty())
@@ -144,7 +139,7 @@ int runProfiles(const QStringList& args) {
     const auto& games = profiles.games();
     const auto found = std::find(games.begin(), games.end(), name);
     if (found == games.end())
-        return refused(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
+        return refusedWith(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
     profiles.select(int(found - games.begin()));
     profiles.Remove();
     profiles.saveList();
@@ -196,7 +191,7 @@ int runSettings(const QStringList& args) {
         const std::optional<std::string> name = encodeGameText(positional[1]);
         const std::optional<std::string> text = encodeGameText(positional[2]);
         if (!name || !text)
-            return refused(unrepresentableMessage(name ? positional[2] : positional[1]));
+            return refusedWith(unrepresentableMessage(name ? positional[2] : positional[1]));
         {
             SettingsStore::OneSave together(settings.store);
             settings.store.CreateKey(key);
@@ -206,12 +201,12 @@ int runSettings(const QStringList& args) {
     }
     const SettingsStore::KeyPath path = settings.store.ParseKeyPath(key);
     if (!settings.registry->keyExists(path.root, path.subkey))
-        return refused(forProfile ? QStringLiteral("There are no settings for the game profile %1.").arg(profile)
-                                  : QStringLiteral("There are no settings yet."));
+        return refusedWith(forProfile ? QStringLiteral("There are no settings for the game profile %1.").arg(profile)
+                                      : QStringLiteral("There are no settings yet."));
     if (action == QLatin1String("get")) {
         const std::string value = settings.store.ReadValue(key, toGameText(positional[1]));
         if (value == settings::kError)
-            return refused(QStringLiteral("%1 is not set.").arg(positional[1]));
+            return refusedWith(QStringLiteral("%1 is not set.").arg(positional[1]));
         out() << fromGameText(value) << '\n';
         return kExitOk;
     }
@@ -246,7 +241,7 @@ int runAssociate(const QStringList& args) {
     if (parser.isSet(QStringLiteral("program"))) {
         const Result<QString> program = paths.typedHostPath(parser.value(QStringLiteral("program")));
         if (!program)
-            return refused(program.failure().message);
+            return refusedWith(program.failure().message);
         options.programPath = *program;
     } else {
         // The desktop application lies next to this program, with the same extension (".exe" or none).

@@ -1,5 +1,6 @@
 #include "mounter.h"
 
+#include "platform/diagnostics.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/short_path.h"
@@ -11,14 +12,6 @@
 #include <iterator>
 
 namespace korvel {
-
-namespace {
-
-bool hasPodSuffix(std::string_view path) {
-    return path.size() >= 4 && upperGame(path.substr(path.size() - 4)) == ".POD";
-}
-
-} // namespace
 
 Mounter::Mounter(const Session& session, SettingsStore& settings, Services& services, QObject* parent)
     : QObject(parent), m_session(session), m_settings(settings), m_services(services) {
@@ -56,9 +49,10 @@ Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
     m_mounted.assign(std::move(rows));
 
     Status status;
-    if (!text.ok())
+    if (!text.ok()) {
         status = text.failure(); // never write over a file that could not be read
-    else if (present && mode == LoadMode::Rewrite)
+        qCInfo(lcMounter) << "POD.INI not read:" << status.failure().message;
+    } else if (present && mode == LoadMode::Rewrite)
         status = SaveMountedList();
     m_modified = false;
 
@@ -75,6 +69,8 @@ Status Mounter::SaveMountedList() {
     Status status = m_services.files.writeAll(m_session.locationIni, podIniText(paths));
     if (status.ok())
         m_modified = false;
+    else
+        qCInfo(lcMounter) << "POD.INI not saved:" << status.failure().message;
     return status;
 }
 

@@ -59,6 +59,10 @@ std::string podIniText(const std::vector<std::string>& paths) {
     return text;
 }
 
+bool hasPodSuffix(std::string_view path) {
+    return path.size() >= 4 && upperGame(path.substr(path.size() - 4)) == ".POD";
+}
+
 namespace {
 
 bool firstFoundIs(const FileServices& files, const std::string& pattern, const std::string& name) {

@@ -21,6 +21,9 @@ std::vector<std::string> podIniEntries(std::string_view text);
 // The canonical text: the count, then each path, every line ended by CR LF.
 std::string podIniText(const std::vector<std::string>& paths);
 
+// True when the path ends in ".POD", in any case: only such files are mounted or listed as unmounted.
+bool hasPodSuffix(std::string_view path);
+
 // True when the archive an entry names exists: a search for gameFolder + "\" + entry, or for the
 // entry itself (relative to the process's current folder), yields its file name, ignoring case.
 bool archiveEntryExists(const FileServices& files, const std::string& gameFolder, const std::string& entry);

@@ -13,10 +13,6 @@ namespace korvel {
 
 namespace {
 
-bool hasPodSuffix(std::string_view name) {
-    return name.size() >= 4 && upperGame(name.substr(name.size() - 4)) == ".POD";
-}
-
 class Collector {
 public:
     Collector(const FileServices& files, const ScanInputs& inputs, const PathKeySet& mounted)

@@ -1,8 +1,10 @@
 #include "file_services.h"
 
+#include "diagnostics.h"
 #include "game_path.h"
 #include "game_text.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -27,6 +29,25 @@ bool isHiddenName(const QFileInfo& info) {
 #else
     return info.fileName().startsWith(QLatin1Char('.'));
 #endif
+}
+
+// The six letters QSaveFile appends to a temporary's name, unless they read as a word in one case.
+bool isTemporarySuffix(QStringView suffix) {
+    if (suffix.size() != 6)
+        return false;
+    int upper = 0;
+    for (QChar c : suffix) {
+        if (!((c >= QLatin1Char('a') && c <= QLatin1Char('z')) || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'))))
+            return false;
+        if (c.isUpper())
+            ++upper;
+    }
+    const bool capitalized = upper == 1 && suffix.front().isUpper();
+    return upper != 0 && upper != 6 && !capitalized;
+}
+
+QString nativeFolderOf(const QString& hostPath) {
+    return QDir::toNativeSeparators(QFileInfo(hostPath).absolutePath());
 }
 
 } // namespace
@@ -114,6 +135,11 @@ bool FileServices::FileExists(const std::string& path) const {
     return !search(path, SearchFilter::NormalFiles).empty();
 }
 
+bool FileServices::findsName(const std::string& folder, const std::string& name) const {
+    const std::vector<std::string> found = search(withTrailingBackslash(folder) + name, SearchFilter::FilesAndFolders);
+    return found.size() == 1 && upperGame(found.front()) == upperGame(name);
+}
+
 bool FileServices::folderExists(const std::string& path) const {
     const QString host = m_paths.toHost(path);
     return !host.isEmpty() && QFileInfo(host).isDir();
@@ -164,9 +190,41 @@ Status FileServices::writeAll(const std::string& path, const std::string& bytes)
     return writeFileAtomically(host, QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
 }
 
+Result<FileLock> FileServices::lockForChange(const std::string& path) const {
+    const QString host = m_paths.toHost(path);
+    if (host.isEmpty())
+        return writeError(QStringLiteral("Could not change %1: no drive is mapped for it.").arg(fromGameText(path)));
+    return FileLock::acquire(host);
+}
+
+int removeStaleTemporaries(const QString& hostPath) {
+    const QFileInfo target(hostPath);
+    const QString prefix = target.fileName() + QLatin1Char('.');
+    QDir folder = target.absoluteDir();
+    folder.setNameFilters({prefix + QStringLiteral("??????")});
+    folder.setFilter(QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
+    const QDateTime oldest = QDateTime::currentDateTimeUtc().addSecs(-60 * kStaleTemporaryMinutes);
+    int removed = 0;
+    for (const QFileInfo& info : folder.entryInfoList()) {
+        const QString name = info.fileName();
+        if (!name.startsWith(prefix) || !isTemporarySuffix(QStringView(name).mid(prefix.size())) ||
+            info.lastModified().toUTC() > oldest)
+            continue;
+        if (QFile::remove(info.absoluteFilePath())) {
+            ++removed;
+            qCInfo(lcPlatform) << "removed the left-over temporary" << info.absoluteFilePath();
+        } else {
+            qCInfo(lcPlatform) << "could not remove the left-over temporary" << info.absoluteFilePath();
+        }
+    }
+    return removed;
+}
+
 Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes) {
+    removeStaleTemporaries(hostPath);
     QSaveFile file(hostPath);
     auto failed = [&](const QString& reason) {
+        qCInfo(lcPlatform) << "save failed:" << hostPath << reason;
         return writeError(QStringLiteral("Could not save %1: %2. The old file was left unchanged.")
                               .arg(QDir::toNativeSeparators(hostPath), reason));
     };
@@ -183,49 +241,82 @@ Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes) {
     return {};
 }
 
-bool FileServices::makeDirectory(const std::string& path) const {
+Status FileServices::makeDirectory(const std::string& path) const {
     const QString host = m_paths.toHost(withoutTrailingBackslash(path));
-    if (host.isEmpty() || QFileInfo::exists(host))
-        return false;
-    return QDir().mkdir(host);
+    if (host.isEmpty())
+        return writeError(
+            QStringLiteral("Could not create the folder %1: no drive is mapped for it.").arg(fromGameText(path)));
+    const QString shown = QDir::toNativeSeparators(host);
+    if (QFileInfo::exists(host))
+        return writeError(QStringLiteral("Could not create the folder %1: it exists already.").arg(shown));
+    if (!QFileInfo(QFileInfo(host).absolutePath()).isDir())
+        return writeError(QStringLiteral("Could not create the folder %1: the folder %2 does not exist.")
+                              .arg(shown, nativeFolderOf(host)));
+    if (!QDir().mkdir(host)) {
+        qCInfo(lcPlatform) << "make-directory failed:" << host;
+        return writeError(QStringLiteral("Could not create the folder %1.").arg(shown));
+    }
+    return {};
 }
 
-bool FileServices::copyFile(const std::string& from, const std::string& to) const {
+Status FileServices::copyFile(const std::string& from, const std::string& to) const {
     const QString source = m_paths.toHost(from);
     const QString target = m_paths.toHost(to);
-    if (source.isEmpty() || target.isEmpty() || !QFileInfo(source).isFile())
-        return false;
+    if (source.isEmpty() || !QFileInfo(source).isFile())
+        return readError(QStringLiteral("Could not copy %1: the file does not exist.").arg(fromGameText(from)));
+    if (target.isEmpty())
+        return writeError(QStringLiteral("Could not copy to %1: no drive is mapped for it.").arg(fromGameText(to)));
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly))
-        return false;
+        return readError(
+            QStringLiteral("Could not copy %1: %2").arg(QDir::toNativeSeparators(source), in.errorString()));
+    removeStaleTemporaries(target);
     QSaveFile out(target);
+    auto failed = [&](const QString& reason) {
+        qCInfo(lcPlatform) << "copy failed:" << source << "to" << target << reason;
+        return writeError(QStringLiteral("Could not copy %1 to %2: %3. The old copy was left unchanged.")
+                              .arg(QDir::toNativeSeparators(source), QDir::toNativeSeparators(target), reason));
+    };
     if (!out.open(QIODevice::WriteOnly))
-        return false;
+        return failed(out.errorString());
     QByteArray chunk;
     while (!(chunk = in.read(1 << 20)).isEmpty()) {
         if (out.write(chunk) != chunk.size() || !out.flush()) {
+            const QString reason = out.errorString();
             out.cancelWriting();
-            return false;
+            return failed(reason);
         }
     }
-    return in.error() == QFileDevice::NoError && out.commit();
+    if (in.error() != QFileDevice::NoError) {
+        const QString reason = in.errorString();
+        out.cancelWriting();
+        return failed(reason);
+    }
+    if (!out.commit())
+        return failed(out.errorString());
+    return {};
 }
 
-bool FileServices::moveToTrash(const std::vector<std::string>& paths) const {
+Status FileServices::moveToTrash(const std::vector<std::string>& paths) const {
 #ifndef Q_OS_WIN
     // The desktop's trash lives in the user's data folder; where that folder does not exist yet
     // the trash cannot be set up and files would land in the current folder, so make it first.
     const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     if (dataHome.isEmpty() || !QDir().mkpath(dataHome))
-        return false;
+        return writeError(QStringLiteral("Could not move files to the trash: the folder %1 cannot be created.")
+                              .arg(QDir::toNativeSeparators(dataHome)));
 #endif
-    bool all = true;
+    QStringList left;
     for (const std::string& path : paths) {
         const QString host = m_paths.toHost(path);
-        if (host.isEmpty() || !QFile::moveToTrash(host))
-            all = false;
+        if (host.isEmpty() || !QFile::moveToTrash(host)) {
+            qCInfo(lcPlatform) << "could not move to the trash:" << (host.isEmpty() ? fromGameText(path) : host);
+            left << fromGameText(path);
+        }
     }
-    return all;
+    if (!left.isEmpty())
+        return writeError(QStringLiteral("Could not move to the trash: %1").arg(left.join(QStringLiteral(", "))));
+    return {};
 }
 
 } // namespace korvel

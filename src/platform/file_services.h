@@ -1,5 +1,6 @@
 #pragma once
 
+#include "file_lock.h"
 #include "path_map.h"
 #include "result.h"
 
@@ -19,7 +20,8 @@ enum class SearchFilter {
 };
 
 // The file services of the platform layer, on game paths. Every write goes through a temporary
-// file and an atomic replace, so a failed write leaves the old file as it was.
+// file and an atomic replace, so a failed write leaves the old file as it was. Every operation that
+// can fail returns the reason, as the text a user is shown.
 class FileServices {
 public:
     explicit FileServices(const PathMap& paths);
@@ -34,6 +36,9 @@ public:
 
     // True when a search for the path with normal attributes finds an entry (a folder does not count).
     bool FileExists(const std::string& path) const;
+    // True when a search of `folder` for `name` yields that one name, ignoring case (a file or a
+    // folder): the archive a file box shows is still there.
+    bool findsName(const std::string& folder, const std::string& name) const;
     bool folderExists(const std::string& path) const;
     std::optional<qint64> fileSize(const std::string& path) const;
 
@@ -44,21 +49,34 @@ public:
     Result<std::string> readAll(const std::string& path, qint64 limit = qint64(256) << 20) const;
     // Writes through a temporary file in the same folder and replaces the old file atomically.
     Status writeAll(const std::string& path, const std::string& bytes) const;
+    // The lock of a read-modify-write of the file (see FileLock): take it before reading.
+    Result<FileLock> lockForChange(const std::string& path) const;
 
     // Single-level make-directory; fails when the folder exists or its parent does not.
-    bool makeDirectory(const std::string& path) const;
-    // Copies, replacing an existing copy. False when the source is missing or the copy failed.
-    bool copyFile(const std::string& from, const std::string& to) const;
-    // Sends the files to the recycle bin (the desktop's trash). False when any could not be moved.
-    bool moveToTrash(const std::vector<std::string>& paths) const;
+    Status makeDirectory(const std::string& path) const;
+    // Copies atomically, replacing an existing copy. Fails when the source is missing or unreadable.
+    Status copyFile(const std::string& from, const std::string& to) const;
+    // Sends the files to the recycle bin (the desktop's trash). Tries every file; the failure names
+    // those that could not be moved.
+    Status moveToTrash(const std::vector<std::string>& paths) const;
 
 private:
     const PathMap& m_paths;
 };
 
 // Writes `bytes` to a host file through QSaveFile. The failure text names the file and the reason
-// and says that the old file was kept.
+// and says that the old file was kept. Before writing, removes the temporaries that earlier saves
+// of the same file left when they were killed (see removeStaleTemporaries).
 Status writeFileAtomically(const QString& hostPath, const QByteArray& bytes);
+
+// How long a temporary of an interrupted save stays untouched before the next save takes it away.
+inline constexpr int kStaleTemporaryMinutes = 10;
+
+// Removes what interrupted atomic saves of `hostPath` left beside it: files named as the file plus
+// "." and six letters (the temporaries QSaveFile makes) that are older than kStaleTemporaryMinutes.
+// Six letters that read as a word in one case ("backup", "BACKUP", "Backup") are left alone: a user
+// may have named a copy so. Returns how many were removed.
+int removeStaleTemporaries(const QString& hostPath);
 
 // The DOS wildcard match used by searches: "*" any run, "?" one character, no regard to case.
 bool wildcardMatch(std::string_view pattern, std::string_view name);

@@ -76,8 +76,6 @@ void PathMap::mapDrive(char letter, const QString& hostRoot) {
     m_drives[letter] = stripTrailingSlash(QDir::cleanPath(hostRoot));
 }
 
-void PathMap::unmapDrive(char letter) { m_drives.erase(upperGameChar(letter)); }
-
 int PathMap::loadWinePrefix(const QString& prefix) {
     QDir devices(prefix + QStringLiteral("/dosdevices"));
     int found = 0;
@@ -98,16 +96,6 @@ int PathMap::loadWinePrefix(const QString& prefix) {
 QString PathMap::driveRoot(char letter) const {
     auto it = m_drives.find(upperGameChar(letter));
     return it == m_drives.end() ? QString() : it->second;
-}
-
-std::string PathMap::drivesText() const {
-    std::string out;
-    for (const auto& [letter, root] : m_drives) {
-        if (!out.empty())
-            out += "; ";
-        out += std::string(1, letter) + ": = " + toGameText(root);
-    }
-    return out;
 }
 
 bool PathMap::isDriveRoot(const std::string& gamePath) {

@@ -28,12 +28,10 @@ public:
     static QString hostWinePrefix();
 
     void mapDrive(char letter, const QString& hostRoot);
-    void unmapDrive(char letter);
     // Reads <prefix>/dosdevices/<letter>: links. Returns the number of drives found.
     int loadWinePrefix(const QString& prefix);
     QString driveRoot(char letter) const;
     bool isIdentity() const { return m_identity; }
-    std::string drivesText() const;
 
     // Host path of a game path. Components that exist under another case resolve to the name on
     // disk; components that do not exist are kept as written (so new files can be made). A relative

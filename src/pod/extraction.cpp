@@ -2,6 +2,7 @@
 
 #include "entry_path.h"
 
+#include "platform/diagnostics.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 
@@ -85,6 +86,7 @@ public:
 
 private:
     std::optional<Failure> writeFailure(const QString& hostPath, const QString& reason) const {
+        qCInfo(lcPod) << "extraction could not write" << hostPath << reason;
         if (m_options.replaceWhole)
             return writeError(QStringLiteral("Could not write %1: %2").arg(QDir::toNativeSeparators(hostPath), reason));
         return podRuntimeFailure(75);
@@ -210,8 +212,7 @@ Status MassExtract(const FileServices& files, const std::string& gameFolder,
                    const MassExtractHooks& hooks) {
     const std::string folder = withTrailingBackslash(gameFolder);
     for (const std::string& name : archiveNames) {
-        const std::vector<std::string> found = files.search(folder + name, SearchFilter::FilesAndFolders);
-        if (found.size() != 1 || upperGame(found.front()) != upperGame(name))
+        if (!files.findsName(folder, name))
             return readError(fileNotFoundText());
         Result<PodDirectory> listing = ListPOD(files, folder + name);
         const bool wanted = !hooks.listed || hooks.listed(folder + name, listing);

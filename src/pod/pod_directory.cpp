@@ -1,5 +1,6 @@
 #include "pod_directory.h"
 
+#include "platform/diagnostics.h"
 #include "platform/dialogs.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
@@ -252,7 +253,10 @@ Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path)
         return podRuntimeFailure(53);
     if (!file.open(QIODevice::ReadOnly))
         return podRuntimeFailure(70);
-    return listPodFrom(file, path);
+    Result<PodDirectory> listing = listPodFrom(file, path);
+    if (!listing)
+        qCInfo(lcPod) << "archive refused:" << host << listing.failure().message;
+    return listing;
 }
 
 Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {

@@ -54,12 +54,20 @@ TEST(FileServices, fileExistsIgnoresFolders) {
     EXPECT_FALSE(drive.files().FileExists("C:\\Game\\none.ini"));
 }
 
-TEST(FileServices, makesOneFolderLevelOnly) {
+TEST(FileServices, findsANameOnlyWhenTheSearchYieldsThatOneName) {
     TempDrive drive;
-    drive.makeFolder("C:\\Game");
-    EXPECT_TRUE(drive.files().makeDirectory("C:\\Game\\backup"));
-    EXPECT_FALSE(drive.files().makeDirectory("C:\\Game\\backup")); // exists
-    EXPECT_FALSE(drive.files().makeDirectory("C:\\Game\\a\\b"));   // parent missing
+    drive.write("C:\\Game\\TRUCKS.POD", "t");
+    drive.write("C:\\Game\\TRAXX.POD", "x");
+    drive.makeFolder("C:\\Game\\ADDON");
+    const std::pair<const char*, bool> rows[] = {
+        {"TRUCKS.POD", true},  {"trucks.pod", true}, {"Addon", true},
+        {"GONE.POD", false},   {"TR*.POD", false}, // two names answer
+        {"TRUCK?.POD", false},                     // one name answers, but another one
+        {"TRUCKS.PO", false},
+    };
+    for (const auto& [name, found] : rows)
+        EXPECT_EQ(drive.files().findsName("C:\\Game", name), found) << name;
+    EXPECT_TRUE(drive.files().findsName("C:\\Game\\", "TRAXX.POD"));
 }
 
 TEST(FileServices, failedWriteKeepsTheOldFileAndSaysWhy) {
@@ -77,11 +85,53 @@ TEST(FileServices, failedWriteKeepsTheOldFileAndSaysWhy) {
     EXPECT_EQ(drive.read("C:\\Blocked"), "a file, not a folder");
 }
 
-TEST(FileServices, copiesOverOlderCopiesAndSkipsMissingSources) {
+TEST(FileServices, copiesOverOlderCopiesAndMakesOneFolderLevel) {
     TempDrive drive;
     drive.write("C:\\Game\\player.pro", "v1");
     drive.write("C:\\Game\\backup\\player.pro", "old copy that is longer");
     EXPECT_TRUE(drive.files().copyFile("C:\\Game\\player.pro", "C:\\Game\\backup\\player.pro"));
     EXPECT_EQ(drive.read("C:\\Game\\backup\\player.pro"), "v1");
-    EXPECT_FALSE(drive.files().copyFile("C:\\Game\\none", "C:\\Game\\backup\\none"));
+    EXPECT_TRUE(drive.files().makeDirectory("C:\\Game\\new"));
+    EXPECT_TRUE(drive.exists("C:\\Game\\new"));
+}
+
+// Every failing operation says which file and why, in the text a user is shown.
+TEST(FileServices, failuresNameTheFileAndTheReason) {
+    TempDrive drive;
+    drive.write("C:\\Game\\player.pro", "v1");
+    drive.makeFolder("C:\\Game\\backup");
+    const QString dataHome = drive.root() + "/data";
+    qputenv("XDG_DATA_HOME", dataHome.toLocal8Bit());
+    struct Row {
+        const char* what;
+        Status status;
+        QStringList texts;
+    };
+    FileServices& files = drive.files();
+    auto statusOf = [](const Result<FileLock>& lock) { return lock ? Status() : Status(lock.failure()); };
+    const Row rows[] = {
+        {"folder exists", files.makeDirectory("C:\\Game\\backup"), {"backup", "exists already"}},
+        {"parent missing", files.makeDirectory("C:\\Game\\a\\b"), {"b", "does not exist"}},
+        {"unmapped drive", files.makeDirectory("Q:\\Game"), {"Q:\\Game", "no drive is mapped"}},
+        {"copy of a missing file",
+         files.copyFile("C:\\Game\\none", "C:\\Game\\backup\\none"),
+         {"C:\\Game\\none", "does not exist"}},
+        {"copy into a missing folder",
+         files.copyFile("C:\\Game\\player.pro", "C:\\Game\\gone\\player.pro"),
+         {"player.pro", "old copy was left unchanged"}},
+        {"trash of a missing file",
+         files.moveToTrash({"C:\\Game\\player.pro", "C:\\Game\\GONE.POD"}),
+         {"C:\\Game\\GONE.POD"}},
+        {"lock in a missing folder",
+         statusOf(files.lockForChange("C:\\Gone\\POD.INI")),
+         {"POD.INI", "cannot be created"}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ASSERT_FALSE(row.status.ok());
+        for (const QString& text : row.texts)
+            EXPECT_TRUE(row.status.failure().message.contains(text)) << row.status.failure().message.toStdString();
+    }
+    EXPECT_FALSE(drive.exists("C:\\Game\\player.pro")); // the one that could be moved was moved
+    EXPECT_FALSE(drive.exists("C:\\Game\\a"));
 }

@@ -157,8 +157,7 @@ std::vector<std::string> FileBrowser::fileNames() const {
 
 void FileBrowser::openFile(const std::string& name) {
     const std::string folder = withTrailingBackslash(m_path);
-    const std::vector<std::string> found = m_fileServices.search(folder + name, SearchFilter::FilesAndFolders);
-    if (found.size() != 1 || upperGame(found.front()) != upperGame(name)) {
+    if (!m_fileServices.findsName(folder, name)) {
         m_dialogs.message(QStringLiteral("Read Error"), fileNotFoundText(), MessageIcon::Critical);
         refreshFiles();
         return;

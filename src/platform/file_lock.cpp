@@ -1,0 +1,68 @@
+#include "file_lock.h"
+
+#include "diagnostics.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLockFile>
+
+#include <algorithm>
+#include <thread>
+
+namespace korvel {
+
+namespace {
+
+// A holder that has not let go after this long is taken for dead even when its process cannot be
+// checked (another machine sharing the folder). Every locked operation is far shorter.
+constexpr int kStaleAfterMs = 30000;
+
+} // namespace
+
+Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::milliseconds wait) {
+    const QString lockPath = hostPath + QStringLiteral(".lock");
+    auto lock = std::make_unique<QLockFile>(lockPath);
+    lock->setStaleLockTime(kStaleAfterMs);
+    // Short pauses first: the holder of a game file's lock lets go within milliseconds, and
+    // QLockFile's own wait never sleeps less than a tenth of a second.
+    QElapsedTimer clock;
+    clock.start();
+    std::chrono::milliseconds pause{2};
+    while (!lock->tryLock(0)) {
+        if (lock->error() != QLockFile::LockFailedError || clock.elapsed() >= wait.count())
+            break;
+        std::this_thread::sleep_for(pause);
+        pause = std::min(pause * 2, std::chrono::milliseconds(100));
+    }
+    if (lock->isLocked())
+        return FileLock(std::move(lock));
+
+    const QString file = QDir::toNativeSeparators(hostPath);
+    QString message;
+    switch (lock->error()) {
+    case QLockFile::LockFailedError:
+        message = QStringLiteral("%1 is being changed by another program, which holds its lock file %2. Nothing "
+                                 "was changed; try again when that program has finished.")
+                      .arg(file, QDir::toNativeSeparators(lockPath));
+        break;
+    case QLockFile::PermissionError:
+        message = QStringLiteral("Could not lock %1: the lock file %2 cannot be created (permission denied). "
+                                 "Nothing was changed.")
+                      .arg(file, QDir::toNativeSeparators(lockPath));
+        break;
+    case QLockFile::NoError:
+    case QLockFile::UnknownError:
+        message = QStringLiteral("Could not lock %1: the lock file %2 cannot be created. Nothing was changed.")
+                      .arg(file, QDir::toNativeSeparators(lockPath));
+        break;
+    }
+    qCInfo(lcPlatform) << "lock refused:" << message;
+    return writeError(message);
+}
+
+FileLock::FileLock(std::unique_ptr<QLockFile> lock) : m_lock(std::move(lock)) {}
+FileLock::FileLock(FileLock&& other) noexcept = default;
+FileLock& FileLock::operator=(FileLock&& other) noexcept = default;
+FileLock::~FileLock() = default;
+
+} // namespace korvel
