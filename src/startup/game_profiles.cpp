@@ -2,6 +2,7 @@
 
 #include "platform/game_path.h"
 #include "platform/game_text.h"
+#include "setting_limits.h"
 #include "settings_names.h"
 
 namespace korvel {
@@ -84,13 +85,22 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
             return AddOutcome::Unchanged;
         }
     }
-    const std::optional<QString> name =
-        m_dialogs.input(QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"),
-                        fromGameText(proposedName(exePath)));
-    if (!name || name->isEmpty())
-        return AddOutcome::Unchanged;
-    addProfile(exePath, toGameText(*name));
-    return AddOutcome::Added;
+    // A name the store could not keep is refused here, and asked for again, rather than lost later.
+    QString proposal = fromGameText(proposedName(exePath));
+    while (true) {
+        const std::optional<QString> name =
+            m_dialogs.input(QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"),
+                            proposal);
+        if (!name || name->isEmpty())
+            return AddOutcome::Unchanged;
+        const Status allowed = checkProfileName(m_games, toGameText(*name));
+        if (allowed) {
+            addProfile(exePath, toGameText(*name));
+            return AddOutcome::Added;
+        }
+        m_dialogs.message(allowed.failure().title(), allowed.failure().message, MessageIcon::Information);
+        proposal = *name;
+    }
 }
 
 void GameProfiles::addProfile(const std::string& exePath, const std::string& name) {

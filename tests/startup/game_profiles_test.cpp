@@ -39,6 +39,39 @@ TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
     EXPECT_EQ(rig.logic.games().size(), 3u);
 }
 
+TEST(GameProfiles, namesTheStoreCouldNotKeepAreRefusedAtThePromptWhichAsksAgain) {
+    ProfilesRig rig;
+    rig.logic.open();
+    const struct {
+        QString typed;
+        const char* said; // the refusal's reason; nullptr: accepted
+    } names[] = {{QStringLiteral("4x4|Evo"), "cannot hold \"|\""},
+                 {QStringLiteral("Games\\"), "cannot end with \"\\\""},
+                 // Alone in the list this name would just fit; beside "first" the list would not read back.
+                 {QString(2549, QLatin1Char('n')), "too long"},
+                 {QStringLiteral("4x4\\Evo"), nullptr}};
+    rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("first"));
+    rig.drive.dialogs().clear();
+    rig.drive.dialogs().chooseFiles({"D:\\Games\\4x4\\4x4.exe"});
+    for (const auto& name : names)
+        rig.drive.dialogs().typeInput(name.typed);
+    ASSERT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Added);
+    const auto& asked = rig.drive.dialogs().asked();
+    ASSERT_EQ(asked.size(), 5u); // the file, then the name four times
+    const auto& shown = rig.drive.dialogs().messages();
+    ASSERT_EQ(shown.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_TRUE(shown[i].text.contains(QString::fromLatin1(names[i].said))) << shown[i].text.toStdString();
+        EXPECT_EQ(asked[i + 2].proposal, names[i].typed); // the refused name is offered for correction
+    }
+    EXPECT_EQ(rig.logic.games(), (std::vector<std::string>{"first", "4x4\\Evo"}));
+    EXPECT_FALSE(rig.drive.registry().keyExists(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\4x4|Evo"));
+    // Cancelling the prompt after a refusal adds nothing.
+    rig.drive.dialogs().chooseFiles({"D:\\Games\\4x4\\4x4.exe"}).typeInput(QStringLiteral("a|b"));
+    EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
+    EXPECT_EQ(rig.logic.games().size(), 2u);
+}
+
 TEST(GameProfiles, shiftAddChecksTheTypedPath) {
     ProfilesRig rig;
     rig.drive.write("C:\\Games\\Evo\\4x4.exe", "MZ");

@@ -3,6 +3,7 @@
 #include "platform/dialogs.h"
 #include "platform/game_text.h"
 #include "startup/session.h"
+#include "startup/setting_limits.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 
@@ -232,8 +233,21 @@ void OptionsDialog::confirmConfigurator(bool checked) {
 }
 
 void OptionsDialog::addExtraDir() {
-    if (const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text())))
-        m_extraDirs->addItem(fromGameText(*folder));
+    const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text()));
+    if (!folder)
+        return;
+    if (const Status allowed = checkExtraDirAddition(extraDirs(), *folder); !allowed) {
+        m_dialogs.message(allowed.failure().title(), allowed.failure().message, MessageIcon::Information);
+        return;
+    }
+    m_extraDirs->addItem(fromGameText(*folder));
+}
+
+std::vector<std::string> OptionsDialog::extraDirs() const {
+    std::vector<std::string> dirs;
+    for (int i = 0; i < m_extraDirs->count(); ++i)
+        dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
+    return dirs;
 }
 
 void OptionsDialog::removeExtraDir() {
@@ -296,11 +310,7 @@ void OptionsDialog::save() {
     m_store.WriteValue(key, std::string(settings::kAutosort), flag(m_chkAutosort));
     m_store.WriteValue(key, std::string(settings::kBrowse), flag(m_chkBrowse));
     m_store.WriteValue(key, std::string(settings::kBrowseDir), toGameText(m_browseDir->text()));
-    std::vector<std::string> dirs;
-    for (int i = 0; i < m_extraDirs->count(); ++i)
-        dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
-    m_store.WriteValue(key, std::string(settings::kExtraDirs),
-                       dirs.empty() ? settings::kDefaultExtraDirs : joinText(dirs, settings::kListSeparator));
+    m_store.WriteValue(key, std::string(settings::kExtraDirs), extraDirsValue(extraDirs()));
     const int lock = m_lock->checkedId();
     m_store.WriteValue(key, std::string(settings::kLock), std::to_string(lock < 0 ? 0 : lock));
     emit saved();

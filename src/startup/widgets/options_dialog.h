@@ -4,6 +4,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 class QButtonGroup;
 class QCheckBox;
@@ -49,6 +50,8 @@ private:
     void load();
     void confirmConfigurator(bool checked);
     void updateBrowseEnabled();
+    // The folders of `lstExtraDirs`, in list order.
+    std::vector<std::string> extraDirs() const;
     void focusPage(int index);
 
     SettingsStore& m_store;
