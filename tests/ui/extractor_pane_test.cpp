@@ -115,6 +115,12 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
     f.list()->clearSelection();
     QTest::mouseClick(f.child<korvel::ui::GoldButton>("cmdExtract"), Qt::LeftButton);
     EXPECT_FALSE(f.drive.exists(kGame + "\\A.BIN"));
+    // Enter extracts nothing then, and the bar is idle rather than busy without end.
+    QTest::keyClick(f.list(), Qt::Key_Return);
+    auto* bar = f.child<QProgressBar>("prgExtract");
+    EXPECT_GT(bar->maximum(), bar->minimum());
+    EXPECT_EQ(bar->value(), bar->minimum());
+    EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("0 files (0 bytes) extracted in "));
 }
 
 TEST(ExtractorPane, corruptOrUnreadableArchivesAreReportedAndTheWindowHeldUntilTheNextListing) {

@@ -313,7 +313,8 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
         return false;
     m_busy = true;
     setExtractControlsEnabled(false);
-    m_progress->setRange(0, static_cast<int>(entries.size()));
+    // A range of 0 to 0 is Qt's endless busy animation; with nothing to extract the bar stays idle.
+    m_progress->setRange(0, std::max(1, static_cast<int>(entries.size())));
     m_progress->setValue(0);
 
     std::optional<Failure> fault;
