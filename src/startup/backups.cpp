@@ -83,11 +83,11 @@ void backUp(const FileServices& files, const std::string& location, const std::s
         report.copied.push_back(name);
         return;
     }
-    report.failed.push_back(writeError(
-        QStringLiteral("%1 already holds %2 earlier copies of %3 from today; no further copy was made.")
-            .arg(fromGameText(backup))
-            .arg(kMaxCopiesPerDay + 1)
-            .arg(fromGameText(std::string(key.stem) + key.suffix))));
+    report.failed.push_back(
+        writeError(QStringLiteral("%1 already holds %2 earlier copies of %3 from today; no further copy was made.")
+                       .arg(fromGameText(backup))
+                       .arg(kMaxCopiesPerDay + 1)
+                       .arg(fromGameText(std::string(key.stem) + key.suffix))));
 }
 
 } // namespace
@@ -111,17 +111,19 @@ QString backupsMessageText(const BackupReport& report, const std::string& backup
                QStringLiteral(") are already in ") + folder + QStringLiteral("; they were kept as they are.");
     }
     if (!report.failed.empty()) {
-        const QString advice = QStringLiteral("please copy them somewhere safe yourself before you change anything:\n\n");
+        const QString advice =
+            QStringLiteral("please copy them somewhere safe yourself before you change anything:\n\n");
         if (text.isEmpty())
-            text = QStringLiteral("Korvel could not back up your key files (POD.INI, player.pro and monster.ini) into ") +
-                   folder + QStringLiteral(", so ") + advice;
+            text =
+                QStringLiteral("Korvel could not back up your key files (POD.INI, player.pro and monster.ini) into ") +
+                folder + QStringLiteral(", so ") + advice;
         else
             text += QStringLiteral("\n\nSome key files could not be copied, so ") + advice;
         text += joinedMessages(report.failed);
     }
     if (text.isEmpty())
-        text = QStringLiteral("There were no key files (POD.INI, player.pro or monster.ini) to back up into ") + folder +
-               QLatin1Char('.');
+        text = QStringLiteral("There were no key files (POD.INI, player.pro or monster.ini) to back up into ") +
+               folder + QLatin1Char('.');
     return text;
 }
 

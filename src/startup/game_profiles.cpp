@@ -88,9 +88,8 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
     // A name the store could not keep is refused here, and asked for again, rather than lost later.
     QString proposal = fromGameText(proposedName(exePath));
     while (true) {
-        const std::optional<QString> name =
-            m_dialogs.input(QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"),
-                            proposal);
+        const std::optional<QString> name = m_dialogs.input(
+            QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"), proposal);
         if (!name || name->isEmpty())
             return AddOutcome::Unchanged;
         const Status allowed = checkProfileName(m_games, toGameText(*name));

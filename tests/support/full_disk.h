@@ -29,10 +29,14 @@ public:
             setrlimit(RLIMIT_FSIZE, &m_old);
         std::signal(SIGXFSZ, m_signal);
     }
-    bool active() const { return m_active; }
+    bool active() const {
+        return m_active;
+    }
 #else
     FullDisk() = default;
-    bool active() const { return false; }
+    bool active() const {
+        return false;
+    }
 #endif
     FullDisk(const FullDisk&) = delete;
     FullDisk& operator=(const FullDisk&) = delete;

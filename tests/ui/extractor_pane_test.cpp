@@ -3,8 +3,8 @@
 #include "pod/widgets/listing_model.h"
 
 #include "configurator/track_tools.h"
-#include "pod/extraction.h"
 #include "demo_game.h"
+#include "pod/extraction.h"
 #include "pod/pod_directory.h"
 #include "pod_writer.h"
 #include "ui/recent_archives.h"
