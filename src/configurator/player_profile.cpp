@@ -146,9 +146,18 @@ int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected) {
 
 Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverList& list) {
     const std::string path = playerProfilePath(gameFolder);
+    if (list.state == DriverList::State::Unread) {
+        return refused(QStringLiteral("%1\n\nThis file was not read as a driver file (it is missing, or its first "
+                                      "line is not \"103\"), and writing it now could replace something that is "
+                                      "not a driver file. Nothing was written.\n\nStart the game once so that it "
+                                      "writes player.pro, then read the drivers again.")
+                           .arg(fromGameText(path)));
+    }
     if (list.state != DriverList::State::Read) {
         return refused(QStringLiteral("%1\n\nThe drivers were not read completely from this file, so saving now "
-                                      "would lose drivers. Nothing was written.")
+                                      "would lose drivers. Nothing was written.\n\nPut back a good copy of "
+                                      "player.pro (the game's \"backup\" folder may hold one from Korvel's first "
+                                      "start), then read the drivers again.")
                            .arg(fromGameText(path)));
     }
     // Whether a record has data lines depends on the record before it, so dropping a driver can
@@ -157,11 +166,16 @@ Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameF
     const DriverLoad check = parsePlayerProfile(text);
     if (check.list.state != DriverList::State::Read || check.list.entries != list.entries) {
         return refused(QStringLiteral("%1\n\nWithout the removed drivers the remaining ones could not be read back "
-                                      "from the file. Nothing was written.")
+                                      "from the file. Nothing was written.\n\nRead the drivers again to get the "
+                                      "removed ones back, then remove other drivers, or fewer.")
                            .arg(fromGameText(path)));
     }
-    if (Status written = files.writeAll(path, text); !written)
-        return written.failure();
+    if (Status written = files.writeAll(path, text); !written) {
+        Failure failure = written.failure();
+        failure.message += QStringLiteral("\n\nCheck that player.pro is not read-only and that the game is not "
+                                          "running, then save again.");
+        return failure;
+    }
     return LoadDrivers(files, gameFolder);
 }
 

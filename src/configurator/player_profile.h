@@ -64,7 +64,8 @@ int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected);
 // Writes the list to the game's player.pro (atomically) and reads it back. Refused unless the list
 // was read completely from the file, so a save never drops drivers the program could not read, and
 // refused when the text would not read back as the same records (a record without data lines
-// that would follow one whose last line no longer ends in ".TRK").
+// that would follow one whose last line no longer ends in ".TRK"). Every refusal and failure says
+// why and what the user can do about it.
 Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverList& list);
 
 } // namespace korvel

@@ -52,8 +52,9 @@ Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
     if (!text.ok()) {
         status = text.failure(); // never write over a file that could not be read
         qCInfo(lcMounter) << "POD.INI not read:" << status.failure().message;
-    } else if (present && mode == LoadMode::Rewrite)
-        status = SaveMountedList();
+    } else if (present && mode == LoadMode::Rewrite && canonicalText() != *text) {
+        SaveMountedList(); // tidying up only: a read-only or locked POD.INI loads without a word
+    }
     m_modified = false;
 
     // The canonical rewrite above already saved whatever autosave would save.
@@ -61,12 +62,16 @@ Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
     return {status, firstRow(m_mounted), {}};
 }
 
-Status Mounter::SaveMountedList() {
+std::string Mounter::canonicalText() const {
     std::vector<std::string> paths;
     paths.reserve(m_mounted.rows().size());
     for (const MountedEntry& row : m_mounted.rows())
         paths.push_back(row.path);
-    Status status = m_services.files.writeAll(m_session.locationIni, podIniText(paths));
+    return podIniText(paths);
+}
+
+Status Mounter::SaveMountedList() {
+    Status status = m_services.files.writeAll(m_session.locationIni, canonicalText());
     if (status.ok())
         m_modified = false;
     else

@@ -70,7 +70,9 @@ public:
     };
     // Fills the mounted list from POD.INI. A missing POD.INI gives an empty list and is not created
     // (the next save creates it); one that exists but cannot be read gives an empty list, is left
-    // alone, and is reported. The first row is to be selected.
+    // alone, and is reported. Rewrite writes the file back only when its bytes differ from the
+    // canonical text, and a failure to do so is not reported (a read-only POD.INI still loads
+    // quietly); SaveMountedList reports its failures. The first row is to be selected.
     Outcome LoadMountedList(LoadMode mode = LoadMode::Rewrite);
     // Writes POD.INI from the mounted list (count line, then one stored path per line).
     Status SaveMountedList();
@@ -123,6 +125,8 @@ signals:
     void counterChanged(const QString& text, int bar);
 
 private:
+    // POD.INI's text for the mounted list as it stands.
+    std::string canonicalText() const;
     bool autosaveOnChange() const { return m_session.autosave.podOnChange(); }
     void showCounter();
     Status saveIfAutosave();

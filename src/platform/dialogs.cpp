@@ -2,6 +2,10 @@
 
 namespace korvel {
 
+MessageIcon failureIcon(const Failure& failure) {
+    return failure.kind == FailureKind::Refused ? MessageIcon::Information : MessageIcon::Critical;
+}
+
 QString supportAddress() {
     const QString overridden = qEnvironmentVariable("KORVEL_SUPPORT_ADDRESS");
     return overridden.isEmpty() ? QStringLiteral("support@gravlenforge.example") : overridden;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "result.h"
+
 #include <QString>
 
 #include <optional>
@@ -41,6 +43,9 @@ public:
     // The chosen folder as a game path; nullopt when cancelled.
     virtual std::optional<std::string> browseFolder(const QString& caption, const std::string& startFolder) = 0;
 };
+
+// The icon that goes with a failure's title: information for a refusal, critical for an error.
+MessageIcon failureIcon(const Failure& failure);
 
 // The program's own title for messages that have none of their own.
 inline QString programTitle() { return QStringLiteral("Korvel"); }

@@ -3,6 +3,7 @@
 #include "platform/game_codec.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
+#include "setting_limits.h"
 #include "settings_names.h"
 #include "typed_settings.h"
 
@@ -86,18 +87,26 @@ GameProfiles::AddOutcome GameProfiles::AddGame(bool fatal) {
             return AddOutcome::Unchanged;
         }
     }
-    const std::optional<QString> name =
-        m_dialogs.input(QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"),
-                        fromGameText(proposedName(exePath)));
-    if (!name || name->isEmpty())
-        return AddOutcome::Unchanged;
-    const std::optional<std::string> gameName = encodeGameText(*name);
-    if (!gameName) {
-        m_dialogs.message(QStringLiteral("Input Required"), unrepresentableMessage(*name), MessageIcon::Critical);
-        return AddOutcome::Unchanged;
+    // A name the store could not keep is refused here, and asked for again, rather than lost later.
+    QString proposal = fromGameText(proposedName(exePath));
+    while (true) {
+        const std::optional<QString> name = m_dialogs.input(
+            QStringLiteral("Input Required"), QStringLiteral("Please enter a name for this game:"), proposal);
+        if (!name || name->isEmpty())
+            return AddOutcome::Unchanged;
+        proposal = *name;
+        const std::optional<std::string> gameName = encodeGameText(*name);
+        if (!gameName) {
+            m_dialogs.message(QStringLiteral("Input Required"), unrepresentableMessage(*name), MessageIcon::Critical);
+            continue;
+        }
+        const Status allowed = checkProfileName(m_games, *gameName);
+        if (allowed) {
+            addProfile(exePath, *gameName);
+            return AddOutcome::Added;
+        }
+        m_dialogs.message(allowed.failure().title(), allowed.failure().message, MessageIcon::Information);
     }
-    addProfile(exePath, *gameName);
-    return AddOutcome::Added;
 }
 
 void GameProfiles::addProfile(const std::string& exePath, const std::string& name) {

@@ -47,7 +47,8 @@ public:
     void setAddShiftState(int shift) { m_shift = shift; }
 
     // Adds a profile: asks for the executable (or a typed path) and a name, then writes the
-    // profile. `fatal` is the re-locate form: cancelling the executable ends the program.
+    // profile. A name the store could not keep is refused with a message and asked for again.
+    // `fatal` is the re-locate form: cancelling the executable ends the program.
     AddOutcome AddGame(bool fatal);
     // The part of Add after the questions: creates the subkey, lists the name and writes the
     // profile's five values. `exePath` is the executable's game path.

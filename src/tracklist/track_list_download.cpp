@@ -1,6 +1,8 @@
 #include "track_list_download.h"
 
 #include "platform/dialogs.h"
+#include "startup/setting_limits.h"
+#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
 #include "track_list.h"
@@ -105,7 +107,8 @@ Result<std::string> storeTrackListReply(SettingsStore& store, const TrackListRep
     std::optional<std::string> list;
     if (reply.ok)
         list = trackListFromReply(std::string_view(reply.body.constData(), static_cast<size_t>(reply.body.size())));
-    if (!list)
+    // A list too long to read back would be lost at the next start: the old list stays instead.
+    if (!list || !fitsStoredValue(*list))
         return unexpectedError(QString::fromLatin1(kUpdateFailedText));
     ProgramSettings(store).setTrackList(*list);
     return *list;

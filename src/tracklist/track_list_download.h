@@ -69,8 +69,9 @@ inline constexpr const char* kUpdateSucceededText = "Update completed successful
 inline constexpr const char* kUpdateFailedText = "Update failed! Please try again later.";
 
 // Stores the list a downloaded document carries as "TrackList" in the program key. A failed
-// transfer or a document without the mark leaves the stored list as it was and gives the
-// "Unexpected Error" failure with the update's failure text. Returns the stored value.
+// transfer, a document without the mark or a list too long to read back from the store leaves the
+// stored list as it was and gives the "Unexpected Error" failure with the update's failure text.
+// Returns the stored value.
 Result<std::string> storeTrackListReply(SettingsStore& store, const TrackListReply& reply);
 
 // Shows the update's outcome: "Update completed successfully!" ("Information") or the failure.

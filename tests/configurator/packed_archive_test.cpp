@@ -22,8 +22,7 @@ TEST(PackedArchive, takesTheRaceTypeConversionAndTheTruckPatch) {
         SCOPED_TRACE(format == PodFormat::Pod1 ? "POD1" : "POD2");
         TempDrive drive;
         drive.makeFolder("C:\\Game");
-        drive.write(kFolder + "\\TRACK.SIT", korvel::testing::trackInfoText(format == PodFormat::Pod1 ? 18 : 12, "2") +
-                                                 "Track Race Type =2\r\n");
+        drive.write(kFolder + "\\TRACK.SIT", korvel::testing::trackInfoText(format == PodFormat::Pod1 ? 18 : 12, "2"));
         drive.write(kFolder + "\\TRUCK.TRK", "truck\r\nversion =4\r\n");
         ASSERT_TRUE(packFolder(drive.files(), kFolder, kArchive, {format, QString(), false}).ok());
         const Result<PodDirectory> listing = ListPOD(drive.files(), kArchive);
@@ -34,7 +33,7 @@ TEST(PackedArchive, takesTheRaceTypeConversionAndTheTruckPatch) {
         ASSERT_TRUE(compatiblizeTruck(drive.files(), kArchive, listing->entries[1].start).ok());
         const std::string after = drive.read(kArchive);
         EXPECT_EQ(after.size(), before.size());
-        EXPECT_NE(after.find("Track Race Type =5"), std::string::npos);
+        EXPECT_NE(after.find("Track Race Type\r\n5\r\n"), std::string::npos);
         EXPECT_NE(after.find("version =6"), std::string::npos);
     }
 }

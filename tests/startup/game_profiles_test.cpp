@@ -1,3 +1,4 @@
+#include "full_disk.h"
 #include "startup/backups.h"
 #include "startup_fixture.h"
 
@@ -36,6 +37,39 @@ TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
     EXPECT_EQ(rig.add("D:\\Games\\Evo\\4x4.exe", QString()), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.logic.games().size(), 3u);
+}
+
+TEST(GameProfiles, namesTheStoreCouldNotKeepAreRefusedAtThePromptWhichAsksAgain) {
+    ProfilesRig rig;
+    rig.logic.open();
+    const struct {
+        QString typed;
+        const char* said; // the refusal's reason; nullptr: accepted
+    } names[] = {{QStringLiteral("4x4|Evo"), "cannot hold \"|\""},
+                 {QStringLiteral("Games\\"), "cannot end with \"\\\""},
+                 // Alone in the list this name would just fit; beside "first" the list would not read back.
+                 {QString(2549, QLatin1Char('n')), "too long"},
+                 {QStringLiteral("4x4\\Evo"), nullptr}};
+    rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("first"));
+    rig.drive.dialogs().clear();
+    rig.drive.dialogs().chooseFiles({"D:\\Games\\4x4\\4x4.exe"});
+    for (const auto& name : names)
+        rig.drive.dialogs().typeInput(name.typed);
+    ASSERT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Added);
+    const auto& asked = rig.drive.dialogs().asked();
+    ASSERT_EQ(asked.size(), 5u); // the file, then the name four times
+    const auto& shown = rig.drive.dialogs().messages();
+    ASSERT_EQ(shown.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_TRUE(shown[i].text.contains(QString::fromLatin1(names[i].said))) << shown[i].text.toStdString();
+        EXPECT_EQ(asked[i + 2].proposal, names[i].typed); // the refused name is offered for correction
+    }
+    EXPECT_EQ(rig.logic.games(), (std::vector<std::string>{"first", "4x4\\Evo"}));
+    EXPECT_FALSE(rig.drive.registry().keyExists(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\4x4|Evo"));
+    // Cancelling the prompt after a refusal adds nothing.
+    rig.drive.dialogs().chooseFiles({"D:\\Games\\4x4\\4x4.exe"}).typeInput(QStringLiteral("a|b"));
+    EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
+    EXPECT_EQ(rig.logic.games().size(), 2u);
 }
 
 TEST(GameProfiles, shiftAddChecksTheTypedPath) {
@@ -90,4 +124,118 @@ TEST(RepairGameRegistry, writesBothKeysForTheChosenFolder) {
     for (const auto& [key, name] : {std::pair{game, "InstalledPath"}, {lobby, "CurrentDirectory"}, {lobby, "Path"}})
         EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, key, name), "E:\\MTM2") << name;
     EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, lobby, "CommandLine"), "");
+}
+
+namespace {
+
+// One start that backs up the game folder C:\Games\MTM2: what the backup folder held before and
+// should hold after, and what the message says.
+struct BackupCase {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> before; // backup folder: name, content
+    std::vector<std::pair<std::string, std::string>> after;
+    std::vector<std::string> absent;
+    const char* title;
+    std::vector<QString> said;
+    std::vector<QString> notSaid;
+};
+
+void PrintTo(const BackupCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+const std::string kOldIni = "1\r\nOLD.POD\r\n";
+const std::string kGameIni = "3\r\nTRUCKS.POD\r\nADDON\\MYTRACK.POD\r\nMISSING.POD\r\n"; // buildGameFolder's
+const QString kInFolder = QStringLiteral(" have been copied to \"C:\\Games\\MTM2\\backup\" just in case.");
+
+class MakeBackupsOnce : public ::testing::TestWithParam<BackupCase> {};
+
+} // namespace
+
+TEST_P(MakeBackupsOnce, keepsEveryEarlierBackupAndReportsWhatWasCopied) {
+    const BackupCase& row = GetParam();
+    TempDrive drive;
+    buildGameFolder(drive, {});
+    const std::string game = "C:\\Games\\MTM2";
+    for (const auto& [name, content] : row.before)
+        drive.write(game + "\\backup\\" + name, content);
+    const BackupReport report = MakeBackups(drive.files(), drive.dialogs(), game, QDate(2026, 11, 23));
+    for (const auto& [name, content] : row.after)
+        EXPECT_EQ(drive.read(game + "\\backup\\" + name), content) << name;
+    for (const std::string& name : row.absent)
+        EXPECT_FALSE(drive.exists(game + "\\backup\\" + name)) << name;
+    ASSERT_EQ(drive.dialogs().messages().size(), 1u);
+    EXPECT_EQ(drive.dialogs().lastMessage().title, row.title);
+    const QString text = drive.dialogs().lastMessage().text;
+    for (const QString& part : row.said)
+        EXPECT_TRUE(text.contains(part)) << text.toStdString() << "\n lacks: " << part.toStdString();
+    for (const QString& part : row.notSaid)
+        EXPECT_FALSE(text.contains(part)) << text.toStdString() << "\n has: " << part.toStdString();
+    EXPECT_EQ(report.failed.empty(), row.title == QStringLiteral("Information"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Backups, MakeBackupsOnce,
+    ::testing::Values(
+        BackupCase{"firstBackups",
+                   {},
+                   {{"POD.INI", kGameIni}, {"player.pro", samplePlayerPro()}, {"monster.ini", sampleMonsterIni()}},
+                   {"POD-2026-11-23.INI"},
+                   "Information",
+                   {QStringLiteral("Bear in mind that, like any other piece of software, Korvel may not be perfect. To "
+                                   "ensure that no harm comes to your game installation, backups of your key files "
+                                   "(POD.INI, player.pro, and monster.ini)") +
+                    kInFolder},
+                   {QStringLiteral("kept"), QStringLiteral("already")}},
+        BackupCase{"earlierDifferentCopiesAreKeptAndDatedOnesWritten",
+                   {{"POD.INI", kOldIni}, {"player.pro", samplePlayerPro()}},
+                   {{"POD.INI", kOldIni},
+                    {"POD-2026-11-23.INI", kGameIni},
+                    {"player.pro", samplePlayerPro()},
+                    {"monster.ini", sampleMonsterIni()}},
+                   {"player-2026-11-23.pro"},
+                   "Information",
+                   {QStringLiteral("(POD-2026-11-23.INI and monster.ini)") + kInFolder,
+                    QStringLiteral("The earlier backups there were kept"),
+                    QStringLiteral("player.pro was already backed up there.")},
+                   {}},
+        BackupCase{"aSecondDatedCopyOnTheSameDay",
+                   {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}},
+                   {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}, {"POD-2026-11-23-2.INI", kGameIni}},
+                   {},
+                   "Information",
+                   {QStringLiteral("(POD-2026-11-23-2.INI, player.pro, and monster.ini)") + kInFolder},
+                   {}},
+        BackupCase{"identicalCopiesAreLeftAlone",
+                   {{"POD.INI", kGameIni}, {"player.pro", samplePlayerPro()}, {"monster.ini", sampleMonsterIni()}},
+                   {},
+                   {"POD-2026-11-23.INI", "player-2026-11-23.pro", "monster-2026-11-23.ini"},
+                   "Information",
+                   {QStringLiteral("(POD.INI, player.pro, and monster.ini) are already in")},
+                   {QStringLiteral("have been copied")}}),
+    [](const ::testing::TestParamInfo<BackupCase>& info) { return std::string(info.param.name); });
+
+TEST(MakeBackups, saysSoWhenNothingCouldBeCopied) {
+    TempDrive drive;
+    GameLayout layout;
+    layout.monsterIni = false;
+    buildGameFolder(drive, layout);
+    // A file where the backup folder belongs: no folder, no copies.
+    drive.write("C:\\Games\\MTM2\\backup", "not a folder");
+    BackupReport report = MakeBackups(drive.files(), drive.dialogs(), "C:\\Games\\MTM2");
+    EXPECT_TRUE(report.copied.empty());
+    EXPECT_EQ(report.failed.size(), 2u); // the missing monster.ini is no failure
+    EXPECT_EQ(drive.dialogs().lastMessage().title, "Warning");
+    EXPECT_EQ(drive.dialogs().lastMessage().icon, MessageIcon::Exclamation);
+    EXPECT_TRUE(drive.dialogs().lastMessage().text.startsWith("Korvel could not back up your key files"));
+    EXPECT_FALSE(drive.dialogs().lastMessage().text.contains("have been copied"));
+    // A full disk: the folder is made, the copies fail, and no empty copy is left behind.
+    drive.remove("C:\\Games\\MTM2\\backup");
+    FullDisk full;
+    if (!full.active())
+        GTEST_SKIP() << "no file-size limit on this platform";
+    report = MakeBackups(drive.files(), drive.dialogs(), "C:\\Games\\MTM2");
+    EXPECT_EQ(report.failed.size(), 2u);
+    EXPECT_FALSE(drive.exists("C:\\Games\\MTM2\\backup\\POD.INI"));
+    EXPECT_EQ(drive.dialogs().lastMessage().title, "Warning");
 }

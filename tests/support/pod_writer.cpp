@@ -108,6 +108,8 @@ std::string trackInfoText(int raceLine, const std::string& raceCode, const std::
     for (int i = 0; i <= std::max(raceLine, 4) + 2; ++i) {
         if (i == raceLine)
             text += raceCode;
+        else if (i + 1 == raceLine && i != 4)
+            text += "Track Race Type"; // the race-type conversion patches the third byte after it
         else if (i == 4)
             text += line4;
         else

@@ -47,7 +47,9 @@ private:
 void putInt32(std::string& bytes, size_t offset, std::int32_t value);
 std::int32_t getInt32(const std::string& bytes, size_t offset);
 
-// A track-information text whose line `raceLine` (0-based) holds `raceCode` and line 4 `line4`.
+// A track-information text whose line `raceLine` (0-based) holds `raceCode` and line 4 `line4`;
+// the line before the race-type line holds "Track Race Type", where the race-type conversion
+// looks for it.
 std::string trackInfoText(int raceLine, const std::string& raceCode, const std::string& line4 = "Some Track");
 
 } // namespace korvel::testing

@@ -1,4 +1,5 @@
 #include "configurator/widgets/configurator_pane.h"
+#include "full_disk.h"
 #include "window_fixture.h"
 
 #include <QCheckBox>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <tuple>
 
 using korvel::ConfiguratorPane;
@@ -129,6 +131,51 @@ TEST(ConfiguratorPaneDrivers, listShowRemoveUndoSaveAndReload) {
     EXPECT_TRUE(f.driverNames().isEmpty());
     QTest::keyClick(f.drivers(), Qt::Key_F5);
     EXPECT_EQ(f.driverNames(), QStringList({"Bob"}));
+}
+
+TEST(ConfiguratorPaneDrivers, aPlayerProThatCannotBeSavedSaysWhyAndWhatToDoUnderAMatchingTitleAndIcon) {
+    std::string damaged = korvel::testing::samplePlayerPro();
+    damaged.replace(0, 8, "103\r\n4\r\n"); // a fourth driver the file does not hold
+    const struct {
+        const char* name;
+        std::string file;
+        bool fullDisk;
+        const char* title;
+        korvel::MessageIcon icon;
+        const char* why;
+        const char* whatToDo;
+    } cases[] = {
+        {"damaged", damaged, false, "Information", korvel::MessageIcon::Information, "not read completely",
+         "Put back a good copy"},
+        {"notADriverFile", "100\r\n" + korvel::testing::samplePlayerPro().substr(5), false, "Information",
+         korvel::MessageIcon::Information, "not read as a driver file", "Start the game once"},
+        {"unwritable", korvel::testing::samplePlayerPro(), true, "Write Error", korvel::MessageIcon::Critical,
+         "Could not save", "not read-only"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        PaneFixture f(false, true, true); // a removal saves player.pro at once
+        f.drive.write(kPlayerPro, c.file);
+        f.open();
+        f.drive.dialogs().clear();
+        std::optional<korvel::testing::FullDisk> full;
+        if (c.fullDisk && !full.emplace().active())
+            continue; // no file-size limit on this platform
+        if (f.drivers()->topLevelItemCount() > 0) {
+            f.selectDrivers({0});
+            f.click("cmdRemoveDrivers");
+        } else {
+            f.click("cmdSave"); // nothing to remove: Save tries the file as it was read
+        }
+        ASSERT_EQ(f.drive.dialogs().messages().size(), 1u);
+        const auto& shown = f.drive.dialogs().lastMessage();
+        EXPECT_EQ(shown.title, c.title);
+        EXPECT_EQ(shown.icon, c.icon);
+        EXPECT_TRUE(shown.text.contains(QString::fromLatin1(c.why))) << shown.text.toStdString();
+        EXPECT_TRUE(shown.text.contains(QString::fromLatin1(c.whatToDo))) << shown.text.toStdString();
+        full.reset();
+        EXPECT_EQ(f.drive.read(kPlayerPro), c.file);
+    }
 }
 
 TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegistry) {

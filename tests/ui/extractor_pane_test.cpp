@@ -3,6 +3,8 @@
 #include "pod/widgets/listing_model.h"
 #include "pod/widgets/recent_archives_box.h"
 
+#include "configurator/track_tools.h"
+#include "demo_game.h"
 #include "pod/extraction.h"
 #include "pod/pod_directory.h"
 #include "pod_writer.h"
@@ -21,6 +23,8 @@
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -111,6 +115,12 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
     f.list()->clearSelection();
     QTest::mouseClick(f.child<korvel::ui::GoldButton>("cmdExtract"), Qt::LeftButton);
     EXPECT_FALSE(f.drive.exists(kGame + "\\A.BIN"));
+    // Enter extracts nothing then, and the bar is idle rather than busy without end.
+    QTest::keyClick(f.list(), Qt::Key_Return);
+    auto* bar = f.child<QProgressBar>("prgExtract");
+    EXPECT_GT(bar->maximum(), bar->minimum());
+    EXPECT_EQ(bar->value(), bar->minimum());
+    EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("0 files (0 bytes) extracted in "));
 }
 
 TEST(ExtractorPane, corruptOrUnreadableArchivesAreReportedAndTheWindowHeldUntilTheNextListing) {
@@ -217,6 +227,81 @@ TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
     EXPECT_EQ(shown(0), (std::vector<bool>{true, true, false}));
     EXPECT_EQ(shown(1), (std::vector<bool>{true, true, true}));
     EXPECT_EQ(shown(2), (std::vector<bool>{false, false, false}));
+}
+
+namespace {
+
+// The sample game in the fixture's game folder.
+void writeDemoGame(korvel::testing::WindowFixture& f) {
+    for (const korvel::testing::DemoFile& file : korvel::testing::demoGameFiles()) {
+        std::string path = file.path;
+        std::replace(path.begin(), path.end(), '/', '\\');
+        f.drive.write(kGame + "\\" + path, file.bytes);
+    }
+}
+
+int rowNamed(const PaneFixture& f, const QString& name) {
+    for (int row = 0; row < f.pane->model().rowCount(); ++row) {
+        if (f.cell(row, 0) == name)
+            return row;
+    }
+    return -1;
+}
+
+} // namespace
+
+TEST(ExtractorPaneTrackTools, convertingADemoTrackChangesItsTypeInPlace) {
+    const struct {
+        const char* archive;
+        const char* entry;
+        const char* action;
+        const char* before;
+        const char* after;
+    } tracks[] = {{"TRAXX.POD", "TRAXX.SIT", "mnuConvertTo_5", "Circuit", "Bomb Tag"},
+                  {"RALLY.POD", "MUDRALLY.SIT", "mnuConvertTo_1", "Rally (POD2)", "Drag (POD2)"},
+                  {"ADDON\\ARENA.POD", "ARENA.SIT", "mnuConvertTo_3", "Rumble (POD2)", "Rally (POD2)"}};
+    for (const auto& track : tracks) {
+        SCOPED_TRACE(track.archive);
+        PaneFixture f;
+        writeDemoGame(f);
+        const std::string path = kGame + "\\" + track.archive;
+        const std::string before = f.drive.read(path);
+        const std::string folder = path.substr(0, path.rfind('\\') + 1);
+        ASSERT_TRUE(f.pane->ListPOD(folder, path.substr(folder.size())));
+        EXPECT_EQ(f.text("txtType"), track.before);
+        const int row = rowNamed(f, QString::fromLatin1(track.entry));
+        ASSERT_GE(row, 0);
+        f.selectRows({row});
+        f.pane->fileMenu()->findChild<QAction*>(track.action)->trigger();
+        EXPECT_EQ(f.text("txtType"), track.after); // listed again at once
+        const std::string after = f.drive.read(path);
+        ASSERT_EQ(after.size(), before.size());
+        size_t changed = 0;
+        for (size_t i = 0; i < after.size(); ++i)
+            changed += after[i] != before[i];
+        EXPECT_EQ(changed, 1u);
+        EXPECT_TRUE(f.messages().isEmpty());
+    }
+}
+
+TEST(ExtractorPaneTrackTools, compatiblizingADemoTruckSetsItsVersionDigitToSix) {
+    PaneFixture f;
+    writeDemoGame(f);
+    const std::string path = kGame + "\\TRUCKS.POD";
+    const std::string before = f.drive.read(path);
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "TRUCKS.POD"));
+    const int row = rowNamed(f, QStringLiteral("TRUCK\\BIGFOOT.TRK"));
+    ASSERT_GE(row, 0);
+    f.selectRows({row});
+    f.pane->fileMenu()->findChild<QAction*>("mnuCompatiblize")->trigger();
+    EXPECT_EQ(f.drive.dialogs().lastMessage().text, korvel::compatiblizedText());
+    EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Information);
+    const std::string bigfoot = korvel::testing::truckText("BIGFOOT", '5');
+    const size_t at = before.find(bigfoot);
+    ASSERT_NE(at, std::string::npos);
+    std::string expected = before;
+    expected.replace(at, bigfoot.size(), korvel::testing::truckText("BIGFOOT", '6'));
+    EXPECT_EQ(f.drive.read(path), expected); // that digit and nothing else
 }
 
 TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {

@@ -1,4 +1,5 @@
 #include "app_rig.h"
+#include "full_disk.h"
 #include "mounter/widgets/mounted_model.h"
 #include "platform/game_codec.h"
 
@@ -139,6 +140,26 @@ TEST_F(MounterPaneTest, keysMoveRowsAndPodIniWaitsForContinueWithoutAutosave) {
     QTest::keyClick(mounted, Qt::Key_F5);
     EXPECT_EQ(texts(core().mounted()).front(), "A.POD");
     EXPECT_FALSE(rig.pane().mountedListChanged());
+}
+
+TEST_F(MounterPaneTest, aPodIniThatCannotBeWrittenLoadsAndRefreshesQuietlyButContinueReportsIt) {
+    startGame(false);
+    const std::string untidy = "5\nA.POD\nB.POD\nC.POD\nD.POD\nE.POD\n"; // a rewrite would be tried
+    rig.drive.write("C:\\Games\\MTM2\\POD.INI", untidy);
+    FullDisk full; // a locked or read-only POD.INI, or a full disk
+    if (!full.active())
+        GTEST_SKIP() << "no file-size limit on this platform";
+    select(mounted, {0});
+    QTest::keyClick(mounted, Qt::Key_F5);
+    clickButton("cmdRefresh");
+    EXPECT_TRUE(rig.drive.dialogs().messages().empty());
+    EXPECT_EQ(core().mounted().size(), 5);
+    select(mounted, {0});
+    QTest::keyClick(mounted, Qt::Key_B, Qt::ControlModifier);
+    clickButton("cmdContinue");
+    ASSERT_EQ(rig.drive.dialogs().messages().size(), 1u);
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().title, "Write Error");
+    EXPECT_EQ(rig.podIni(), untidy);
 }
 
 TEST_F(MounterPaneTest, dropsPodFilesWhereThePointerIsAndMovesRowsWithinTheList) {

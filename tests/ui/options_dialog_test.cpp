@@ -183,3 +183,34 @@ TEST(OptionsDialog, pathsPageTakesTypedHostPathsACodePageAndALaunchCommand) {
     EXPECT_TRUE(f.dialog->isVisible());
     EXPECT_TRUE(f.dialogs.lastMessage().text.contains("drive Q:"));
 }
+
+TEST(OptionsDialog, addRefusesAnExtraFolderTheStoredListCouldNotKeep) {
+    OptionsFixture f;
+    f.open();
+    f.page(3);
+    auto* list = f.find<QListWidget>("lstExtraDirs");
+    const std::string stored = f.get(settings::kExtraDirs); // three folders
+    // Exactly as long as a stored value can be and still read back.
+    const std::string longest = "C:\\" + std::string(2549 - stored.size() - 1 - 3, 'd');
+    const struct {
+        std::string folder;
+        int count;
+        const char* said; // the refusal's reason, or nullptr when the folder is added
+    } adds[] = {{"C:\\A|B", 3, "holds \"|\""}, {longest, 4, nullptr}, {"C:\\E", 4, "more than 2549 characters"}};
+    for (const auto& add : adds) {
+        SCOPED_TRACE(add.folder.substr(0, 12));
+        f.dialogs.clear();
+        f.dialogs.chooseFolder(add.folder);
+        f.click("cmdAdd");
+        EXPECT_EQ(list->count(), add.count);
+        if (!add.said) {
+            EXPECT_TRUE(f.dialogs.messages().empty());
+            continue;
+        }
+        ASSERT_EQ(f.dialogs.messages().size(), 1u);
+        EXPECT_TRUE(f.dialogs.lastMessage().text.contains(QString::fromLatin1(add.said)));
+        EXPECT_EQ(f.dialogs.lastMessage().icon, korvel::MessageIcon::Information);
+    }
+    f.click("cmdOK");
+    EXPECT_EQ(f.get(settings::kExtraDirs), stored + "|" + longest); // the whole list reads back
+}

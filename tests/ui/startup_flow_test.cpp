@@ -17,7 +17,12 @@ template <typename T = QWidget> T* child(QWidget* form, const char* name) {
 TEST(StartupFlow, firstStartWelcomesAddsAProfileLoadsItAndRemindsOnce) {
     AppRig rig;
     buildGameFolder(rig.drive, GameLayout());
-    rig.drive.dialogs().chooseFiles({"C:\\Games\\MTM2\\monster.exe"}).typeInput(QStringLiteral("MTM2"));
+    // Names the store could not keep are refused at the prompt, which asks again.
+    rig.drive.dialogs()
+        .chooseFiles({"C:\\Games\\MTM2\\monster.exe"})
+        .typeInput(QStringLiteral("MTM|2"))
+        .typeInput(QStringLiteral("MTM2\\"))
+        .typeInput(QStringLiteral("MTM2"));
     bool listEmptyAtFirst = false;
     whenShown(QStringLiteral("frmGames"), [&](QWidget* form) {
         listEmptyAtFirst = child<QListWidget>(form, "lstGames")->count() == 0 && !child(form, "cmdLoad")->isEnabled();
@@ -32,6 +37,10 @@ TEST(StartupFlow, firstStartWelcomesAddsAProfileLoadsItAndRemindsOnce) {
     EXPECT_EQ(dialogs.lastMessage().title, QStringLiteral("Reminder"));
     EXPECT_TRUE(rig.drive.exists("C:\\Games\\MTM2\\backup\\POD.INI"));
     EXPECT_EQ(rig.store.readProgram(settings::kInstalledGames), "MTM2");
+    const QStringList texts = dialogs.messageTexts();
+    EXPECT_EQ(texts.filter(QStringLiteral("cannot hold \"|\"")).size(), 1);
+    EXPECT_EQ(texts.filter(QStringLiteral("cannot end with \"\\\"")).size(), 1);
+    EXPECT_EQ(dialogs.asked().back().proposal, QStringLiteral("MTM2\\")); // what was typed, to correct
     EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Mounter]"));
     EXPECT_EQ(rig.pane().mounter().mounted().size(), 3);
     // The next start goes straight to the sole profile, without dialog or reminder.

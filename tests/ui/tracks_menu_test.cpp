@@ -80,6 +80,10 @@ TEST(TracksMenuEntries, followTheStoredListOpenTheirAddressesAndReportAShortRow)
 TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
     LoopbackHttpServer good("QXMTL$New One|Race|vault/new.zip*Two|Rumble|vault/two.zip");
     LoopbackHttpServer unmarked("<html>Not here</html>");
+    // The longest list the store reads back, and one character more, which would be lost at the next start.
+    const std::string longest = "Long|Race|" + std::string(2549 - 10, 'x');
+    LoopbackHttpServer fits(QByteArray::fromStdString("QXMTL$" + longest));
+    LoopbackHttpServer tooLong(QByteArray::fromStdString("QXMTL$" + longest + "x"));
     const struct {
         QUrl url;
         std::string stored, shown;
@@ -89,6 +93,9 @@ TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
                  {unmarked.url(), "Old|Rumble|old.zip", "Old\t<Rumble>|-|&Update Track List",
                   "Update failed! Please try again later."},
                  {LoopbackHttpServer::refusingUrl(), "Old|Rumble|old.zip", "Old\t<Rumble>|-|&Update Track List",
+                  "Update failed! Please try again later."},
+                 {fits.url(), longest, "Long\t<Race>|-|&Update Track List", "Update completed successfully!"},
+                 {tooLong.url(), "Old|Rumble|old.zip", "Old\t<Rumble>|-|&Update Track List",
                   "Update failed! Please try again later."}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.url.toString().toStdString());

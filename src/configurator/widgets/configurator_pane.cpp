@@ -123,7 +123,7 @@ void ConfiguratorPane::setDownloadAddress(const QString& address) {
 }
 
 bool ConfiguratorPane::report(const Failure& failure) {
-    m_services.dialogs.message(failure.title(), failure.message, MessageIcon::Critical);
+    m_services.dialogs.message(failure.title(), failure.message, failureIcon(failure));
     return false;
 }
 

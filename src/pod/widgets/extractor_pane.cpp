@@ -342,7 +342,8 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
 void ExtractorPane::beginRun(size_t entries) {
     m_busy = true;
     setExtractControlsEnabled(false);
-    m_progressBar->setRange(0, static_cast<int>(entries));
+    // A range of 0 to 0 is Qt's endless busy animation; with nothing to extract the bar stays idle.
+    m_progressBar->setRange(0, std::max(1, static_cast<int>(entries)));
     m_progressBar->setValue(0);
     m_working = true;
 }

@@ -5,6 +5,7 @@
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "startup/session.h"
+#include "startup/setting_limits.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
@@ -254,8 +255,21 @@ void OptionsDialog::confirmConfigurator(bool checked) {
 }
 
 void OptionsDialog::addExtraDir() {
-    if (const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text())))
-        m_extraDirs->addItem(fromGameText(*folder));
+    const auto folder = m_dialogs.browseFolder(kFolderPrompt, toGameText(m_browseDir->text()));
+    if (!folder)
+        return;
+    if (const Status allowed = checkExtraDirAddition(extraDirs(), *folder); !allowed) {
+        m_dialogs.message(allowed.failure().title(), allowed.failure().message, MessageIcon::Information);
+        return;
+    }
+    m_extraDirs->addItem(fromGameText(*folder));
+}
+
+std::vector<std::string> OptionsDialog::extraDirs() const {
+    std::vector<std::string> dirs;
+    for (int i = 0; i < m_extraDirs->count(); ++i)
+        dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
+    return dirs;
 }
 
 void OptionsDialog::removeExtraDir() {
@@ -349,10 +363,7 @@ void OptionsDialog::save() {
     profile.setAutosort(m_chkAutosort->isChecked());
     profile.setBrowse(m_chkBrowse->isChecked());
     profile.setBrowseDir(*browseDir);
-    std::vector<std::string> dirs;
-    for (int i = 0; i < m_extraDirs->count(); ++i)
-        dirs.push_back(toGameText(m_extraDirs->item(i)->text()));
-    profile.setExtraDirs(dirs);
+    profile.setExtraDirs(extraDirs());
     const int lock = m_lock->checkedId();
     profile.setLock(lock > 0 && lock <= 3 ? static_cast<ScreenLock>(lock) : ScreenLock::None);
     profile.setCodePage(codePage.toStdString());

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QButtonGroup;
 class QCheckBox;
@@ -54,6 +55,8 @@ private:
     void load();
     void confirmConfigurator(bool checked);
     void updateBrowseEnabled();
+    // The folders of `lstExtraDirs`, in list order.
+    std::vector<std::string> extraDirs() const;
     void focusPage(int index);
     // The game path of a typed folder; nullopt (after saying why) when it names none.
     std::optional<std::string> typedFolder(const QString& text);
