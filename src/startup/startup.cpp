@@ -222,6 +222,10 @@ StartupResult Startup::Main(const std::string& commandLine) {
             terminateWith(QStringLiteral("Sorry, but your Korvel game configuration data has been corrupted. Fear not, "
                                          "though -- to recover, all you need to do is reload Korvel, remove ") +
                           fromGameText(game) + QStringLiteral(" from the Game Profiles list, and re-add it."));
+            // The sole profile would load again at every start and stop here again: the profiles
+            // dialog comes now instead, so the user can remove and re-add it at once.
+            if (list != kError && list.find(kListSeparator) == std::string::npos)
+                return Main();
             return StartupResult::Terminate;
         }
     }
