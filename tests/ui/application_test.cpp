@@ -108,7 +108,7 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     AppRig rig;
     addGame(rig, "1", "1");
     PodWriter many;
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 600; ++i)
         many.add("F" + std::to_string(i) + ".BIN", std::string(64, 'x'));
     rig.drive.write(kFolder + "\\MANY.POD", many.pod1());
     rig.drive.write(kFolder + "\\BAD.POD", PodWriter().add({"BAD.BIN", "bad", std::nullopt, 1 << 20}).pod1());
@@ -129,7 +129,7 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     ASSERT_TRUE(closed.has_value());
     EXPECT_FALSE(*closed);
     EXPECT_EQ(said, QStringLiteral("Korvel closes once the extraction has finished."));
-    EXPECT_TRUE(rig.drive.exists("C:\\Out\\F2999.BIN"));
+    EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
 
     // After a corrupt archive's message the window closes as usual.
     ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "BAD.POD"));
