@@ -13,8 +13,9 @@ class QMenu;
 namespace korvel::ui {
 
 // The main window's menu bar: File (switch game, association, options, palette viewer, mass
-// extraction, exit), View (the three modes, Ctrl+1/2/3), Tracks (the Configurator profile's downloadable tracks) and Help, plus the
-// Configurator pane's pop-up menu. Actions carry their control names as object names.
+// extraction, exit), View (the three modes, Ctrl+1/2/3), Tracks (the Configurator profile's
+// downloadable tracks) and Help, plus the Configurator pane's pop-up menu. Actions carry their
+// control names as object names.
 class MainMenus : public QObject {
     Q_OBJECT
 

@@ -63,7 +63,8 @@ QPoint WindowSettings::visiblePosition(QPoint wanted, QSize size, const QList<QR
             nearest = &screen;
         }
     }
-    const int x = std::clamp(wanted.x(), nearest->left(), std::max(nearest->left(), nearest->right() + 1 - size.width()));
+    const int x =
+        std::clamp(wanted.x(), nearest->left(), std::max(nearest->left(), nearest->right() + 1 - size.width()));
     const int y =
         std::clamp(wanted.y(), nearest->top(), std::max(nearest->top(), nearest->bottom() + 1 - size.height()));
     return {x, y};

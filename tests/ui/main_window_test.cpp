@@ -266,7 +266,8 @@ TEST(MainWindowModes, viewMenuKeysChooseModesAndThePanelsExplainThemselves) {
             int x;
             QString tip;
         } panels[] = {
-            {5000, configurator ? QStringLiteral("Configurator: the game's settings, drivers and tracks (Ctrl+1)") : ""},
+            {5000, configurator ? QStringLiteral("Configurator: the game's settings, drivers and tracks (Ctrl+1)")
+                                : QString()},
             {5400, QStringLiteral("Extractor: look inside a POD and extract its files (Ctrl+2)")},
             {5700, QStringLiteral("Mounter: choose the PODs the game loads (Ctrl+3)")},
             {2000, ""},
@@ -317,7 +318,8 @@ TEST(MainWindowDialogs, aboutBoxShowsTheVersionAndClosesWithOk) {
     ASSERT_NE(about, nullptr);
     EXPECT_TRUE(about->isVisible());
     EXPECT_EQ(about->windowTitle(), QStringLiteral("About Korvel"));
-    EXPECT_TRUE(about->findChild<QLabel*>(QStringLiteral("lblVersion"))->text().contains(QStringLiteral("1.5 Build 12")));
+    const QString version = about->findChild<QLabel*>(QStringLiteral("lblVersion"))->text();
+    EXPECT_TRUE(version.contains(QStringLiteral("1.5 Build 12"))) << version.toStdString();
     QTest::mouseClick(about->findChild<korvel::ui::GoldButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
     EXPECT_FALSE(about->isVisible());
 }

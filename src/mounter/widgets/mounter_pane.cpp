@@ -225,7 +225,8 @@ void MounterPane::layoutLists() {
         return rect;
     };
     const MounterSplit split = mounterSplit(m_splitterTop, kBarHeight, kListsBottom);
-    m_mountedList->setGeometry(grown(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this), false));
+    m_mountedList->setGeometry(
+        grown(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this), false));
     m_splitterBar->setGeometry(grown(ui::twipsRect(kListLeft, m_splitterTop, kListWidth, kBarHeight, this), false));
     m_unmountedList->setGeometry(
         grown(ui::twipsRect(kListLeft, split.unmountedTop, kListWidth, split.unmountedHeight, this), true));
