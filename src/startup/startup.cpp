@@ -223,10 +223,13 @@ StartupResult Startup::Main(const std::string& commandLine) {
                                          "though -- to recover, all you need to do is reload Korvel, remove ") +
                           fromGameText(game) + QStringLiteral(" from the Game Profiles list, and re-add it."));
             // The sole profile would load again at every start and stop here again: the profiles
-            // dialog comes now instead, so the user can remove and re-add it at once.
-            if (list != kError && list.find(kListSeparator) == std::string::npos)
-                return Main();
-            return StartupResult::Terminate;
+            // dialog comes now instead, once, so the user can remove and re-add it at once.
+            if (m_offeringRepair || list == kError || list.find(kListSeparator) != std::string::npos)
+                return StartupResult::Terminate;
+            m_offeringRepair = true;
+            const StartupResult repaired = Main();
+            m_offeringRepair = false;
+            return repaired;
         }
     }
 

@@ -60,6 +60,7 @@ private:
     ProfileChooser& m_chooser;
     FileAssociation& m_association;
     ProgramVersion m_version = ProgramVersion::current();
+    bool m_offeringRepair = false; // the profiles dialog follows a damaged sole profile's message
 };
 
 } // namespace korvel

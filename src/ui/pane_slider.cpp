@@ -24,7 +24,9 @@ void PaneSlider::setTop(Mode mode, int twips) {
         return;
     QRect rect = twipsRect(0, twips, kPaneWidth, kPaneHeight, pane);
     rect.setWidth(std::max(rect.width(), m_area.width()));
-    rect.setHeight(std::max(rect.height(), m_area.height() - twipsToPixels(kShownTop, pane)));
+    // A hidden pane keeps its designed height, so that it stays above a taller window's view.
+    if (twips > kHiddenTop)
+        rect.setHeight(std::max(rect.height(), m_area.height() - twipsToPixels(kShownTop, pane)));
     pane->setGeometry(rect);
 }
 
