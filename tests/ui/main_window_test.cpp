@@ -210,6 +210,7 @@ TEST(MainWindowSize, startsClassicGrowsWithThePanesAndIsRememberedUnlessMaximise
     const QSize classic = window.size();
     EXPECT_EQ(window.minimumSize(), classic);
     EXPECT_EQ(window.pane(Mode::Mounter)->width(), twipsToPixels(PaneSlider::kPaneWidth, &window));
+    window.ShowMounter("0");
     const QPoint quit = window.quitButton()->pos();
     window.resize(classic + QSize(300, 200));
     QApplication::processEvents();
