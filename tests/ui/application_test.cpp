@@ -128,7 +128,7 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     extractor(rig).extractTo();
     ASSERT_TRUE(closed.has_value());
     EXPECT_FALSE(*closed);
-    EXPECT_EQ(said, QStringLiteral("Korvel closes once the extraction has finished."));
+    EXPECT_EQ(said, QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
     EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
 
     // After a corrupt archive's message the window closes as usual.

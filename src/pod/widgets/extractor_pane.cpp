@@ -330,7 +330,7 @@ void ExtractorPane::recover() {
 }
 
 void ExtractorPane::explainBusy() {
-    m_statusLabel->setText(QStringLiteral("Korvel closes once the extraction has finished."));
+    m_statusLabel->setText(QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
 }
 
 QString ExtractorPane::nameToolTip(const QModelIndex& index) const {
