@@ -165,7 +165,11 @@ void KorvelApplication::runOpenSequence() {
 // not settled; then the window's state and the recent archives are saved.
 bool KorvelApplication::closeSequence() {
     WindowParts& parts = *m_parts;
-    if (parts.extractor->archiveBusy() || !parts.mounter->settleUnsavedList())
+    if (parts.extractor->archiveBusy()) {
+        parts.extractor->explainBusy();
+        return false;
+    }
+    if (!parts.mounter->settleUnsavedList())
         return false;
     parts.window->saveState();
     parts.extractor->saveRecentArchives();
@@ -204,9 +208,17 @@ void KorvelApplication::switchGame() {
     }
     closeWindow();
     m_games->resetLastState();
+    const Session current = m_session;
     const StartupResult result = m_startup->switchGame();
     m_switching = false;
     if (result == StartupResult::Terminate) {
+        // Esc or the frame of the profiles dialog: no other game was chosen, so the current one
+        // opens again. Exit, or a message that ends start-up, ends the program.
+        if (m_games->lastState() == GameProfiles::State::Open) {
+            m_session = current;
+            openWindow();
+            return;
+        }
         end(terminationCode());
         return;
     }

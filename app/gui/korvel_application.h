@@ -43,7 +43,8 @@ public:
     bool start(const QStringList& arguments);
 
     // `mnuSwitch`: closes every form (the window's close sequence runs and may refuse), then
-    // start-up chooses a game again and a new window opens, or the program ends.
+    // start-up chooses a game again and a new window opens. Leaving the profiles dialog by Esc or
+    // its frame opens the current game again; its Exit ends the program.
     void switchGame();
 
     ui::MainWindow* window() const;

@@ -48,6 +48,11 @@ inline constexpr std::string_view kBrowseDir = "BrowseDir";
 inline constexpr std::string_view kExtraDirs = "ExtraDirs";
 inline constexpr std::string_view kLeft = "Left";
 inline constexpr std::string_view kTop = "Top";
+// The window's size as width "," height, twips, while neither minimised nor maximised; missing or
+// smaller than the classic size means the classic size.
+inline constexpr std::string_view kSize = "Size";
+// "1" when the window was closed maximised.
+inline constexpr std::string_view kMaximized = "Maximized";
 inline constexpr std::string_view kRecent = "Recent";
 inline constexpr std::string_view kFirstRun = "FirstRun";
 

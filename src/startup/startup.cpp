@@ -185,7 +185,14 @@ StartupResult Startup::Main(const std::string& commandLine) {
         terminateWith(QStringLiteral("Sorry, but your Korvel game configuration data has been corrupted. Fear not, "
                                      "though -- to recover, all you need to do is reload Korvel, remove ") +
                       fromGameText(game) + QStringLiteral(" from the Game Profiles list, and re-add it."));
-        return StartupResult::Terminate;
+        // The sole profile would load again at every start and stop here again: the profiles
+        // dialog comes now instead, once, so the user can remove and re-add it at once.
+        if (m_offeringRepair || !list || list->size() != 1)
+            return StartupResult::Terminate;
+        m_offeringRepair = true;
+        const StartupResult repaired = Main();
+        m_offeringRepair = false;
+        return repaired;
     }
 
     // The first start of a profile backs up the game's files before anything can change them.

@@ -36,7 +36,8 @@ std::string requestFromArguments(const QStringList& arguments, const PathMap& pa
 // store, applies the file association, makes the first-run backups and fills the session.
 //
 // It is entered again to switch games (`mnuSwitch`): the session is kept, so the command line is
-// not read again and the profiles dialog is shown.
+// not read again and the profiles dialog is shown. It is also entered again after the message about
+// a damaged profile when that profile is the only one, so its dialog offers to remove and re-add it.
 class Startup {
 public:
     Startup(Services& services, SettingsStore& store, Session& session, ProfileChooser& chooser,
@@ -63,6 +64,7 @@ private:
     ProfileChooser& m_chooser;
     FileAssociation& m_association;
     ProgramVersion m_version = ProgramVersion::current();
+    bool m_offeringRepair = false; // the profiles dialog follows a damaged sole profile's message
 };
 
 } // namespace korvel

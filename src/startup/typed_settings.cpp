@@ -173,6 +173,14 @@ std::string ProfileSettings::launchCommand() const {
     return stored == kError ? std::string() : stored;
 }
 
+void ProfileSettings::setWindowSize(int width, int height) {
+    setText(kSize, std::to_string(width) + ',' + std::to_string(height));
+}
+
+void ProfileSettings::setMaximized(bool maximized) {
+    setText(kMaximized, flagText(maximized));
+}
+
 void ProfileSettings::setCodePage(const std::string& codePage) {
     setText(kCodePage, codePage);
 }
@@ -274,6 +282,22 @@ int ProfileSettings::left() const {
 int ProfileSettings::top() const {
     return rounded(number(kTop).value_or(0.0));
 }
+std::optional<std::pair<int, int>> ProfileSettings::windowSize() const {
+    const QList<QByteArray> parts = QByteArray::fromStdString(text(kSize)).split(',');
+    if (parts.size() != 2)
+        return std::nullopt;
+    bool wide = false, high = false;
+    const double width = parts[0].trimmed().toDouble(&wide);
+    const double height = parts[1].trimmed().toDouble(&high);
+    if (!wide || !high)
+        return std::nullopt;
+    return std::pair{rounded(width), rounded(height)};
+}
+
+bool ProfileSettings::maximized() const {
+    return text(kMaximized) == kFlagOn;
+}
+
 bool ProfileSettings::browse() const {
     return text(kBrowse) != kFlagOff;
 }

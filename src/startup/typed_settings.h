@@ -95,6 +95,8 @@ public:
     int slider() const;                        // leading number, 0 when none
     int left() const;                          // twips, leading number, 0 when none
     int top() const;
+    std::optional<std::pair<int, int>> windowSize() const; // "Size": width,height in twips
+    bool maximized() const;                                // "Maximized" is "1"
     bool browse() const;                        // anything but "0"
     std::string browseDir() const;              // as stored
     std::vector<std::string> extraDirs() const; // the list, without empty entries
@@ -116,6 +118,8 @@ public:
     void setLock(ScreenLock lock);
     void setSlider(int top);
     void setPosition(int left, int top);
+    void setWindowSize(int width, int height);
+    void setMaximized(bool maximized);
     // "Screen" takes the letter of the window title after "Korvel - ", whatever it is.
     void setScreenLetter(const std::string& letter);
     void setFirstRunDone();

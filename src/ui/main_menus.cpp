@@ -37,6 +37,26 @@ MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
     m_file->addSeparator();
     m_exit = named(m_file->addAction(QStringLiteral("E&xit")), "mnuExit");
 
+    m_view = namedMenu(bar->addMenu(QStringLiteral("&View")), "mnuView");
+    const struct {
+        Mode mode;
+        const char* name;
+        const char* caption;
+        QKeyCombination keys;
+    } views[] = {
+        {Mode::Configurator, "mnuViewConfigurator", "&Configurator", Qt::CTRL | Qt::Key_1},
+        {Mode::Extractor, "mnuViewExtractor", "&Extractor", Qt::CTRL | Qt::Key_2},
+        {Mode::Mounter, "mnuViewMounter", "&Mounter", Qt::CTRL | Qt::Key_3},
+    };
+    for (const auto& view : views) {
+        QAction* action = named(m_view->addAction(QString::fromLatin1(view.caption)), view.name);
+        action->setShortcut(view.keys);
+        action->setShortcutContext(Qt::WindowShortcut);
+        action->setToolTip(modeToolTip(view.mode));
+        action->setStatusTip(modeToolTip(view.mode));
+        m_views[static_cast<size_t>(view.mode)] = action;
+    }
+
     m_tracks = namedMenu(bar->addMenu(QStringLiteral("&Tracks")), "mnuTracks");
     m_trackList = named(m_tracks->addAction(QStringLiteral("(no tracks available)")), "mnuTrackList");
     m_trackList->setData(0);
@@ -53,6 +73,8 @@ MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
 void MainMenus::setTracksAvailable(bool available) {
     m_tracks->menuAction()->setVisible(available);
     m_tracks->setEnabled(available);
+    view(Mode::Configurator)->setVisible(available);
+    view(Mode::Configurator)->setEnabled(available);
 }
 
 } // namespace korvel::ui

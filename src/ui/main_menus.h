@@ -1,6 +1,10 @@
 #pragma once
 
+#include "window_mode.h"
+
 #include <QObject>
+
+#include <array>
 
 class QAction;
 class QMainWindow;
@@ -9,8 +13,9 @@ class QMenu;
 namespace korvel::ui {
 
 // The main window's menu bar: File (switch game, association, options, palette viewer, mass
-// extraction, exit), Tracks (the Configurator profile's downloadable tracks) and Help, plus the
-// Configurator pane's pop-up menu. Actions carry their control names as object names.
+// extraction, exit), View (the three modes, Ctrl+1/2/3), Tracks (the Configurator profile's
+// downloadable tracks) and Help, plus the Configurator pane's pop-up menu. Actions carry their
+// control names as object names.
 class MainMenus : public QObject {
     Q_OBJECT
 
@@ -18,6 +23,7 @@ public:
     explicit MainMenus(QMainWindow& window);
 
     QMenu* fileMenu() const { return m_file; }
+    QMenu* viewMenu() const { return m_view; }
     QMenu* tracksMenu() const { return m_tracks; }
     QMenu* helpMenu() const { return m_help; }
     QMenu* configuratorMenu() const { return m_configurator; }
@@ -29,17 +35,20 @@ public:
     QAction* mass() const { return m_mass; }
     QAction* exit() const { return m_exit; }
     QAction* about() const { return m_about; }
+    // The View entry that brings up a mode's pane.
+    QAction* view(Mode mode) const { return m_views[static_cast<size_t>(mode)]; }
     // Entry 0 of the track list, the separator below the list and the update entry.
     QAction* trackListEntry() const { return m_trackList; }
     QAction* tracksSeparator() const { return m_tracksSep; }
     QAction* update() const { return m_update; }
     QAction* fixRegistry() const { return m_fixRegistry; }
 
-    // The Tracks menu exists only for the Configurator profile.
+    // The Tracks menu and the Configurator's View entry exist only for the Configurator profile.
     void setTracksAvailable(bool available);
 
 private:
     QMenu* m_file;
+    QMenu* m_view;
     QMenu* m_tracks;
     QMenu* m_help;
     QMenu* m_configurator;
@@ -50,6 +59,7 @@ private:
     QAction* m_mass;
     QAction* m_exit;
     QAction* m_about;
+    std::array<QAction*, 3> m_views{};
     QAction* m_trackList;
     QAction* m_tracksSep;
     QAction* m_update;

@@ -2,6 +2,7 @@
 
 #include "about_dialog.h"
 #include "app_info.h"
+#include "kit/anchors.h"
 #include "kit/gold_button.h"
 #include "kit/twips.h"
 #include "main_menus.h"
@@ -62,9 +63,11 @@ MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& s
     layout->setSpacing(0);
     m_paneArea = new QWidget(central);
     m_paneArea->setObjectName(QStringLiteral("paneArea"));
-    m_paneArea->setFixedSize(twipsToPixels(PaneSlider::kPaneWidth, this), twipsToPixels(kPaneAreaHeight, this));
+    m_paneArea->setMinimumSize(twipsToPixels(PaneSlider::kPaneWidth, this), twipsToPixels(kPaneAreaHeight, this));
+    m_paneArea->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_paneArea->installEventFilter(this);
     m_statusBar = new ModeStatusBar(central);
-    layout->addWidget(m_paneArea);
+    layout->addWidget(m_paneArea, 1);
     layout->addWidget(m_statusBar);
     setCentralWidget(central);
 
@@ -75,8 +78,11 @@ MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& s
     placeOwnControls();
     // The classic window is 7050 x 6960 twips with its frame and caption; the client area is what
     // the panes need inside that frame: their width, the part of a pane on view and the status bar.
-    setFixedSize(twipsToPixels(PaneSlider::kPaneWidth, this),
-                 menuBar()->sizeHint().height() + m_paneArea->height() + m_statusBar->height());
+    // That is also the smallest the window gets; it may grow, and the panes grow with it.
+    const QSize classic(twipsToPixels(PaneSlider::kPaneWidth, this),
+                        menuBar()->sizeHint().height() + m_paneArea->minimumHeight() + m_statusBar->height());
+    setMinimumSize(classic);
+    resize(classic);
 
     connect(m_statusBar, &ModeStatusBar::modeChosen, this,
             [this](Mode mode) { showMode(mode, m_settings->profile().slide()); });
@@ -84,6 +90,14 @@ MainWindow::MainWindow(const Session& session, SettingsStore& store, Services& s
     connect(m_menus->options(), &QAction::triggered, this, &MainWindow::showOptions);
     connect(m_menus->exit(), &QAction::triggered, this, &QWidget::close);
     connect(m_menus->about(), &QAction::triggered, this, &MainWindow::showAbout);
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+        QAction* view = m_menus->view(mode);
+        addAction(view); // its key works wherever the focus is in the window
+        connect(view, &QAction::triggered, this, [this, mode] {
+            if (mode != Mode::Configurator || m_session.configurator)
+                showMode(mode, m_settings->profile().slide());
+        });
+    }
 }
 
 MainWindow::~MainWindow() = default;
@@ -112,6 +126,9 @@ void MainWindow::placeOwnControls() {
     m_playButton->setGeometry(twipsRect(2460, 5520, 1440, 375, this));
     m_continueButton->setGeometry(twipsRect(3990, 5520, 1440, 375, this));
     m_quitButton->setGeometry(twipsRect(5520, 5520, 1290, 375, this));
+    m_ownAnchors = std::make_unique<Anchors>(*mount, QSize(PaneSlider::kPaneWidth, PaneSlider::kPaneHeight));
+    for (GoldButton* button : {m_playButton, m_continueButton, m_quitButton})
+        m_ownAnchors->add(button, Anchors::FollowRight | Anchors::FollowBottom);
     connect(m_quitButton, &GoldButton::clicked, this, &QWidget::close);
 }
 
@@ -249,6 +266,11 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_paneArea && event->type() == QEvent::Resize) {
+        m_slider->setArea(m_paneArea->size());
+    } else if (watched == pane(Mode::Mounter) && event->type() == QEvent::Resize) {
+        m_ownAnchors->place();
+    }
     const bool onPane = std::find(m_panes.begin(), m_panes.end(), watched) != m_panes.end();
     if (onPane && event->type() == QEvent::MouseMove) {
         m_statusBar->resetHighlight();

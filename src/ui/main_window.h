@@ -23,6 +23,7 @@ class ProfileSettings;
 
 namespace korvel::ui {
 
+class Anchors;
 class GoldButton;
 class MainMenus;
 class ModeStatusBar;
@@ -30,7 +31,9 @@ class PaneSlider;
 class WindowSettings;
 
 // `frmMain`, the program's one main window: three panes in one place (`fraMount`, `fraExtract`,
-// `fraConfigure`), one shown at a time, chosen from the mode panels of the status bar.
+// `fraConfigure`), one shown at a time, chosen from the mode panels of the status bar or the View
+// menu (Ctrl+1/2/3). It opens at its classic size and may be resized or maximised; the panes fill
+// the place they share, and the size is remembered with the position.
 //
 // The window knows none of its panes' subsystems. installPane() puts a widget into a pane's frame (it
 // fills the frame; coordinates inside are the frame's, whose top 90 twips stay hidden). The
@@ -119,6 +122,7 @@ private:
     GoldButton* m_playButton = nullptr;
     GoldButton* m_continueButton = nullptr;
     GoldButton* m_quitButton = nullptr;
+    std::unique_ptr<Anchors> m_ownAnchors;
 };
 
 } // namespace korvel::ui

@@ -2,9 +2,11 @@
 
 #include "kit/twips.h"
 
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QToolTip>
 
 #include <cmath>
 
@@ -57,6 +59,17 @@ std::optional<Mode> ModeStatusBar::zoneAt(int xTwips, int yTwips) {
     if (yTwips < 0 || yTwips > kZoneBottomTwips)
         return std::nullopt;
     return zoneAt(xTwips);
+}
+
+bool ModeStatusBar::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    auto* help = static_cast<QHelpEvent*>(event);
+    if (const std::optional<Mode> mode = availableZoneAt(help->pos()))
+        QToolTip::showText(help->globalPos(), modeToolTip(*mode), this);
+    else
+        QToolTip::hideText();
+    return true;
 }
 
 void ModeStatusBar::setConfiguratorAvailable(bool available) {

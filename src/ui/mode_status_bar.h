@@ -49,6 +49,7 @@ signals:
     void modeChosen(korvel::ui::Mode mode);
 
 protected:
+    bool event(QEvent* event) override; // a mode panel's tooltip
     void paintEvent(QPaintEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

@@ -7,6 +7,8 @@
 #include <QFrame>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace korvel::ui {
 
 PaneSlider::PaneSlider(QFrame* configure, QFrame* extract, QFrame* mount, QObject* parent)
@@ -17,8 +19,21 @@ PaneSlider::PaneSlider(QFrame* configure, QFrame* extract, QFrame* mount, QObjec
 
 void PaneSlider::setTop(Mode mode, int twips) {
     m_tops[index(mode)] = twips;
-    if (QFrame* pane = frame(mode))
-        pane->setGeometry(twipsRect(0, twips, kPaneWidth, kPaneHeight, pane));
+    QFrame* pane = frame(mode);
+    if (!pane)
+        return;
+    QRect rect = twipsRect(0, twips, kPaneWidth, kPaneHeight, pane);
+    rect.setWidth(std::max(rect.width(), m_area.width()));
+    // A hidden pane keeps its designed height, so that it stays above a taller window's view.
+    if (twips > kHiddenTop)
+        rect.setHeight(std::max(rect.height(), m_area.height() - twipsToPixels(kShownTop, pane)));
+    pane->setGeometry(rect);
+}
+
+void PaneSlider::setArea(QSize pixels) {
+    m_area = pixels;
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
+        setTop(mode, top(mode));
 }
 
 std::optional<Mode> PaneSlider::shownMode() const {

@@ -34,6 +34,9 @@ public:
     // The pane's top in twips; the pixel geometry follows it.
     int top(Mode mode) const { return m_tops[index(mode)]; }
     void setTop(Mode mode, int twips);
+    // The pixel size of the place the panes share: a pane is as wide as that place and reaches its
+    // bottom when shown, but never smaller than its designed size.
+    void setArea(QSize pixels);
 
     // Enables the pane and brings it to the front; slides it down when asked (from wherever it is,
     // stopping once its top reaches -90), then places it at -90 and hides the other two.
@@ -53,6 +56,7 @@ private:
     std::array<int, 3> m_tops{kHiddenTop, kHiddenTop, kHiddenTop};
     int m_lastSteps = 0;
     int m_stepPause = 4;
+    QSize m_area;
 };
 
 } // namespace korvel::ui

@@ -3,6 +3,9 @@
 #include "startup/typed_settings.h"
 #include "window_mode.h"
 
+#include <QList>
+#include <QPoint>
+#include <QRect>
 #include <QString>
 
 #include <optional>
@@ -20,10 +23,17 @@ public:
 
     const ProfileSettings& profile() const { return m_profile; }
 
-    // Moves the window to "Left"/"Top" (twips).
+    // Gives the window its remembered "Size" (never below its minimum size, never beyond the
+    // screen), moves it to "Left"/"Top" (twips) and maximises it again when it was. A position
+    // whose title bar would land on no screen is pulled onto the nearest screen.
     void restorePosition(QWidget& window) const;
-    // Saves "Left"/"Top", but only while the window is neither minimised nor maximised.
+    // Saves "Maximized", and "Left"/"Top" and "Size" only while the window is neither minimised
+    // nor maximised.
     void savePosition(const QWidget& window);
+    // The top-left corner for a window of `size` (pixels) wanted at `wanted`: unchanged when its
+    // title bar is on one of `screens` (their available areas), else moved into the screen nearest
+    // to it.
+    static QPoint visiblePosition(QPoint wanted, QSize size, const QList<QRect>& screens);
 
     // The first mode from "Lock" and "Screen"; nullopt when neither chooses one.
     std::optional<Mode> startMode(bool configurator) const;

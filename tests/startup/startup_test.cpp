@@ -104,11 +104,22 @@ TEST(Startup, endsOnADamagedProfileBeforeMakingBackups) {
     StartupRig rig;
     rig.addProfile("MTM2", "C:\\Games\\MTM2", false);
     rig.drive.registry().writeValue(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\MTM2", "MMPA", "Error");
+    // The sole profile: the message, then the profiles dialog once; loading the same damaged
+    // profile from it again ends start-up after the message.
     EXPECT_EQ(rig.startup.Main(), StartupResult::Terminate);
+    EXPECT_EQ(rig.chooser.shown, 1);
+    EXPECT_EQ(rig.drive.dialogs().messages().size(), 2u);
     EXPECT_EQ(rig.lastMessage().text, "Sorry, but your Korvel game configuration data has been corrupted. Fear not, "
                                       "though -- to recover, all you need to do is reload Korvel, remove MTM2 from "
                                       "the Game Profiles list, and re-add it.");
     EXPECT_FALSE(rig.drive.exists("C:\\Games\\MTM2\\backup"));
+    // With another profile listed, the message ends start-up at once (the next start asks).
+    rig.addProfile("4x4", "C:\\Games\\4x4", false);
+    rig.setList("MTM2|4x4");
+    rig.drive.dialogs().clear();
+    EXPECT_EQ(rig.relaunch("MTM2"), StartupResult::Terminate);
+    EXPECT_EQ(rig.chooser.shown, 1);
+    EXPECT_EQ(rig.drive.dialogs().messages().size(), 1u);
 }
 
 TEST(FileAssociation, registersAtStartupAndUnregisteringLeavesTheKeys) {

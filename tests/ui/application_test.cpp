@@ -9,11 +9,16 @@
 #include "ui/main_menus.h"
 
 #include <QAction>
+#include <QLabel>
+#include <QTimer>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <iterator>
+#include <optional>
 
 namespace korvel::testing {
 namespace {
@@ -97,16 +102,78 @@ TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutos
         // The recent list is saved only when the window closes.
         EXPECT_EQ(rig.store.readProfile(kGame, settings::kRecent), c.closes ? "|" : "Error");
     }
-    // While an extraction that stopped midway holds its archive, the window stays open.
+}
+
+TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAfterAFailedOne) {
     AppRig rig;
-    addGame(rig);
+    addGame(rig, "1", "1");
+    PodWriter many;
+    for (int i = 0; i < 600; ++i)
+        many.add("F" + std::to_string(i) + ".BIN", std::string(64, 'x'));
+    rig.drive.write(kFolder + "\\MANY.POD", many.pod1());
     rig.drive.write(kFolder + "\\BAD.POD", PodWriter().add({"BAD.BIN", "bad", std::nullopt, 1 << 20}).pod1());
+    rig.drive.makeFolder("C:\\Out");
+    rig.drive.write("C:\\Out\\keep.txt", "x");
     ASSERT_TRUE(rig.start());
+    ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "MANY.POD"));
+    extractor(rig).fileList()->selectAll();
+    // A close asked for while the entries are written (the window repaints between them).
+    std::optional<bool> closed;
+    QString said;
+    QTimer::singleShot(0, &rig.window(), [&] {
+        closed = rig.window().close();
+        said = rig.find<QLabel>("lblExtract")->text();
+    });
+    rig.drive.dialogs().chooseFolder("C:\\Out");
+    extractor(rig).extractTo();
+    ASSERT_TRUE(closed.has_value());
+    EXPECT_FALSE(*closed);
+    EXPECT_EQ(said, QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
+    EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
+
+    // After a corrupt archive's message the window closes as usual.
     ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "BAD.POD"));
     extractor(rig).fileList()->selectAll();
     extractor(rig).extractClicked();
-    ASSERT_TRUE(extractor(rig).archiveBusy());
-    EXPECT_FALSE(rig.window().close());
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().text, QStringLiteral("This POD appears to be corrupt!"));
+    EXPECT_FALSE(extractor(rig).archiveBusy());
+    EXPECT_TRUE(rig.window().close());
+}
+
+TEST(KorvelApplicationWindow, itsListsGrowWithTheWindow) {
+    AppRig rig;
+    addGame(rig);
+    ASSERT_TRUE(rig.start());
+    QApplication::processEvents();
+    // Each pane grows when it is up; a hidden one when it comes up.
+    const struct {
+        const char* name;
+        ui::Mode pane;
+        bool wider, taller;
+    } controls[] = {
+        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
+        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
+        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
+    };
+    std::vector<QSize> before;
+    for (const auto& c : controls)
+        before.push_back(rig.find(c.name)->size());
+    const QPoint mount = rig.find("cmdMount")->pos();
+    rig.window().ShowMounter("0");
+    rig.window().resize(rig.window().size() + QSize(250, 120));
+    QApplication::processEvents();
+    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
+    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
+        rig.window().showMode(mode, "0");
+        QApplication::processEvents();
+        for (size_t i = 0; i < std::size(controls); ++i) {
+            if (controls[i].pane != mode)
+                continue;
+            SCOPED_TRACE(controls[i].name);
+            EXPECT_EQ(rig.find(controls[i].name)->size(),
+                      before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+        }
+    }
 }
 
 TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
@@ -154,6 +221,16 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     ASSERT_TRUE(rig.start());
     ui::MainMenus& menus = rig.window().menus();
 
+    // Mass extraction asks about the archives the file box shows, then extracts them all.
+    rig.drive.dialogs().answer(MessageAnswer::No);
+    menus.mass()->trigger();
+    const ScriptedDialogs::Shown question = rig.drive.dialogs().lastMessage();
+    EXPECT_EQ(question.title, QStringLiteral("Question"));
+    EXPECT_EQ(question.icon, MessageIcon::Question);
+    EXPECT_EQ(question.buttons, MessageButtons::YesNo);
+    EXPECT_EQ(question.text, QStringLiteral("All 3 PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure "
+                                            "you wish to continue?"));
+    EXPECT_FALSE(rig.drive.exists(kFolder + "\\ONE.TXT"));
     rig.drive.dialogs().answer(MessageAnswer::Yes);
     menus.mass()->trigger();
     EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Extractor]"));

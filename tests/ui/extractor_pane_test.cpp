@@ -13,8 +13,10 @@
 
 #include <QAbstractItemModelTester>
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -23,6 +25,7 @@
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -123,33 +126,88 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
     EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("0 files (0 bytes) extracted in "));
 }
 
-TEST(ExtractorPane, corruptOrUnreadableArchivesAreReportedAndTheWindowHeldUntilTheNextListing) {
+TEST(ExtractorPane, everyFailedExtractionIsReportedAndThePaneWorksAgain) {
+    const std::string kOut = "C:\\Out";
+    const struct {
+        const char* name;
+        std::string entry;        // the second entry; the first, GOOD.BIN, always comes first
+        bool corrupt;             // the entry ends past the archive's end
+        bool extractTo;           // Extract To into C:\Out rather than the button into the game folder
+        bool outHoldsAFile;       // C:\Out exists and holds a file (so it counts as there)
+        std::string blocker;      // a folder in the way of the entry's file
+        const char* title;
+        const char* text;         // empty: any text
+    } cases[] = {
+        {"corrupt directory", "Z.BIN", true, false, false, "", "Read Error", "This POD appears to be corrupt!"},
+        {"Extract To an existing empty folder", "Z.BIN", false, true, false, "", "Unexpected Error", ""},
+        {"two folders deep", "DATA\\SUB\\Z.BIN", false, true, true, "", "Unexpected Error", ""},
+        {"a destination that cannot be written", "Z.BIN", false, false, false, "\\Z.BIN", "Unexpected Error", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        PaneFixture f("0");
+        PodWriter writer;
+        writer.add("GOOD.BIN", "good");
+        if (c.corrupt)
+            writer.add({c.entry, "bad", std::nullopt, 1 << 20});
+        else
+            writer.add(c.entry, "zz");
+        f.drive.write(kGame + "\\BAD.POD", writer.pod1());
+        f.drive.write(kGame + "\\keep.txt", "x");
+        f.drive.makeFolder(kOut);
+        if (c.outHoldsAFile)
+            f.drive.write(kOut + "\\keep.txt", "x");
+        const std::string destination = c.extractTo ? kOut : kGame;
+        if (!c.blocker.empty())
+            f.drive.makeFolder(destination + c.blocker);
+        ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
+        f.selectRows({0, 1});
+        if (c.extractTo) {
+            f.drive.dialogs().chooseFolder(kOut);
+            f.pane->extractTo();
+        } else {
+            QTest::mouseClick(f.child<korvel::ui::GoldButton>("cmdExtract"), Qt::LeftButton);
+        }
+        ASSERT_EQ(f.messages().size(), 1);
+        EXPECT_EQ(f.drive.dialogs().lastMessage().title, c.title);
+        EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Critical);
+        if (*c.text) {
+            EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.text);
+        } else {
+            EXPECT_FALSE(f.drive.dialogs().lastMessage().text.isEmpty());
+        }
+        // Rows before the failing one are written (none when the folder itself fails).
+        if (!(c.extractTo && !c.outHoldsAFile)) {
+            EXPECT_EQ(f.drive.read(destination + "\\GOOD.BIN"), "good");
+        }
+        // The four controls and the busy flag are back, and the next listing works at once.
+        EXPECT_FALSE(f.pane->archiveBusy());
+        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExtract")->isEnabled());
+        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExport")->isEnabled());
+        EXPECT_TRUE(f.child<QListWidget>("fileBox")->isEnabled());
+        EXPECT_TRUE(f.recent().combo()->isEnabled());
+        EXPECT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
+        EXPECT_EQ(f.messages().size(), 1);
+    }
+}
+
+TEST(ExtractorPane, anUnreadableArchiveClearsTheRowsAndKeepsTheBoxes) {
     PaneFixture f("0");
-    PodWriter writer;
-    writer.add("GOOD.BIN", "good").add({"BAD.BIN", "bad", std::nullopt, 1 << 20});
-    f.drive.write(kGame + "\\BAD.POD", writer.pod1());
-    f.drive.write(kGame + "\\keep.txt", "x");
-    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
-    f.selectRows({0, 1});
-    QTest::mouseClick(f.child<korvel::ui::GoldButton>("cmdExtract"), Qt::LeftButton);
-    EXPECT_EQ(f.drive.dialogs().lastMessage().title, "Read Error");
-    EXPECT_EQ(f.drive.dialogs().lastMessage().text, "This POD appears to be corrupt!");
-    EXPECT_EQ(f.drive.read(kGame + "\\GOOD.BIN"), "good"); // rows before the bad one are written
-    EXPECT_FALSE(f.drive.exists(kGame + "\\BAD.BIN"));
-    EXPECT_TRUE(f.pane->archiveBusy());
-    EXPECT_FALSE(f.child<korvel::ui::GoldButton>("cmdExtract")->isEnabled());
-    EXPECT_FALSE(f.child<QListWidget>("fileBox")->isEnabled());
-    // The next listing finds the archive still held, reports it and lets go; the one after works.
-    EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
-    EXPECT_EQ(f.drive.dialogs().lastMessage().title, "Unexpected Error");
-    EXPECT_FALSE(f.pane->archiveBusy());
-    EXPECT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
-    // An unreadable archive clears the rows and keeps the boxes.
+    f.listTrucks();
     f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
     EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
     EXPECT_EQ(f.drive.dialogs().lastMessage().text, korvel::unreadablePodText());
     EXPECT_EQ(f.pane->model().rowCount(), 0);
-    EXPECT_EQ(f.text("txtTotal"), "2");
+    EXPECT_EQ(f.text("txtTotal"), "3");
+}
+
+TEST(ExtractorPane, anExistingLongerFileIsWrittenOverInPlaceNotTruncated) {
+    PaneFixture f;
+    f.listTrucks();
+    f.drive.write(kGame + "\\b.trk", std::string(100, '#'));
+    f.selectRows({2});
+    QTest::mouseClick(f.child<korvel::ui::GoldButton>("cmdExtract"), Qt::LeftButton);
+    EXPECT_EQ(f.drive.read(kGame + "\\b.trk"), "truck version 4" + std::string(85, '#'));
 }
 
 TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoTheGameFolder) {
@@ -163,12 +221,13 @@ TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoThe
         // Later archives write over earlier ones; an unreadable one is reported and skipped.
         {"extracts", korvel::MessageAnswer::Yes, {{"A.RAW", "first"}, {"SHARED.TXT", "two"}}, "", false},
         {"declined", korvel::MessageAnswer::No, {{"A.RAW", ""}, {"SHARED.TXT", ""}}, "", false},
-        // Rows go in the order the list shows them: A.BIN is written before the bad Z.BIN stops it all.
+        // Rows go in the order the list shows them: A.BIN is written before the bad Z.BIN stops it
+        // all; the pane is back in working order after the message.
         {"corrupt",
          korvel::MessageAnswer::Yes,
          {{"A.BIN", "good"}, {"Z.BIN", ""}, {"SHARED.TXT", ""}},
          "This POD appears to be corrupt!",
-         true},
+         false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -326,4 +385,83 @@ TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {
     ASSERT_EQ(model.rowCount(), 100000);
     EXPECT_EQ(model.index(0, 0).data().toString(), "FILE0.BIN");
     EXPECT_EQ(model.index(99999, 0).data().toString(), "FILE99999.BIN");
+}
+
+TEST(ExtractorPaneRecentArchives, choosingTypingWithEnterAndRemovingEntries) {
+    PaneFixture f("0");
+    f.drive.write(kGame + "\\ONE.POD", PodWriter().add("ONE.TXT", "1").pod1());
+    f.drive.write(kGame + "\\TWO.POD", PodWriter().add("TWO.TXT", "2").add("MORE.TXT", "3").pod1());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "ONE.POD"));
+    f.recent().setEntries({"C:\\Games\\MTM2\\ONE.POD", "C:\\Games\\MTM2\\TWO.POD", "C:\\Nowhere\\GONE.POD"});
+    QComboBox* combo = f.recent().combo();
+    combo->setCurrentIndex(0);
+    QLabel* status = f.child<QLabel>("lblExtract");
+
+    // Choosing an entry with the keyboard lists it and puts it first.
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_Down);
+    EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TWO.POD");
+    EXPECT_EQ(f.pane->model().rowCount(), 2);
+    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
+
+    const struct {
+        const char* typed;
+        std::string listed; // afterwards
+        bool lists;
+    } typed[] = {
+        {"C:\\GAMES\\MTM2\\two.pod", kGame + "\\TWO.POD", false}, // the one listed now, in other case
+        {"C:\\Games\\MTM2\\MISSING.POD", kGame + "\\TWO.POD", false},
+        {"c:\\games\\mtm2\\ONE.POD", "c:\\games\\mtm2\\ONE.POD", true},
+    };
+    for (const auto& t : typed) {
+        SCOPED_TRACE(t.typed);
+        status->clear(); // a listing writes its time here
+        combo->lineEdit()->setText(QString::fromLatin1(t.typed));
+        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
+        EXPECT_EQ(!status->text().isEmpty(), t.lists);
+        EXPECT_EQ(f.pane->listedArchive(), t.listed);
+    }
+    EXPECT_TRUE(f.messages().isEmpty());
+
+    // X removes the selected entry and selects the first one left.
+    const QStringList before = f.recent().entries();
+    combo->setCurrentIndex(1);
+    QTest::mouseClick(f.recent().removeButton(), Qt::LeftButton);
+    QStringList expected = before;
+    expected.removeAt(1);
+    EXPECT_EQ(f.recent().entries(), expected);
+    EXPECT_EQ(combo->currentIndex(), 0);
+}
+
+TEST(ExtractorPaneNames, growWithThePaneAndShowWholeAsTooltipsWhenCut) {
+    PaneFixture f("0");
+    const std::string longName = "TEXTURES\\" + std::string(30, 'W') + ".RAW";
+    f.drive.write(kGame + "\\LONG.POD", PodWriter().add("A.BIN", "a").add(longName, "w").pod2());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "LONG.POD"));
+    QApplication::processEvents(); // the header lays its columns out
+    QTableView* list = f.list();
+    const QModelIndex shortName = f.pane->model().index(0, 0);
+    const QModelIndex cutName = f.pane->model().index(1, 0);
+    EXPECT_EQ(f.pane->nameToolTip(shortName), "");
+    EXPECT_EQ(f.pane->nameToolTip(cutName).toStdString(), longName);
+    EXPECT_EQ(f.pane->nameToolTip(f.pane->model().index(1, 1)), ""); // the size column has none
+
+    // The tooltip event over the cut name shows it.
+    const QPoint at = list->visualRect(cutName).center();
+    QHelpEvent help(QEvent::ToolTip, at, list->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(list->viewport(), &help);
+    EXPECT_EQ(QToolTip::text().toStdString(), longName);
+    QToolTip::hideText();
+
+    // A wider pane widens the list and its Name column, and the buttons keep to the right edge.
+    const int listWidth = list->width();
+    const int nameWidth = list->columnWidth(0);
+    auto* extract = f.child<korvel::ui::GoldButton>("cmdExtract");
+    const QPoint extractAt = extract->pos();
+    f.pane->resize(f.pane->width() + 600, f.pane->height() + 100);
+    QApplication::processEvents();
+    EXPECT_EQ(list->width(), listWidth + 600);
+    EXPECT_GT(list->columnWidth(0), nameWidth + 500); // the name column takes the width gained
+    EXPECT_EQ(extract->pos(), extractAt + QPoint(600, 100));
+    EXPECT_EQ(f.pane->nameToolTip(cutName), ""); // now it fits
 }

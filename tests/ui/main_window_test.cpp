@@ -3,13 +3,22 @@
 #include "ui/main_menus.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
+#include "ui/window_settings.h"
 #include "window_fixture.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QHelpEvent>
+#include <QLabel>
 #include <QMenu>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -29,6 +38,13 @@ QPoint inZone(const ModeStatusBar& bar, int xTwips) {
 void clickAt(ModeStatusBar& bar, int xTwips) {
     QTest::mouseMove(&bar, inZone(bar, xTwips));
     QTest::mouseClick(&bar, Qt::LeftButton, Qt::NoModifier, inZone(bar, xTwips));
+}
+
+// Tooltips fade out; the next check starts with none on screen.
+void hideToolTip() {
+    QToolTip::hideText();
+    for (int wait = 0; wait < 200 && QToolTip::isVisible(); ++wait)
+        QTest::qWait(10);
 }
 
 } // namespace
@@ -156,4 +172,180 @@ TEST(MainWindowMenus, associationIsStoredAndAnnounced) {
     ASSERT_EQ(toggled.count(), 2);
     EXPECT_TRUE(toggled.at(0).at(0).toBool());
     EXPECT_FALSE(toggled.at(1).at(0).toBool());
+}
+
+TEST(MainWindowPlace, aPositionWhoseTitleBarIsOnNoScreenIsPulledOntoTheNearest) {
+    const QList<QRect> screens{QRect(0, 0, 1000, 800), QRect(1000, 0, 800, 600)};
+    const QSize size(470, 460);
+    const struct {
+        const char* name;
+        QPoint wanted, placed;
+    } cases[] = {
+        {"on the first screen", {100, 200}, {100, 200}},
+        {"on the second screen", {1200, 100}, {1200, 100}},
+        {"at the corner", {0, 0}, {0, 0}},
+        {"far below", {100, 6'000'000}, {100, 800 - 460}},
+        {"far right", {9000, 50}, {1800 - 470, 50}},
+        {"above the top", {300, -40}, {300, 0}},
+        {"left of every screen", {-600, 100}, {0, 100}},
+        {"below the smaller second screen", {1300, 700}, {1300, 600 - 460}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(korvel::ui::WindowSettings::visiblePosition(c.wanted, size, screens), c.placed);
+    }
+    // A stale stored position opens the window where it can be seen.
+    WindowFixture f;
+    f.set(settings::kLeft, "99999999");
+    f.set(settings::kTop, "1e30");
+    auto& window = f.open();
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_TRUE(screen.contains(window.frameGeometry().topLeft()));
+    EXPECT_TRUE(screen.contains(window.frameGeometry().topLeft() + QPoint(window.width() / 2, 10)));
+}
+
+TEST(MainWindowSize, startsClassicGrowsWithThePanesAndIsRememberedUnlessMaximised) {
+    WindowFixture f;
+    auto& window = f.open();
+    const QSize classic = window.size();
+    EXPECT_EQ(window.minimumSize(), classic);
+    EXPECT_EQ(window.pane(Mode::Mounter)->width(), twipsToPixels(PaneSlider::kPaneWidth, &window));
+    window.ShowMounter("0");
+    const QPoint quit = window.quitButton()->pos();
+    window.resize(classic + QSize(300, 200));
+    QApplication::processEvents();
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter})
+        EXPECT_EQ(window.pane(mode)->width(), classic.width() + 300);
+    EXPECT_EQ(window.quitButton()->pos(), quit + QPoint(300, 200)); // the window's own buttons follow
+    ASSERT_TRUE(window.close());
+    const std::string size = f.get(settings::kSize);
+    EXPECT_EQ(f.get(settings::kMaximized), "0");
+
+    // The next opening has that size; a maximised close keeps the size and remembers the state.
+    auto& again = f.open();
+    EXPECT_EQ(again.size(), classic + QSize(300, 200));
+    again.setWindowState(Qt::WindowMaximized);
+    ASSERT_TRUE(again.close());
+    EXPECT_EQ(f.get(settings::kSize), size);
+    EXPECT_EQ(f.get(settings::kMaximized), "1");
+    EXPECT_TRUE(f.open().windowState().testFlag(Qt::WindowMaximized));
+
+    // A size below the classic one, or no number at all, opens at the classic size.
+    for (const char* stored : {"10,10", "Error", "wide,tall"}) {
+        SCOPED_TRACE(stored);
+        f.set(settings::kMaximized, "0");
+        f.set(settings::kSize, stored);
+        EXPECT_EQ(f.open().size(), classic);
+    }
+}
+
+TEST(MainWindowModes, viewMenuKeysChooseModesAndThePanelsExplainThemselves) {
+    for (const bool configurator : {true, false}) {
+        SCOPED_TRACE(configurator ? "MTM2" : "4x4");
+        WindowFixture f(configurator ? "MTM2" : "4x4", configurator);
+        f.set(settings::kLock, "3");
+        auto& window = f.open();
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        const struct {
+            Qt::Key key;
+            Mode chosen;
+        } keys[] = {
+            {Qt::Key_2, Mode::Extractor},
+            {Qt::Key_1, configurator ? Mode::Configurator : Mode::Extractor},
+            {Qt::Key_3, Mode::Mounter},
+        };
+        for (const auto& k : keys) {
+            QTest::keyClick(&window, k.key, Qt::ControlModifier);
+            EXPECT_EQ(window.currentMode(), k.chosen);
+        }
+        EXPECT_EQ(window.menus().view(Mode::Configurator)->isVisible(), configurator);
+        EXPECT_TRUE(window.menus().viewMenu()->menuAction()->isVisible());
+
+        ModeStatusBar& bar = *window.modeStatusBar();
+        const struct {
+            int x;
+            QString tip;
+        } panels[] = {
+            {5000, configurator ? QStringLiteral("Configurator: the game's settings, drivers and tracks (Ctrl+1)")
+                                : QString()},
+            {5400, QStringLiteral("Extractor: look inside a POD and extract its files (Ctrl+2)")},
+            {5700, QStringLiteral("Mounter: choose the PODs the game loads (Ctrl+3)")},
+            {2000, ""},
+        };
+        for (const auto& p : panels) {
+            SCOPED_TRACE(p.x);
+            hideToolTip();
+            QHelpEvent help(QEvent::ToolTip, inZone(bar, p.x), bar.mapToGlobal(inZone(bar, p.x)));
+            QApplication::sendEvent(&bar, &help);
+            EXPECT_EQ(QToolTip::isVisible() ? QToolTip::text() : QString(), p.tip);
+        }
+        hideToolTip();
+    }
+}
+
+TEST(MainWindowLooks, flatChoosesEveryGoldButtonsLooksAndOtherValuesKeepThem) {
+    const struct {
+        const char* flat;
+        int up, hover, down;
+    } cases[] = {{"0", 4, 5, 10}, {"1", 0, 4, 2}, {"2", 1, 1, 1}, {"Error", 1, 1, 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.flat);
+        WindowFixture f;
+        auto& window = f.open();
+        const auto buttons = window.findChildren<korvel::ui::GoldButton*>();
+        ASSERT_EQ(buttons.size(), 3);
+        for (korvel::ui::GoldButton* button : buttons) {
+            button->setOnUp(1);
+            button->setOnHover(1);
+            button->setOnDown(1);
+        }
+        f.set(settings::kFlat, c.flat);
+        window.applyButtonLooks(); // what saving the options does
+        for (korvel::ui::GoldButton* button : buttons) {
+            SCOPED_TRACE(button->objectName().toStdString());
+            EXPECT_EQ(button->onUp(), c.up);
+            EXPECT_EQ(button->onHover(), c.hover);
+            EXPECT_EQ(button->onDown(), c.down);
+        }
+    }
+}
+
+TEST(MainWindowDialogs, aboutBoxShowsTheVersionAndClosesWithOk) {
+    WindowFixture f;
+    auto& window = f.open();
+    window.menus().about()->trigger();
+    auto* about = window.findChild<QDialog*>(QStringLiteral("frmAbout"));
+    ASSERT_NE(about, nullptr);
+    EXPECT_TRUE(about->isVisible());
+    EXPECT_EQ(about->windowTitle(), QStringLiteral("About Korvel"));
+    const QString version = about->findChild<QLabel*>(QStringLiteral("lblVersion"))->text();
+    EXPECT_TRUE(version.contains(QStringLiteral("1.5 Build 12"))) << version.toStdString();
+    QTest::mouseClick(about->findChild<korvel::ui::GoldButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+    EXPECT_FALSE(about->isVisible());
+}
+
+TEST(MainWindowMenus, rightButtonReleasedOverTheConfiguratorOpensItsMenuOnly) {
+    const struct {
+        Mode pane;
+        Qt::MouseButton button;
+        bool opens;
+    } cases[] = {
+        {Mode::Configurator, Qt::RightButton, true},
+        {Mode::Configurator, Qt::LeftButton, false},
+        {Mode::Mounter, Qt::RightButton, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(korvel::ui::modeName(c.pane).toStdString() + (c.button == Qt::RightButton ? " right" : " left"));
+        WindowFixture f;
+        auto& window = f.open();
+        window.showMode(c.pane, "0");
+        QMenu* menu = window.menus().configuratorMenu();
+        QTest::mouseRelease(window.pane(c.pane), c.button, Qt::NoModifier, QPoint(50, 50));
+        EXPECT_EQ(menu->isVisible(), c.opens);
+        if (c.opens) {
+            EXPECT_EQ(menu->actions().value(0)->objectName(), QStringLiteral("mnuFixRegistry"));
+        }
+        menu->hide();
+    }
 }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace korvel::testing {
 namespace {
 
@@ -70,6 +72,74 @@ TEST(StartupFlow, commandLineNamesAProfileOrAnArchive) {
     EXPECT_FALSE(rig.start({QStringLiteral("mtm2")}));
     EXPECT_EQ(rig.app->exitCode(), 1);
     EXPECT_EQ(rig.drive.dialogs().lastMessage().title, QStringLiteral("Unexpected Error"));
+}
+
+TEST(StartupFlow, theProfilesDialogLeftByItsFrameEndsOnlyTheFirstStart) {
+    // At the very first start, closing the dialog ends the program (by the user's choice).
+    AppRig first;
+    whenShown(QStringLiteral("frmGames"), [](QWidget* form) { form->close(); });
+    EXPECT_FALSE(first.start());
+    EXPECT_EQ(first.app->exitCode(), 0);
+
+    // From File > Switch game, Esc or the frame keeps the current game; Exit ends the program.
+    const struct {
+        const char* name;
+        std::function<void(QWidget*)> leave;
+        bool ends;
+    } cases[] = {
+        {"Esc", [](QWidget* form) { QTest::keyClick(child(form, "lstGames"), Qt::Key_Escape); }, false},
+        {"frame", [](QWidget* form) { form->close(); }, false},
+        {"Exit", [](QWidget* form) { QTest::mouseClick(child(form, "cmdExit"), Qt::LeftButton); }, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        AppRig rig;
+        rig.addGame("MTM2");
+        GameLayout other;
+        other.folder = "C:\\Games\\4x4";
+        rig.addGame("4x4", other);
+        ASSERT_TRUE(rig.start({QStringLiteral("4x4")}));
+        QSignalSpy finished(rig.app.get(), &app::KorvelApplication::finished);
+        whenShown(QStringLiteral("frmGames"), c.leave);
+        rig.app->switchGame();
+        EXPECT_EQ(finished.count(), c.ends ? 1 : 0);
+        EXPECT_EQ(rig.app->window() != nullptr, !c.ends);
+        if (!c.ends) {
+            EXPECT_TRUE(rig.window().isVisible());
+            EXPECT_EQ(rig.app->session().currentGame, "4x4");
+            EXPECT_EQ(rig.app->session().location, "C:\\Games\\4x4");
+        }
+    }
+}
+
+TEST(StartupFlow, aDamagedSoleProfileIsExplainedThenOfferedForRemovalAndReAdding) {
+    AppRig rig;
+    rig.addGame("MTM2");
+    rig.store.writeProfile("MTM2", settings::kMmpa, "Error");
+    rig.drive.dialogs().chooseFiles({"C:\\Games\\MTM2\\monster.exe"}).typeInput(QStringLiteral("MTM2"));
+    int listed = -1;
+    whenShown(QStringLiteral("frmGames"), [&](QWidget* form) {
+        listed = child<QListWidget>(form, "lstGames")->count();
+        QTest::mouseClick(child(form, "cmdRemove"), Qt::LeftButton);
+        QTest::mouseClick(child(form, "cmdAdd"), Qt::LeftButton);
+        QTest::mouseClick(child(form, "cmdLoad"), Qt::LeftButton);
+    });
+    ASSERT_TRUE(rig.start());
+    EXPECT_EQ(listed, 1);
+    const ScriptedDialogs& dialogs = rig.drive.dialogs();
+    ASSERT_FALSE(dialogs.messages().empty());
+    EXPECT_EQ(dialogs.messages().front().title, QStringLiteral("Unexpected Error"));
+    EXPECT_TRUE(dialogs.messages().front().text.startsWith(
+        QStringLiteral("Sorry, but your Korvel game configuration data has been corrupted.")));
+    EXPECT_EQ(rig.store.readProfile("MTM2", settings::kMmpa), "99");
+    EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Mounter]"));
+
+    // Leaving the dialog instead ends the program after the message, as before.
+    AppRig left;
+    left.addGame("MTM2");
+    left.store.writeProfile("MTM2", settings::kMmpa, "Error");
+    whenShown(QStringLiteral("frmGames"), [](QWidget* form) { form->close(); });
+    EXPECT_FALSE(left.start());
 }
 
 } // namespace

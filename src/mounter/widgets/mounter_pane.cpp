@@ -5,6 +5,7 @@
 #include "platform/services.h"
 #include "splitter_bar.h"
 #include "startup/session.h"
+#include "ui/kit/anchors.h"
 #include "ui/kit/gold_button.h"
 #include "ui/kit/twips.h"
 
@@ -34,6 +35,9 @@ constexpr int kButtonLeft = 5160;
 constexpr int kButtonWidth = 1650;
 constexpr int kButtonHeight = 375;
 constexpr int kButtonPitch = 450;
+// The pane's designed size; it grows with the window.
+constexpr int kPaneWidth = 6930;
+constexpr int kPaneHeight = 6000;
 
 // The report view of one Mounter list. A drag carries the selected rows and leaves the list
 // itself alone: the drop moves them.
@@ -130,6 +134,11 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     connect(&m_mounter, &Mounter::counterChanged, this, &MounterPane::showCounter);
 
     buildMenus();
+    m_anchors = std::make_unique<ui::Anchors>(*this, QSize(kPaneWidth, kPaneHeight));
+    for (QWidget* control : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (!control->isWindow() && control->x() >= ui::twipsToPixels(kButtonLeft, this) - 1)
+            m_anchors->add(control, ui::Anchors::FollowRight);
+    }
     layoutLists();
 }
 
@@ -207,10 +216,26 @@ void MounterPane::setSplitterTop(int twips) {
 }
 
 void MounterPane::layoutLists() {
+    // What the pane has beyond its designed size widens both lists and lengthens the unmounted one.
+    const QSize extra = m_anchors->extra();
+    const auto grown = [&extra](QRect rect, bool taller) {
+        rect.setWidth(rect.width() + extra.width());
+        if (taller)
+            rect.setHeight(rect.height() + extra.height());
+        return rect;
+    };
     const MounterSplit split = mounterSplit(m_splitterTop, kBarHeight, kListsBottom);
-    m_mountedList->setGeometry(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this));
-    m_splitterBar->setGeometry(ui::twipsRect(kListLeft, m_splitterTop, kListWidth, kBarHeight, this));
-    m_unmountedList->setGeometry(ui::twipsRect(kListLeft, split.unmountedTop, kListWidth, split.unmountedHeight, this));
+    m_mountedList->setGeometry(
+        grown(ui::twipsRect(kListLeft, kMountedTop, kListWidth, split.mountedHeight, this), false));
+    m_splitterBar->setGeometry(grown(ui::twipsRect(kListLeft, m_splitterTop, kListWidth, kBarHeight, this), false));
+    m_unmountedList->setGeometry(
+        grown(ui::twipsRect(kListLeft, split.unmountedTop, kListWidth, split.unmountedHeight, this), true));
+}
+
+void MounterPane::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    m_anchors->place();
+    layoutLists();
 }
 
 void MounterPane::barPressed() {

@@ -5,10 +5,13 @@
 
 #include <QWidget>
 
+#include <memory>
+
 class QAction;
 class QLabel;
 class QMenu;
 class QProgressBar;
+class QResizeEvent;
 class QTreeView;
 
 namespace korvel {
@@ -20,14 +23,17 @@ class SettingsStore;
 class SplitterBar;
 
 namespace ui {
+class Anchors;
 class GoldButton;
-}
+} // namespace ui
 
 // The Mounter pane (`fraMount`'s content): the mounted and the unmounted list with their buttons,
 // keys, context menus, drag and drop, the counter and the splitter bar between the lists. Every
 // event is handed to the Mounter core with the rows selected in the list views, which alone keep
 // the selection; the views then select what the core answers. A failed save is shown in a message
 // box.
+//
+// The lists grow with the pane when the window is resized; the buttons keep to its right edge.
 //
 // The application calls it at opening (the lists, then the splitter), for the Play and Continue
 // buttons and at closing (unsaved changes of the mounted list).
@@ -60,6 +66,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QTreeView* makeList(const char* name, MountedModel* model);
@@ -100,6 +107,7 @@ private:
     QMenu* m_mountedMenu = nullptr;
     QMenu* m_unmountedMenu = nullptr;
     int m_splitterTop = 3070;
+    std::unique_ptr<ui::Anchors> m_anchors;
 };
 
 } // namespace korvel

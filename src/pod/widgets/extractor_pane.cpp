@@ -14,6 +14,7 @@
 #include "startup/session.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
+#include "ui/kit/anchors.h"
 #include "ui/kit/gold_button.h"
 #include "ui/kit/twips.h"
 
@@ -22,6 +23,7 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -29,13 +31,19 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QProgressBar>
+#include <QStyle>
 #include <QTableView>
+#include <QToolTip>
 
 #include <algorithm>
 
 namespace korvel {
 
 namespace {
+
+// The pane's designed size in twips; it grows with the window.
+constexpr int kPaneWidth = 6930;
+constexpr int kPaneHeight = 6000;
 
 // How often a running extraction lets the window repaint.
 constexpr qint64 kRepaintMilliseconds = 40;
@@ -50,14 +58,6 @@ constexpr Caption kConvertCaptions[] = {
     {"mnuConvertTo_1", "to &Drag"},   {"mnuConvertTo_2", "to &Circuit"},  {"mnuConvertTo_3", "to &Rally"},
     {"mnuConvertTo_4", "to R&umble"}, {"mnuConvertTo_5", "to &Bomb Tag"},
 };
-
-bool isCorruptFault(const Failure& failure) {
-    return failure.kind == FailureKind::ReadError && failure.message == corruptPodText();
-}
-
-Failure archiveAlreadyOpen() {
-    return unexpectedError(unexpectedErrorText(55, QStringLiteral("File already open")));
-}
 
 } // namespace
 
@@ -104,14 +104,12 @@ void ExtractorPane::buildControls() {
     m_fileList->horizontalHeader()->setHighlightSections(false);
     // The number columns are as wide as their captions; the name takes what is left.
     const QFontMetrics header(m_fileList->horizontalHeader()->font());
-    int numbers = 0;
     for (int column = ListingModel::SizeColumn; column < ListingModel::ColumnCount; ++column) {
         const int width = header.horizontalAdvance(m_model->headerData(column, Qt::Horizontal).toString()) + 18;
         m_fileList->setColumnWidth(column, width);
-        numbers += width;
+        m_numbersWidth += width;
     }
-    m_fileList->setColumnWidth(ListingModel::NameColumn,
-                               std::max(ui::twipsToPixels(1200, this), m_fileList->width() - numbers - 22));
+    fitNameColumn();
     m_fileList->installEventFilter(this);
     m_fileList->viewport()->installEventFilter(this);
     connect(m_fileList, &QTableView::doubleClicked, this, [this] { extractFromList(); });
@@ -162,6 +160,35 @@ void ExtractorPane::buildControls() {
     m_extractButton->setGeometry(ui::twipsRect(5745, 5040, 1065, 375, this));
     connect(m_exportButton, &ui::GoldButton::clicked, this, &ExtractorPane::exportClicked);
     connect(m_extractButton, &ui::GoldButton::clicked, this, &ExtractorPane::extractClicked);
+    anchorControls();
+}
+
+void ExtractorPane::anchorControls() {
+    using ui::Anchors;
+    m_anchors = std::make_unique<Anchors>(*this, QSize(kPaneWidth, kPaneHeight));
+    m_anchors->add(m_browser->fileBox(), Anchors::GrowHeight);
+    m_anchors->add(m_fileList, Anchors::GrowWidth | Anchors::GrowHeight);
+    for (QLineEdit* box : {m_nameBox, m_sizeBox, m_typeBox, m_editorBox, m_totalBox}) {
+        m_anchors->add(box, Anchors::GrowWidth | Anchors::FollowBottom);
+        if (QWidget* label = findChild<QLabel*>(box->objectName().replace(0, 3, QStringLiteral("lbl"))))
+            m_anchors->add(label, Anchors::FollowBottom);
+    }
+    m_anchors->add(m_progressBar, Anchors::GrowWidth | Anchors::FollowBottom);
+    m_anchors->add(m_statusLabel, Anchors::GrowWidth | Anchors::FollowBottom);
+    m_anchors->add(m_exportButton, Anchors::FollowRight | Anchors::FollowBottom);
+    m_anchors->add(m_extractButton, Anchors::FollowRight | Anchors::FollowBottom);
+    m_anchors->add(m_recentBox, Anchors::GrowWidth | Anchors::FollowBottom);
+}
+
+void ExtractorPane::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    m_anchors->place();
+    fitNameColumn();
+}
+
+void ExtractorPane::fitNameColumn() {
+    m_fileList->setColumnWidth(ListingModel::NameColumn,
+                               std::max(ui::twipsToPixels(1200, this), m_fileList->width() - m_numbersWidth - 22));
 }
 
 void ExtractorPane::buildFileMenu() {
@@ -224,14 +251,15 @@ bool ExtractorPane::autosort() {
 }
 
 bool ExtractorPane::ListPOD(const std::string& folder, const std::string& file) {
-    if (m_working || !beginListing(folder, file))
+    if (m_working)
         return false;
+    beginListing(folder, file);
     QElapsedTimer clock;
     clock.start();
     return showListing(korvel::ListPOD(m_services.files, folder + file), clock);
 }
 
-bool ExtractorPane::beginListing(const std::string& folder, const std::string& file) {
+void ExtractorPane::beginListing(const std::string& folder, const std::string& file) {
     m_folder = folder;
     m_file = file;
     m_browser->setGameFolder(m_session.location);
@@ -244,14 +272,6 @@ bool ExtractorPane::beginListing(const std::string& folder, const std::string& f
     m_extractButton->setEnabled(true);
     m_fileList->setEnabled(true);
     m_model->clear();
-    if (m_archiveLeftOpen) {
-        // The extraction that stopped midway still held the archive; this listing closes it.
-        m_archiveLeftOpen = false;
-        m_busy = false;
-        report(archiveAlreadyOpen());
-        return false;
-    }
-    return true;
 }
 
 bool ExtractorPane::showListing(Result<PodDirectory> listing, const QElapsedTimer& clock) {
@@ -306,33 +326,40 @@ void ExtractorPane::setExtractControlsEnabled(bool enabled) {
 }
 
 void ExtractorPane::recover() {
-    m_archiveLeftOpen = false;
     setExtractControlsEnabled(true);
     m_busy = false;
+}
+
+void ExtractorPane::explainBusy() {
+    m_statusLabel->setText(QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
+}
+
+QString ExtractorPane::nameToolTip(const QModelIndex& index) const {
+    if (!index.isValid() || index.column() != ListingModel::NameColumn)
+        return QString();
+    const QString name = index.data().toString();
+    // The cell's text area: the column less the view's margins on both sides.
+    const int room = m_fileList->columnWidth(ListingModel::NameColumn) -
+                     2 * (m_fileList->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_fileList) + 1);
+    return m_fileList->fontMetrics().horizontalAdvance(name) > room ? name : QString();
 }
 
 void ExtractorPane::report(const Failure& failure) {
     m_services.dialogs.message(failure.title(), failure.message, MessageIcon::Critical);
 }
 
-bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::string& destination, OnFault onFault) {
+bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::string& destination) {
     if (m_working)
         return false;
     beginRun(entries.size());
-    if (m_archiveLeftOpen) {
-        m_working = false;
-        stopRun(archiveAlreadyOpen(), false, onFault);
-        return false;
-    }
-    bool opened = false;
     QElapsedTimer sincePaint;
     sincePaint.start();
     Result<ExtractSummary> done = korvel::ExtractFiles(
         m_services.files, m_model->listing(), entries, destination, {},
-        [&](int count, int, const std::string& name) { showProgress(count, name, opened, sincePaint); });
+        [&](int count, int, const std::string& name) { showProgress(count, name, sincePaint); });
     m_working = false;
     if (!done) {
-        stopRun(done.failure(), opened, onFault);
+        stopRun(done.failure());
         return false;
     }
     endRun(*done, entries.size());
@@ -348,8 +375,7 @@ void ExtractorPane::beginRun(size_t entries) {
     m_working = true;
 }
 
-void ExtractorPane::showProgress(int done, const std::string& name, bool& opened, QElapsedTimer& sincePaint) {
-    opened = true;
+void ExtractorPane::showProgress(int done, const std::string& name, QElapsedTimer& sincePaint) {
     m_progressBar->setValue(done);
     if (!name.empty())
         m_statusLabel->setText(extractingText(name));
@@ -366,27 +392,21 @@ void ExtractorPane::endRun(const ExtractSummary& summary, size_t entries) {
     m_busy = false;
 }
 
-void ExtractorPane::stopRun(const Failure& fault, bool opened, OnFault onFault) {
-    // The run stopped midway: the busy flag stays set and the controls stay disabled.
-    m_archiveLeftOpen = m_archiveLeftOpen || opened;
-    if (isCorruptFault(fault)) {
-        report(fault);
-        return;
-    }
-    if (onFault == OnFault::Report) {
-        report(fault);
-        recover();
-    }
+void ExtractorPane::stopRun(const Failure& fault) {
+    // Whatever stopped the run (a corrupt directory, a folder that cannot be made, a read-only or
+    // full destination), the user reads why and the pane is back in working order.
+    report(fault);
+    recover();
 }
 
 void ExtractorPane::extractClicked() {
     if (!selectedRow())
         return;
-    ExtractFiles(selectedEntries(), m_browser->path(), OnFault::Silent);
+    ExtractFiles(selectedEntries(), m_browser->path());
 }
 
 void ExtractorPane::extractHere() {
-    ExtractFiles(selectedEntries(), m_browser->path(), OnFault::Report);
+    ExtractFiles(selectedEntries(), m_browser->path());
 }
 
 void ExtractorPane::extractTo() {
@@ -394,11 +414,11 @@ void ExtractorPane::extractTo() {
         m_services.dialogs.browseFolder(QStringLiteral("Extract to..."), m_session.location);
     if (!folder || folder->empty())
         return;
-    ExtractFiles(selectedEntries(), *folder, OnFault::Silent);
+    ExtractFiles(selectedEntries(), *folder);
 }
 
 void ExtractorPane::extractFromList() {
-    ExtractFiles(selectedEntries(), m_browser->path(), OnFault::Report);
+    ExtractFiles(selectedEntries(), m_browser->path());
 }
 
 void ExtractorPane::massExtract() {
@@ -421,14 +441,14 @@ void ExtractorPane::runMassExtract() {
 
     bool extracting = false; // between an archive's first and last entry
     size_t rowCount = 0;
-    bool opened = false;
     QElapsedTimer sincePaint;
     MassExtractHooks hooks;
     hooks.listed = [&](const std::string& path, const Result<PodDirectory>& listing) {
         QElapsedTimer clock;
         clock.start();
         // A listing's fault is shown and the next archive follows.
-        return beginListing(FolderOf(path), FileNameOf(path)) && showListing(listing, clock);
+        beginListing(FolderOf(path), FileNameOf(path));
+        return showListing(listing, clock);
     };
     hooks.rows = [&](const PodDirectory&) {
         m_fileList->selectAll();
@@ -438,12 +458,11 @@ void ExtractorPane::runMassExtract() {
             entries.push_back(m_model->entryIndex(row));
         extracting = true;
         rowCount = entries.size();
-        opened = false;
         sincePaint.start();
         beginRun(rowCount);
         return entries;
     };
-    hooks.progress = [&](int done, int, const std::string& name) { showProgress(done, name, opened, sincePaint); };
+    hooks.progress = [&](int done, int, const std::string& name) { showProgress(done, name, sincePaint); };
     hooks.extracted = [&](const ExtractSummary& summary) {
         extracting = false;
         m_working = false;
@@ -455,7 +474,7 @@ void ExtractorPane::runMassExtract() {
         return;
     if (extracting) {
         // A run that stops midway stops the whole mass extraction.
-        stopRun(status.failure(), opened, OnFault::Report);
+        stopRun(status.failure());
         return;
     }
     report(status.failure()); // an archive of the list is gone
@@ -531,6 +550,14 @@ bool ExtractorPane::eventFilter(QObject* watched, QEvent* event) {
             extractFromList();
             return true;
         }
+    } else if (watched == m_fileList->viewport() && event->type() == QEvent::ToolTip) {
+        auto* help = static_cast<QHelpEvent*>(event);
+        const QString tip = nameToolTip(m_fileList->indexAt(help->pos()));
+        if (tip.isEmpty())
+            QToolTip::hideText();
+        else
+            QToolTip::showText(help->globalPos(), tip, m_fileList->viewport());
+        return true;
     } else if (watched == m_fileList->viewport() && event->type() == QEvent::MouseButtonRelease) {
         auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() == Qt::RightButton) {

@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,8 @@ class QLabel;
 class QLineEdit;
 class QMenu;
 class QProgressBar;
+class QModelIndex;
+class QResizeEvent;
 class QTableView;
 
 namespace korvel {
@@ -28,8 +31,9 @@ class RecentArchivesBox;
 struct ExtractSummary;
 
 namespace ui {
+class Anchors;
 class GoldButton;
-}
+} // namespace ui
 
 // The Extractor pane (`fraExtract`'s contents): the drive, folder and file boxes, the file list
 // `lstFiles` of the listed archive with its information boxes, the extraction buttons and progress
@@ -41,10 +45,11 @@ class GoldButton;
 // painting and the progress bar moves (pending non-input events are let through between entries);
 // the busy flag keeps the main window from closing meanwhile.
 //
-// Faults that the extraction commands cannot recover from on their own: `cmdExtract` and
-// `mnuExtractTo` end silently, leaving the busy flag set and the extraction controls disabled, as a
-// corrupt archive does; `mnuExtract`, `mnuMass`, the list's double click and Enter, the export and
-// the track tools show the fault in a message box and put the pane back in working order.
+// Every command shows its fault in a message box and puts the pane back in working order: an
+// extraction that stops midway (a corrupt directory, a folder that cannot be made, a read-only or
+// full destination) enables its controls again and clears the busy flag. The window can be
+// resized: the lists and the boxes below them grow with the pane, the file list's Name column
+// takes the width, and a name too long for it shows whole as the row's tooltip.
 class ExtractorPane : public QWidget {
     Q_OBJECT
 public:
@@ -63,6 +68,10 @@ public:
     std::string listedArchive() const { return m_folder + m_file; }
     // True while an archive is being listed or extracted; the window must not close meanwhile.
     bool archiveBusy() const { return m_busy; }
+    // Says in the status line that the window waits for the extraction to finish before closing.
+    void explainBusy();
+    // The tooltip of a file-list cell: the whole name when the Name column cuts it short.
+    QString nameToolTip(const QModelIndex& index) const;
     // `mnuMass`: asks, then lists and extracts every archive of the game folder into it.
     void massExtract();
 
@@ -92,30 +101,31 @@ signals:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    enum class OnFault { Silent, Report };
-
     void buildControls();
+    void anchorControls();
+    // The Name column takes the list's width less the number columns.
+    void fitNameColumn();
     void buildFileMenu();
     void restoreFileMenu();
     bool autosort();
     std::vector<size_t> selectedEntries() const;
     std::optional<int> selectedRow() const;
     // The extraction of `entries` into `destination`; true when it finished.
-    bool ExtractFiles(const std::vector<size_t>& entries, const std::string& destination, OnFault onFault);
+    bool ExtractFiles(const std::vector<size_t>& entries, const std::string& destination);
     void runMassExtract();
-    // Listing: the folder and file become the listed archive; false (after showing why) when an
-    // extraction that stopped midway still held an archive.
-    bool beginListing(const std::string& folder, const std::string& file);
+    // Listing: the folder and file become the listed archive.
+    void beginListing(const std::string& folder, const std::string& file);
     // Shows a listing (or its failure) and remembers the archive; false when it failed.
     bool showListing(Result<PodDirectory> listing, const QElapsedTimer& clock);
-    // An extraction run: its start, each entry, its end, and a stop midway (the busy flag then stays
-    // set and the controls stay disabled, unless the fault is reported and the pane recovers).
+    // An extraction run: its start, each entry, its end, and a stop midway (reported, then the pane
+    // recovers).
     void beginRun(size_t entries);
-    void showProgress(int done, const std::string& name, bool& opened, QElapsedTimer& sincePaint);
+    void showProgress(int done, const std::string& name, QElapsedTimer& sincePaint);
     void endRun(const ExtractSummary& summary, size_t entries);
-    void stopRun(const Failure& fault, bool opened, OnFault onFault);
+    void stopRun(const Failure& fault);
     void setExtractControlsEnabled(bool enabled);
     void recover();
     void report(const Failure& failure);
@@ -137,6 +147,8 @@ private:
     QProgressBar* m_progressBar = nullptr;
     ui::GoldButton* m_exportButton = nullptr;
     ui::GoldButton* m_extractButton = nullptr;
+    std::unique_ptr<ui::Anchors> m_anchors;
+    int m_numbersWidth = 0;
 
     QMenu* m_fileMenu = nullptr;
     QAction* m_extractHereAction = nullptr;
@@ -148,8 +160,7 @@ private:
     std::string m_folder; // the listed archive's folder, with its trailing "\"
     std::string m_file;
     bool m_busy = false;
-    bool m_working = false;         // an extraction is running in this handler now
-    bool m_archiveLeftOpen = false; // an extraction stopped midway and left its archive open
+    bool m_working = false; // an extraction is running in this handler now
 };
 
 } // namespace korvel
