@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     buffer.open(QIODevice::ReadOnly);
     korvel::Result<korvel::PodDirectory> listing = korvel::listPodFrom(buffer, "C:\\FUZZ\\FUZZ.POD");
     if (listing.ok()) {
-        for (const korvel::PodEntry& entry : listing->entries) {
+        for (const korvel::PodEntry entry : listing->entries) {
             if (entry.end != static_cast<qint64>(entry.start) + entry.size)
                 __builtin_trap();
         }

@@ -82,27 +82,83 @@ Result<PodDirectory> listArchive(const HostFiles& host, const QString& archive) 
     return ListPOD(host.files, *path);
 }
 
-QString text(const std::string& gameText) {
+QString text(std::string_view gameText) {
     return fromGameText(gameText);
 }
 
 // Appends game text as UTF-8; plain ASCII is copied as it stands.
-void appendUtf8(std::string& out, const std::string& gameText) {
+void appendUtf8(std::string& out, std::string_view gameText) {
     for (char c : gameText) {
         if (static_cast<unsigned char>(c) >= 0x80) {
             out += fromGameText(gameText).toStdString();
             return;
         }
     }
-    out += gameText;
+    out.append(gameText);
 }
 
-const PodEntry* findEntry(const PodDirectory& listing, const QString& name) {
+// The name as the commands match it: blanks at both ends do not count.
+std::string_view trimmedName(std::string_view name) {
+    while (!name.empty() && name.front() == ' ')
+        name.remove_prefix(1);
+    while (!name.empty() && name.back() == ' ')
+        name.remove_suffix(1);
+    return name;
+}
+
+std::optional<PodEntry> findEntry(const PodDirectory& listing, const QString& name) {
     const std::string wanted = trimBlanks(toGameText(name));
-    for (const PodEntry& entry : listing.entries)
-        if (equalsIgnoreCase(trimBlanks(entry.name), wanted))
-            return &entry;
-    return nullptr;
+    for (const PodEntry entry : listing.entries)
+        if (equalsIgnoreCase(trimmedName(entry.name), wanted))
+            return entry;
+    return std::nullopt;
+}
+
+// Standard output written through one buffer, handed to the system in large pieces.
+class OutputBuffer {
+public:
+    OutputBuffer() { m_text.reserve(kFlushAt + 4096); }
+    ~OutputBuffer() { flush(); }
+    std::string& text() { return m_text; }
+    void flushIfFull() {
+        if (m_text.size() >= kFlushAt)
+            flush();
+    }
+    void flush() {
+        std::fwrite(m_text.data(), 1, m_text.size(), stdout);
+        m_text.clear();
+    }
+
+private:
+    static constexpr size_t kFlushAt = size_t(256) << 10;
+    std::string m_text;
+};
+
+// A JSON string of game text.
+void appendJsonString(std::string& out, std::string_view gameText) {
+    const size_t from = out.size();
+    out += '"';
+    for (char c : gameText) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) {
+            const QByteArray escaped =
+                QJsonDocument(QJsonArray{fromGameText(gameText)}).toJson(QJsonDocument::Compact);
+            out.resize(from);
+            out.append(escaped.constData() + 1, size_t(escaped.size() - 2));
+            return;
+        }
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (byte < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", byte);
+            out += escape;
+        } else {
+            out += c;
+        }
+    }
+    out += '"';
 }
 
 int runList(const QStringList& args) {
@@ -122,26 +178,38 @@ int runList(const QStringList& args) {
     if (!listing)
         return refusedWith(listing.failure());
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
-    const std::vector<const PodEntry*> rows = displayOrder(*listing, parser.isSet(sort));
+    const std::vector<quint32> rows = displayOrder(*listing, parser.isSet(sort));
+    const PodEntries& entries = listing->entries;
 
     if (parser.isSet(json)) {
-        QJsonArray entries;
-        for (const PodEntry* entry : rows) {
-            entries.append(QJsonObject{{QStringLiteral("name"), text(entry->name)},
-                                       {QStringLiteral("size"), entry->size},
-                                       {QStringLiteral("start"), entry->start},
-                                       {QStringLiteral("end"), entry->end}});
+        // The rows are written by hand into one buffer: a hundred thousand of them as JSON objects
+        // would take longer to build than to read.
+        const QJsonObject head{{QStringLiteral("archive"), text(listing->fileName)},
+                               {QStringLiteral("format"), text(listing->formatName())},
+                               {QStringLiteral("comment"), text(listing->comment)},
+                               {QStringLiteral("size"), static_cast<double>(listing->archiveSize)},
+                               {QStringLiteral("type"), text(listing->typeText)},
+                               {QStringLiteral("editor"), text(listing->editorText)},
+                               {QStringLiteral("total"), listing->headerCount},
+                               {QStringLiteral("status"), listedStatusText(*listing, seconds)}};
+        QByteArray document = QJsonDocument(head).toJson(QJsonDocument::Indented);
+        document.chop(3); // "\n}\n"
+        out().flush();
+        OutputBuffer buffer;
+        std::string& table = buffer.text();
+        table.append(document.constData(), size_t(document.size()));
+        table += ",\n    \"entries\": [";
+        for (size_t i = 0; i < rows.size(); ++i) {
+            const PodEntry entry = entries[rows[i]];
+            table += i == 0 ? "\n        {\"name\": " : ",\n        {\"name\": ";
+            appendJsonString(table, entry.name);
+            table += ", \"size\": " + std::to_string(entry.size) + ", \"start\": " + std::to_string(entry.start) +
+                     ", \"end\": " + std::to_string(entry.end) + "}";
+            buffer.flushIfFull();
         }
-        const QJsonObject object{{QStringLiteral("archive"), text(listing->fileName)},
-                                 {QStringLiteral("format"), text(listing->formatName())},
-                                 {QStringLiteral("comment"), text(listing->comment)},
-                                 {QStringLiteral("size"), static_cast<double>(listing->archiveSize)},
-                                 {QStringLiteral("type"), text(listing->typeText)},
-                                 {QStringLiteral("editor"), text(listing->editorText)},
-                                 {QStringLiteral("total"), listing->headerCount},
-                                 {QStringLiteral("entries"), entries},
-                                 {QStringLiteral("status"), listedStatusText(*listing, seconds)}};
-        out() << QJsonDocument(object).toJson(QJsonDocument::Indented);
+        table += rows.empty() ? "]\n}\n" : "\n    ]\n}\n";
+        buffer.flush();
+        std::fflush(stdout);
         return kExitOk;
     }
 
@@ -152,15 +220,23 @@ int runList(const QStringList& args) {
     lines += QStringLiteral("Editor Used: ") + text(listing->editorText) + QLatin1Char('\n');
     lines += QStringLiteral("Total Files: ") + text(listing->totalText()) + QStringLiteral("\n\n");
     out() << lines;
-    // One buffer for every row: listings run to a hundred thousand rows.
-    std::string table;
-    table.reserve(rows.size() * 48);
-    for (const PodEntry* entry : rows) {
-        appendUtf8(table, entry->name);
-        table += '\t' + AddCommas(entry->size) + '\t' + AddCommas(entry->start) + '\t' + AddCommas(entry->end) + '\n';
-    }
     out().flush();
-    std::fwrite(table.data(), 1, table.size(), stdout);
+    // One buffer for every row: listings run to a hundred thousand rows.
+    OutputBuffer buffer;
+    std::string& table = buffer.text();
+    for (quint32 row : rows) {
+        const PodEntry entry = entries[row];
+        appendUtf8(table, entry.name);
+        table += '\t';
+        appendWithCommas(table, entry.size);
+        table += '\t';
+        appendWithCommas(table, entry.start);
+        table += '\t';
+        appendWithCommas(table, entry.end);
+        table += '\n';
+        buffer.flushIfFull();
+    }
+    buffer.flush();
     std::fflush(stdout);
     return kExitOk;
 }
@@ -170,7 +246,7 @@ class ProgressLine {
 public:
     ProgressLine() : m_enabled(korvel_isatty(korvel_fileno(stderr)) != 0) { m_clock.start(); }
 
-    void update(int done, int total, const std::string& name) {
+    void update(int done, int total, std::string_view name) {
         if (!m_enabled || m_clock.elapsed() < 500 || (done < total && m_last.isValid() && m_last.elapsed() < 100))
             return;
         m_last.start();
@@ -218,7 +294,7 @@ int runExtract(const QStringList& args) {
             const std::string wanted = trimBlanks(toGameText(name));
             const size_t before = rows.size();
             for (size_t i = 0; i < listing->entries.size(); ++i)
-                if (equalsIgnoreCase(trimBlanks(listing->entries[i].name), wanted))
+                if (equalsIgnoreCase(trimmedName(listing->entries.nameAt(i)), wanted))
                     rows.push_back(i);
             if (rows.size() == before)
                 return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(name)));
@@ -235,7 +311,7 @@ int runExtract(const QStringList& args) {
     ProgressLine progress;
     const Result<ExtractSummary> summary =
         ExtractFiles(host.files, *listing, rows, *gameDestination, ExtractOptions{true, true},
-                     [&progress](int done, int total, const std::string& name) { progress.update(done, total, name); });
+                     [&progress](int done, int total, std::string_view name) { progress.update(done, total, name); });
     if (!summary)
         return refusedWith(summary.failure());
     out() << extractedSummaryText(*summary) << '\n';
@@ -288,7 +364,7 @@ int runPatch(const QStringList& args, bool convert) {
     const Result<PodDirectory> listing = listArchive(host, positional[0]);
     if (!listing)
         return refusedWith(listing.failure());
-    const PodEntry* entry = findEntry(*listing, positional[1]);
+    const std::optional<PodEntry> entry = findEntry(*listing, positional[1]);
     if (!entry)
         return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(positional[1])));
 

@@ -5,11 +5,13 @@
 #include "platform/game_text.h"
 
 #include <QFile>
+#include <QtEndian>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <optional>
 
 namespace korvel {
@@ -20,19 +22,22 @@ constexpr qint64 kPod1Header = 84;
 constexpr qint64 kPod1Record = 40;
 constexpr qint64 kPod2Header = 96;
 constexpr qint64 kPod2Record = 20;
-constexpr qint64 kDirectoryChunk = qint64(8) << 20;  // records read per call, in bytes
+constexpr qint64 kDirectoryChunk = qint64(1) << 20;  // directory bytes read per call
+constexpr qint64 kNameChunk = qint64(64) << 10;      // name-table bytes read per call
 constexpr qint64 kTrackInfoLimit = qint64(16) << 20; // a track-information file is a few kilobytes
 
 qint32 int32At(const char* bytes) {
     quint32 value = 0;
-    for (int i = 0; i < 4; ++i)
-        value |= quint32(static_cast<unsigned char>(bytes[i])) << (8 * i);
+    std::memcpy(&value, bytes, 4);
+#if Q_BYTE_ORDER == Q_BIG_ENDIAN
+    value = qFromLittleEndian(value);
+#endif
     return static_cast<qint32>(value);
 }
 
-std::string textUpToNul(const char* bytes, size_t width) {
+std::string_view textUpToNul(const char* bytes, size_t width) {
     const void* nul = std::memchr(bytes, '\0', width);
-    return std::string(bytes, nul ? static_cast<const char*>(nul) - bytes : width);
+    return std::string_view(bytes, nul ? static_cast<size_t>(static_cast<const char*>(nul) - bytes) : width);
 }
 
 bool fitsInt32(qint64 value) {
@@ -60,17 +65,32 @@ bool readAt(QIODevice& file, qint64 offset, qint64 length, std::string& out) {
     return true;
 }
 
-struct Reader {
+} // namespace
+
+void PodEntries::add(std::string_view name, qint32 size, qint32 start) {
+    m_rows.push_back(Row{static_cast<quint32>(m_names.size()), static_cast<quint32>(name.size()), size, start});
+    m_names.append(name);
+}
+
+void PodEntries::clear() {
+    m_rows.clear();
+    m_names.clear();
+}
+
+struct PodReader {
     QIODevice& file;
     PodDirectory& listing;
     qint32 sitSize = 0;
     qint32 sitStart = 0;
 
-    std::optional<Failure> addRow(std::string name, qint32 size, qint32 start) {
-        const qint64 end = qint64(start) + qint64(size);
-        if (!fitsInt32(end))
+    // Gives the row its numbers and classifies its name.
+    std::optional<Failure> finishRow(size_t index, qint32 size, qint32 start) {
+        if (!fitsInt32(qint64(start) + qint64(size)))
             return unreadable();
-        switch (classifyEntryName(name)) {
+        PodEntries::Row& row = listing.entries.m_rows[index];
+        row.size = size;
+        row.start = start;
+        switch (classifyEntryName(listing.entries.nameAt(index))) {
         case 1:
             sitSize = size;
             sitStart = start;
@@ -82,7 +102,12 @@ struct Reader {
         default:
             break;
         }
-        listing.entries.push_back(PodEntry{std::move(name), size, start, static_cast<qint32>(end)});
+        return std::nullopt;
+    }
+
+    std::optional<Failure> checkCount(qint64 count) const {
+        if (count > kMaxPodEntries)
+            return readError(tooManyEntriesText(count));
         return std::nullopt;
     }
 
@@ -91,13 +116,16 @@ struct Reader {
         if (!readAt(file, 0, kPod1Header, header))
             return podRuntimeFailure(75);
         listing.headerCount = int32At(header.data());
-        listing.comment = textUpToNul(header.data() + 4, 80);
+        listing.comment = std::string(textUpToNul(header.data() + 4, 80));
         const qint64 count = listing.headerCount;
         if (count <= 0)
             return std::nullopt;
         if (count > (listing.archiveSize - kPod1Header) / kPod1Record)
             return unreadable();
-        listing.entries.reserve(static_cast<size_t>(count));
+        if (auto failure = checkCount(count))
+            return failure;
+        PodEntries& entries = listing.entries;
+        entries.m_rows.reserve(static_cast<size_t>(count));
         std::string chunk;
         for (qint64 first = 0; first < count;) {
             const qint64 rows = std::min(count - first, kDirectoryChunk / kPod1Record);
@@ -105,7 +133,8 @@ struct Reader {
                 return podRuntimeFailure(75);
             for (qint64 i = 0; i < rows; ++i) {
                 const char* record = chunk.data() + i * kPod1Record;
-                if (auto failure = addRow(textUpToNul(record, 32), int32At(record + 32), int32At(record + 36)))
+                entries.add(textUpToNul(record, 32), 0, 0);
+                if (auto failure = finishRow(entries.size() - 1, int32At(record + 32), int32At(record + 36)))
                     return failure;
             }
             first += rows;
@@ -113,11 +142,52 @@ struct Reader {
         return std::nullopt;
     }
 
+    // Splits the name table at NUL bytes into the names of the first `count` rows, reading it piece by
+    // piece and stopping at the last name wanted: the table's length never decides what is held.
+    std::optional<Failure> readNames(qint64 offset, qint64 length, qint64 count) {
+        PodEntries& entries = listing.entries;
+        entries.m_rows.reserve(static_cast<size_t>(count));
+        std::string& names = entries.m_names;
+        size_t nameStart = 0;
+        auto endName = [&]() -> bool {
+            const size_t nameLength = names.size() - nameStart;
+            entries.m_rows.push_back(
+                PodEntries::Row{static_cast<quint32>(nameStart), static_cast<quint32>(nameLength), 0, 0});
+            nameStart = names.size();
+            return qint64(entries.m_rows.size()) < count;
+        };
+        std::string chunk;
+        for (qint64 done = 0; done < length;) {
+            const qint64 piece = std::min(length - done, kNameChunk);
+            if (!readAt(file, offset + done, piece, chunk))
+                return podRuntimeFailure(75);
+            done += piece;
+            const char* at = chunk.data();
+            const char* stop = at + chunk.size();
+            while (at < stop) {
+                const char* nul = static_cast<const char*>(std::memchr(at, '\0', size_t(stop - at)));
+                const char* cut = nul ? nul : stop;
+                names.append(at, size_t(cut - at));
+                if (qint64(names.size() - nameStart) > kMaxPodNameLength)
+                    return unreadable();
+                if (!nul)
+                    break;
+                if (!endName())
+                    return std::nullopt;
+                at = nul + 1;
+            }
+        }
+        endName(); // the text after the last NUL is one more name
+        if (qint64(entries.m_rows.size()) < count)
+            return podRuntimeFailure(9);
+        return std::nullopt;
+    }
+
     std::optional<Failure> readPod2() {
         std::string header;
         if (!readAt(file, 0, kPod2Header + 12, header))
             return podRuntimeFailure(75);
-        listing.comment = textUpToNul(header.data() + 8, 80);
+        listing.comment = std::string(textUpToNul(header.data() + 8, 80));
         listing.headerCount = int32At(header.data() + 88);
         const qint64 count = listing.headerCount;
         const qint64 firstStart = int32At(header.data() + 104);
@@ -133,15 +203,12 @@ struct Reader {
             return podRuntimeFailure(63);
         if (nameOffset > listing.archiveSize || nameLength > listing.archiveSize - nameOffset)
             return unreadable();
-        std::string table;
-        if (!readAt(file, nameOffset, nameLength, table))
-            return podRuntimeFailure(75);
-        std::vector<std::string> names = splitText(table, '\0');
         if (count <= 0)
             return std::nullopt;
-        if (static_cast<qint64>(names.size()) < count)
-            return podRuntimeFailure(9);
-        listing.entries.reserve(static_cast<size_t>(count));
+        if (auto failure = checkCount(count))
+            return failure;
+        if (auto failure = readNames(nameOffset, nameLength, count))
+            return failure;
         std::string chunk;
         for (qint64 first = 0; first < count;) {
             const qint64 rows = std::min(count - first, kDirectoryChunk / kPod2Record);
@@ -149,8 +216,7 @@ struct Reader {
                 return podRuntimeFailure(75);
             for (qint64 i = 0; i < rows; ++i) {
                 const char* record = chunk.data() + i * kPod2Record;
-                if (auto failure = addRow(std::move(names[static_cast<size_t>(first + i)]), int32At(record + 4),
-                                          int32At(record + 8)))
+                if (auto failure = finishRow(size_t(first + i), int32At(record + 4), int32At(record + 8)))
                     return failure;
             }
             first += rows;
@@ -188,7 +254,6 @@ struct Reader {
     }
 };
 
-} // namespace
 
 Failure podRuntimeFailure(int number) {
     QString description;
@@ -222,6 +287,12 @@ Failure podRuntimeFailure(int number) {
     return unexpectedError(unexpectedErrorText(number, description));
 }
 
+QString tooManyEntriesText(qint64 count) {
+    std::string number;
+    appendWithCommas(number, count);
+    return QStringLiteral("This POD lists %1 files, more than Korvel can show.").arg(QString::fromLatin1(number));
+}
+
 QString unreadablePodText() {
     return QStringLiteral(
         "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
@@ -235,14 +306,17 @@ std::string PodDirectory::totalText() const {
     return AddCommas(headerCount);
 }
 
-int classifyEntryName(const std::string& name) {
-    const std::string trimmed = trimTrailingBlanks(name);
-    if (trimmed.size() < 4)
+int classifyEntryName(std::string_view name) {
+    while (!name.empty() && name.back() == ' ')
+        name.remove_suffix(1);
+    if (name.size() < 4)
         return 0;
-    const std::string tail = upperGame(std::string_view(trimmed).substr(trimmed.size() - 4));
-    if (tail == ".SIT")
+    char tail[4];
+    for (size_t i = 0; i < 4; ++i)
+        tail[i] = upperGameChar(name[name.size() - 4 + i]);
+    if (std::memcmp(tail, ".SIT", 4) == 0)
         return 1;
-    return tail == ".TRK" ? 2 : 0;
+    return std::memcmp(tail, ".TRK", 4) == 0 ? 2 : 0;
 }
 
 Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path) {
@@ -267,7 +341,7 @@ Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {
     listing.magic = magic;
     listing.pod2 = magic == "POD2";
 
-    Reader reader{archive, listing};
+    PodReader reader{archive, listing};
     if (auto failure = listing.pod2 ? reader.readPod2() : reader.readPod1())
         return *failure;
 
@@ -296,18 +370,38 @@ Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {
     return listing;
 }
 
+void appendWithCommas(std::string& out, qint64 value) {
+    char digits[32];
+    char* at = digits + sizeof digits;
+    // Negative values are formatted from their negative magnitude, so the smallest one works too.
+    qint64 rest = value < 0 ? value : -value;
+    int inGroup = 0;
+    do {
+        if (inGroup == 3) {
+            *--at = ',';
+            inGroup = 0;
+        }
+        *--at = static_cast<char>('0' - rest % 10);
+        rest /= 10;
+        ++inGroup;
+    } while (rest != 0);
+    if (value < 0)
+        *--at = '-';
+    out.append(at, size_t(digits + sizeof digits - at));
+}
+
 std::string AddCommas(double value) {
     if (!std::isfinite(value))
         return "0";
     const double rounded = std::round(value);
     if (rounded == 0)
         return "0";
-    std::string digits;
-    if (std::fabs(rounded) < 9.0e18)
-        digits = std::to_string(static_cast<long long>(std::fabs(rounded)));
-    else
-        digits = QString::number(std::fabs(rounded), 'f', 0).toStdString();
     std::string out;
+    if (std::fabs(rounded) < 9.0e18) {
+        appendWithCommas(out, static_cast<qint64>(rounded));
+        return out;
+    }
+    const std::string digits = QString::number(std::fabs(rounded), 'f', 0).toStdString();
     for (size_t i = 0; i < digits.size(); ++i) {
         if (i != 0 && (digits.size() - i) % 3 == 0)
             out += ',';
@@ -331,20 +425,29 @@ QString listedStatusText(const PodDirectory& listing, double seconds) {
            secondsText(seconds) + QStringLiteral("s");
 }
 
-std::vector<const PodEntry*> displayOrder(const PodDirectory& listing, bool sorted) {
-    std::vector<const PodEntry*> rows;
-    rows.reserve(listing.entries.size());
-    for (const PodEntry& entry : listing.entries)
-        rows.push_back(&entry);
-    if (sorted) {
-        std::vector<std::pair<std::string, const PodEntry*>> keyed;
-        keyed.reserve(rows.size());
-        for (const PodEntry* entry : rows)
-            keyed.emplace_back(upperGame(entry->name), entry);
-        std::stable_sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-        for (size_t i = 0; i < keyed.size(); ++i)
-            rows[i] = keyed[i].second;
+std::vector<quint32> displayOrder(const PodDirectory& listing, bool sorted) {
+    const PodEntries& entries = listing.entries;
+    std::vector<quint32> rows(entries.size());
+    std::iota(rows.begin(), rows.end(), quint32(0));
+    if (!sorted)
+        return rows;
+    // Upper-case every name once, into one buffer laid out as the names are.
+    std::vector<std::string_view> keys(entries.size());
+    std::string upper;
+    size_t total = 0;
+    for (size_t i = 0; i < entries.size(); ++i)
+        total += entries.nameAt(i).size();
+    upper.reserve(total);
+    for (size_t i = 0; i < entries.size(); ++i) {
+        for (char c : entries.nameAt(i))
+            upper += upperGameChar(c);
     }
+    for (size_t i = 0, at = 0; i < entries.size(); ++i) {
+        const size_t length = entries.nameAt(i).size();
+        keys[i] = std::string_view(upper).substr(at, length);
+        at += length;
+    }
+    std::stable_sort(rows.begin(), rows.end(), [&keys](quint32 a, quint32 b) { return keys[a] < keys[b]; });
     return rows;
 }
 

@@ -59,7 +59,7 @@ TEST(Extraction, copiesSelectedEntriesBeneathTheDestinationAndSumsTheirSizes) {
     drive.write(kOut + "\\SUB\\keep.txt", "x");
     std::vector<std::tuple<int, int, std::string>> calls;
     auto done = ExtractFiles(drive.files(), listing, {0, 1, 2}, kOut, {},
-                             [&](int k, int total, const std::string& name) { calls.emplace_back(k, total, name); });
+                             [&](int k, int total, std::string_view name) { calls.emplace_back(k, total, std::string(name)); });
     ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
     EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "alpha" + std::string(95, '.')); // overwritten in place
     EXPECT_EQ(drive.read(kOut + "\\SUB\\B.BIN"), "bravo!");

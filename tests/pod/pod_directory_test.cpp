@@ -52,7 +52,7 @@ TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets
         EXPECT_EQ(listing->pod2, two);
         EXPECT_EQ(listing->comment, "Stock trucks");
         ASSERT_EQ(listing->entries.size(), 2u);
-        EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "TRUCK\\A.TRK|ART\\B.RAW");
+        EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name), "TRUCK\\A.TRK|ART\\B.RAW");
         EXPECT_EQ(listing->entries[0].size, 3);
         EXPECT_EQ(listing->entries[1].end - listing->entries[0].start, 1003);
         EXPECT_EQ(listing->typeText, two ? "Truck (POD2)" : "Truck");
@@ -72,7 +72,7 @@ TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
     putInt32(bytes, 96 + 8, dataStart - 2);
     auto listing = listBytes(drive, bytes);
     ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
-    EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "A.BIN|B.B");
+    EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name), "A.BIN|B.B");
     // Six bytes earlier: one name for two entries; before the table: a negative length.
     putInt32(bytes, 96 + 8, dataStart - 6);
     expectFailure(listBytes(drive, bytes), FailureKind::UnexpectedError,

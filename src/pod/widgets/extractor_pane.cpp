@@ -324,7 +324,7 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
         m_working = true;
         QElapsedTimer sincePaint;
         sincePaint.start();
-        const auto progress = [&](int done, int, const std::string& name) {
+        const auto progress = [&](int done, int, std::string_view name) {
             opened = true;
             m_progress->setValue(done);
             if (!name.empty())
