@@ -128,10 +128,23 @@ public:
         std::fwrite(m_text.data(), 1, m_text.size(), stdout);
         m_text.clear();
     }
+    // Room for `length` more characters: write them at the pointer returned, then commit() the end.
+    char* room(size_t length) {
+        if (m_text.size() + length > m_text.capacity())
+            flush();
+        m_used = m_text.size();
+        m_text.resize(m_used + length);
+        return m_text.data() + m_used;
+    }
+    void commit(const char* end) {
+        m_text.resize(size_t(end - m_text.data()));
+        flushIfFull();
+    }
 
 private:
     static constexpr size_t kFlushAt = size_t(256) << 10;
     std::string m_text;
+    size_t m_used = 0;
 };
 
 // A JSON string of game text.
@@ -226,15 +239,25 @@ int runList(const QStringList& args) {
     std::string& table = buffer.text();
     for (quint32 row : rows) {
         const PodEntry entry = entries[row];
-        appendUtf8(table, entry.name);
-        table += '\t';
-        appendWithCommas(table, entry.size);
-        table += '\t';
-        appendWithCommas(table, entry.start);
-        table += '\t';
-        appendWithCommas(table, entry.end);
-        table += '\n';
-        buffer.flushIfFull();
+        char* at = buffer.room(entry.name.size() + 3 * (kMaxGroupedLength + 1));
+        unsigned char high = 0;
+        for (char c : entry.name) {
+            high |= static_cast<unsigned char>(c);
+            *at++ = c;
+        }
+        if (high >= 0x80) { // not plain ASCII: converted from the game's code page
+            buffer.commit(at - entry.name.size());
+            appendUtf8(table, entry.name);
+            at = buffer.room(3 * (kMaxGroupedLength + 1));
+        }
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.size);
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.start);
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.end);
+        *at++ = '\n';
+        buffer.commit(at);
     }
     buffer.flush();
     std::fflush(stdout);

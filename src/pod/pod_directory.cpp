@@ -48,20 +48,25 @@ Failure unreadable() {
     return readError(unreadablePodText());
 }
 
-// Reads `length` bytes at `offset`; bytes past the end of the file read as zeros.
+// Reads `length` bytes at `offset`; bytes past the end of the file read as zeros. `out` is reused
+// between calls of the same length, so it is not cleared first.
 bool readAt(QIODevice& file, qint64 offset, qint64 length, std::string& out) {
-    out.assign(static_cast<size_t>(length), '\0');
-    if (!file.seek(offset))
-        return offset >= file.size();
+    out.resize(static_cast<size_t>(length));
     qint64 done = 0;
-    while (done < length) {
-        const qint64 got = file.read(out.data() + done, length - done);
-        if (got < 0)
+    if (!file.seek(offset)) {
+        if (offset < file.size())
             return false;
-        if (got == 0)
-            break;
-        done += got;
+    } else {
+        while (done < length) {
+            const qint64 got = file.read(out.data() + done, length - done);
+            if (got < 0)
+                return false;
+            if (got == 0)
+                break;
+            done += got;
+        }
     }
+    std::memset(out.data() + done, 0, size_t(length - done));
     return true;
 }
 
@@ -148,6 +153,7 @@ struct PodReader {
         PodEntries& entries = listing.entries;
         entries.m_rows.reserve(static_cast<size_t>(count));
         std::string& names = entries.m_names;
+        names.reserve(size_t(std::min(length, count * kMaxPodNameLength))); // address space, not memory, until used
         size_t nameStart = 0;
         auto endName = [&]() -> bool {
             const size_t nameLength = names.size() - nameStart;
@@ -172,8 +178,11 @@ struct PodReader {
                     return unreadable();
                 if (!nul)
                     break;
-                if (!endName())
+                if (!endName()) {
+                    if (names.capacity() - names.size() > names.size() / 4 + 4096)
+                        names.shrink_to_fit();
                     return std::nullopt;
+                }
                 at = nul + 1;
             }
         }
@@ -309,14 +318,16 @@ std::string PodDirectory::totalText() const {
 int classifyEntryName(std::string_view name) {
     while (!name.empty() && name.back() == ' ')
         name.remove_suffix(1);
-    if (name.size() < 4)
+    if (name.size() < 4 || name[name.size() - 4] != '.')
         return 0;
-    char tail[4];
-    for (size_t i = 0; i < 4; ++i)
-        tail[i] = upperGameChar(name[name.size() - 4 + i]);
-    if (std::memcmp(tail, ".SIT", 4) == 0)
-        return 1;
-    return std::memcmp(tail, ".TRK", 4) == 0 ? 2 : 0;
+    // The letters compared are ASCII, which the game's upper-casing maps by clearing bit 5 alone.
+    const auto is = [&name](const char* tail) {
+        for (size_t i = 0; i < 3; ++i)
+            if ((name[name.size() - 3 + i] | 0x20) != tail[i])
+                return false;
+        return true;
+    };
+    return is("sit") ? 1 : is("trk") ? 2 : 0;
 }
 
 Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path) {
@@ -324,7 +335,7 @@ Result<PodDirectory> ListPOD(const FileServices& files, const std::string& path)
     QFile file(host);
     if (host.isEmpty() || !file.exists())
         return podRuntimeFailure(53);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return podRuntimeFailure(70);
     return listPodFrom(file, path);
 }
@@ -370,24 +381,46 @@ Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {
     return listing;
 }
 
-void appendWithCommas(std::string& out, qint64 value) {
-    char digits[32];
-    char* at = digits + sizeof digits;
-    // Negative values are formatted from their negative magnitude, so the smallest one works too.
-    qint64 rest = value < 0 ? value : -value;
-    int inGroup = 0;
-    do {
-        if (inGroup == 3) {
-            *--at = ',';
-            inGroup = 0;
-        }
-        *--at = static_cast<char>('0' - rest % 10);
-        rest /= 10;
-        ++inGroup;
-    } while (rest != 0);
+char* writeWithCommas(char* out, qint64 value) {
+    static constexpr char kPairs[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+                                     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+                                     "8081828384858687888990919293949596979899";
     if (value < 0)
-        *--at = '-';
-    out.append(at, size_t(digits + sizeof digits - at));
+        *out++ = '-';
+    quint64 rest = value < 0 ? 0 - quint64(value) : quint64(value);
+    char digits[20];
+    char* end = digits + sizeof digits;
+    char* at = end;
+    while (rest >= 100) {
+        const size_t pair = size_t(rest % 100) * 2;
+        rest /= 100;
+        *--at = kPairs[pair + 1];
+        *--at = kPairs[pair];
+    }
+    if (rest >= 10) {
+        *--at = kPairs[rest * 2 + 1];
+        *--at = kPairs[rest * 2];
+    } else {
+        *--at = char('0' + rest);
+    }
+    // The first group takes what is left over by whole groups of three.
+    size_t count = size_t(end - at);
+    size_t group = count % 3 == 0 ? 3 : count % 3;
+    while (true) {
+        std::memcpy(out, at, group);
+        out += group;
+        at += group;
+        count -= group;
+        if (count == 0)
+            return out;
+        *out++ = ',';
+        group = 3;
+    }
+}
+
+void appendWithCommas(std::string& out, qint64 value) {
+    char text[kMaxGroupedLength];
+    out.append(text, size_t(writeWithCommas(text, value) - text));
 }
 
 std::string AddCommas(double value) {

@@ -147,6 +147,9 @@ int classifyEntryName(std::string_view name);
 std::string AddCommas(double value);
 // The same grouping of an integer, appended to `out` without any other allocation.
 void appendWithCommas(std::string& out, qint64 value);
+// The same into a buffer with room for kMaxGroupedLength characters; returns the end of the text.
+inline constexpr size_t kMaxGroupedLength = 27; // "-9,223,372,036,854,775,808"
+char* writeWithCommas(char* out, qint64 value);
 
 // Seconds rounded to two decimals in the ordinary number-to-text form (0.5, 2, 0.27).
 QString secondsText(double seconds);
