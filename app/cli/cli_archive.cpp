@@ -21,6 +21,8 @@
 #include <QJsonObject>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <optional>
 
 #ifdef Q_OS_WIN
@@ -117,34 +119,36 @@ std::optional<PodEntry> findEntry(const PodDirectory& listing, const QString& na
 // Standard output written through one buffer, handed to the system in large pieces.
 class OutputBuffer {
 public:
-    OutputBuffer() { m_text.reserve(kFlushAt + 4096); }
+    OutputBuffer() : m_data(new char[kCapacity]) {}
     ~OutputBuffer() { flush(); }
-    std::string& text() { return m_text; }
-    void flushIfFull() {
-        if (m_text.size() >= kFlushAt)
+    void append(std::string_view text) {
+        if (text.size() > kCapacity - m_size) {
             flush();
+            if (text.size() > kCapacity) {
+                std::fwrite(text.data(), 1, text.size(), stdout);
+                return;
+            }
+        }
+        std::memcpy(m_data.get() + m_size, text.data(), text.size());
+        m_size += text.size();
     }
     void flush() {
-        std::fwrite(m_text.data(), 1, m_text.size(), stdout);
-        m_text.clear();
+        std::fwrite(m_data.get(), 1, m_size, stdout);
+        m_size = 0;
     }
-    // Room for `length` more characters: write them at the pointer returned, then commit() the end.
+    // Room for `length` (a few kilobytes at most) more characters: write them at the pointer returned, then
+    // commit() the end of what was written.
     char* room(size_t length) {
-        if (m_text.size() + length > m_text.capacity())
+        if (length > kCapacity - m_size)
             flush();
-        m_used = m_text.size();
-        m_text.resize(m_used + length);
-        return m_text.data() + m_used;
+        return m_data.get() + m_size;
     }
-    void commit(const char* end) {
-        m_text.resize(size_t(end - m_text.data()));
-        flushIfFull();
-    }
+    void commit(const char* end) { m_size = size_t(end - m_data.get()); }
 
 private:
-    static constexpr size_t kFlushAt = size_t(256) << 10;
-    std::string m_text;
-    size_t m_used = 0;
+    static constexpr size_t kCapacity = size_t(256) << 10;
+    std::unique_ptr<char[]> m_data;
+    size_t m_size = 0;
 };
 
 // A JSON string of game text.
@@ -209,18 +213,18 @@ int runList(const QStringList& args) {
         document.chop(3); // "\n}\n"
         out().flush();
         OutputBuffer buffer;
-        std::string& table = buffer.text();
-        table.append(document.constData(), size_t(document.size()));
-        table += ",\n    \"entries\": [";
+        buffer.append(std::string_view(document.constData(), size_t(document.size())));
+        buffer.append(",\n    \"entries\": [");
+        std::string line;
         for (size_t i = 0; i < rows.size(); ++i) {
             const PodEntry entry = entries[rows[i]];
-            table += i == 0 ? "\n        {\"name\": " : ",\n        {\"name\": ";
-            appendJsonString(table, entry.name);
-            table += ", \"size\": " + std::to_string(entry.size) + ", \"start\": " + std::to_string(entry.start) +
-                     ", \"end\": " + std::to_string(entry.end) + "}";
-            buffer.flushIfFull();
+            line = i == 0 ? "\n        {\"name\": " : ",\n        {\"name\": ";
+            appendJsonString(line, entry.name);
+            line += ", \"size\": " + std::to_string(entry.size) + ", \"start\": " + std::to_string(entry.start) +
+                    ", \"end\": " + std::to_string(entry.end) + "}";
+            buffer.append(line);
         }
-        table += rows.empty() ? "]\n}\n" : "\n    ]\n}\n";
+        buffer.append(rows.empty() ? "]\n}\n" : "\n    ]\n}\n");
         buffer.flush();
         std::fflush(stdout);
         return kExitOk;
@@ -236,7 +240,7 @@ int runList(const QStringList& args) {
     out().flush();
     // One buffer for every row: listings run to a hundred thousand rows.
     OutputBuffer buffer;
-    std::string& table = buffer.text();
+    std::string converted;
     for (quint32 row : rows) {
         const PodEntry entry = entries[row];
         char* at = buffer.room(entry.name.size() + 3 * (kMaxGroupedLength + 1));
@@ -247,7 +251,9 @@ int runList(const QStringList& args) {
         }
         if (high >= 0x80) { // not plain ASCII: converted from the game's code page
             buffer.commit(at - entry.name.size());
-            appendUtf8(table, entry.name);
+            converted.clear();
+            appendUtf8(converted, entry.name);
+            buffer.append(converted);
             at = buffer.room(3 * (kMaxGroupedLength + 1));
         }
         *at++ = '\t';

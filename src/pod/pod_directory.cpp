@@ -8,6 +8,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -22,7 +23,7 @@ constexpr qint64 kPod1Header = 84;
 constexpr qint64 kPod1Record = 40;
 constexpr qint64 kPod2Header = 96;
 constexpr qint64 kPod2Record = 20;
-constexpr qint64 kDirectoryChunk = qint64(1) << 20;  // directory bytes read per call
+constexpr qint64 kDirectoryChunk = qint64(256) << 10; // directory bytes read per call
 constexpr qint64 kNameChunk = qint64(64) << 10;      // name-table bytes read per call
 constexpr qint64 kTrackInfoLimit = qint64(16) << 20; // a track-information file is a few kilobytes
 
@@ -67,6 +68,25 @@ bool readAt(QIODevice& file, qint64 offset, qint64 length, std::string& out) {
         }
     }
     std::memset(out.data() + done, 0, size_t(length - done));
+    return true;
+}
+
+// Reads exactly `length` bytes at `offset` into `out`; bytes past the end of the file read as zeros.
+bool readInto(QIODevice& file, qint64 offset, qint64 length, char* out) {
+    qint64 done = 0;
+    if (file.seek(offset)) {
+        while (done < length) {
+            const qint64 got = file.read(out + done, length - done);
+            if (got < 0)
+                return false;
+            if (got == 0)
+                break;
+            done += got;
+        }
+    } else if (offset < file.size()) {
+        return false;
+    }
+    std::memset(out + done, 0, size_t(length - done));
     return true;
 }
 
@@ -152,41 +172,43 @@ struct PodReader {
     std::optional<Failure> readNames(qint64 offset, qint64 length, qint64 count) {
         PodEntries& entries = listing.entries;
         entries.m_rows.reserve(static_cast<size_t>(count));
+        // The table is read straight into the name buffer, its NUL bytes left between the names.
         std::string& names = entries.m_names;
-        names.reserve(size_t(std::min(length, count * kMaxPodNameLength))); // address space, not memory, until used
+        names.reserve(size_t(std::min(length, count * (kMaxPodNameLength + 1)))); // address space until used
         size_t nameStart = 0;
-        auto endName = [&]() -> bool {
-            const size_t nameLength = names.size() - nameStart;
+        const auto addName = [&](size_t end) {
             entries.m_rows.push_back(
-                PodEntries::Row{static_cast<quint32>(nameStart), static_cast<quint32>(nameLength), 0, 0});
-            nameStart = names.size();
-            return qint64(entries.m_rows.size()) < count;
+                PodEntries::Row{static_cast<quint32>(nameStart), static_cast<quint32>(end - nameStart), 0, 0});
+            nameStart = end + 1;
         };
-        std::string chunk;
         for (qint64 done = 0; done < length;) {
             const qint64 piece = std::min(length - done, kNameChunk);
-            if (!readAt(file, offset + done, piece, chunk))
+            const size_t base = names.size();
+            names.resize(base + size_t(piece));
+            if (!readInto(file, offset + done, piece, names.data() + base))
                 return podRuntimeFailure(75);
             done += piece;
-            const char* at = chunk.data();
-            const char* stop = at + chunk.size();
-            while (at < stop) {
-                const char* nul = static_cast<const char*>(std::memchr(at, '\0', size_t(stop - at)));
-                const char* cut = nul ? nul : stop;
-                names.append(at, size_t(cut - at));
-                if (qint64(names.size() - nameStart) > kMaxPodNameLength)
-                    return unreadable();
+            size_t at = base;
+            while (at < names.size()) {
+                const void* nul = std::memchr(names.data() + at, '\0', names.size() - at);
                 if (!nul)
                     break;
-                if (!endName()) {
+                const size_t end = size_t(static_cast<const char*>(nul) - names.data());
+                if (qint64(end - nameStart) > kMaxPodNameLength)
+                    return unreadable();
+                addName(end);
+                if (qint64(entries.m_rows.size()) == count) {
+                    names.resize(end); // nothing beyond the last name wanted is kept
                     if (names.capacity() - names.size() > names.size() / 4 + 4096)
                         names.shrink_to_fit();
                     return std::nullopt;
                 }
-                at = nul + 1;
+                at = end + 1;
             }
+            if (qint64(names.size() - std::min(nameStart, names.size())) > kMaxPodNameLength)
+                return unreadable();
         }
-        endName(); // the text after the last NUL is one more name
+        addName(std::max(names.size(), nameStart)); // the text after the last NUL is one more name
         if (qint64(entries.m_rows.size()) < count)
             return podRuntimeFailure(9);
         return std::nullopt;
@@ -381,41 +403,45 @@ Result<PodDirectory> listPodFrom(QIODevice& archive, const std::string& path) {
     return listing;
 }
 
+namespace {
+
+// "000" to "999", three characters each.
+constexpr std::array<char, 3000> kTriples = [] {
+    std::array<char, 3000> table{};
+    for (int i = 0; i < 1000; ++i) {
+        table[size_t(i) * 3] = char('0' + i / 100);
+        table[size_t(i) * 3 + 1] = char('0' + i / 10 % 10);
+        table[size_t(i) * 3 + 2] = char('0' + i % 10);
+    }
+    return table;
+}();
+
+// 0 to 999 without leading zeros.
+char* writeLeadingGroup(char* out, unsigned value) {
+    const int skip = value >= 100 ? 0 : value >= 10 ? 1 : 2;
+    std::memcpy(out, kTriples.data() + value * 3 + skip, 3);
+    return out + 3 - skip;
+}
+
+} // namespace
+
 char* writeWithCommas(char* out, qint64 value) {
-    static constexpr char kPairs[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-                                     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-                                     "8081828384858687888990919293949596979899";
     if (value < 0)
         *out++ = '-';
     quint64 rest = value < 0 ? 0 - quint64(value) : quint64(value);
-    char digits[20];
-    char* end = digits + sizeof digits;
-    char* at = end;
-    while (rest >= 100) {
-        const size_t pair = size_t(rest % 100) * 2;
-        rest /= 100;
-        *--at = kPairs[pair + 1];
-        *--at = kPairs[pair];
+    unsigned groups[7];
+    int count = 0;
+    while (rest >= 1000) {
+        groups[count++] = unsigned(rest % 1000);
+        rest /= 1000;
     }
-    if (rest >= 10) {
-        *--at = kPairs[rest * 2 + 1];
-        *--at = kPairs[rest * 2];
-    } else {
-        *--at = char('0' + rest);
+    out = writeLeadingGroup(out, unsigned(rest));
+    while (count > 0) {
+        *out = ',';
+        std::memcpy(out + 1, kTriples.data() + groups[--count] * 3, 3);
+        out += 4;
     }
-    // The first group takes what is left over by whole groups of three.
-    size_t count = size_t(end - at);
-    size_t group = count % 3 == 0 ? 3 : count % 3;
-    while (true) {
-        std::memcpy(out, at, group);
-        out += group;
-        at += group;
-        count -= group;
-        if (count == 0)
-            return out;
-        *out++ = ',';
-        group = 3;
-    }
+    return out;
 }
 
 void appendWithCommas(std::string& out, qint64 value) {
