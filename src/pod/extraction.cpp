@@ -9,7 +9,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 
+#include <functional>
+
+#include <condition_variable>
+#include <deque>
 #include <memory>
+#include <mutex>
+#include <thread>
 #include <unordered_map>
 
 namespace korvel {
@@ -18,6 +24,90 @@ namespace {
 
 constexpr qint64 kWindow = qint64(1) << 20;      // archive bytes read at once for small entries
 constexpr qint64 kSmallEntry = qint64(64) << 10; // larger entries are copied in the kernel
+
+// Creating a file costs the file system far more waiting than work, so the command line keeps a
+// few creations in flight at once.
+constexpr int kWriterThreads = 4;
+
+// A piece of the archive read once for the small entries lying in it.
+struct Window {
+    std::unique_ptr<char[]> data;
+    qint64 start = 0;
+    qint64 length = 0;
+};
+
+// Runs jobs on a few threads, a bounded number queued; keeps the first failure and runs nothing after it.
+class WriterPool {
+public:
+    using Job = std::function<std::optional<Failure>()>;
+
+    explicit WriterPool(int threads) {
+        for (int i = 0; i < threads; ++i)
+            m_threads.emplace_back([this] { run(); });
+    }
+    ~WriterPool() {
+        {
+            std::lock_guard lock(m_mutex);
+            m_stop = true;
+        }
+        m_ready.notify_all();
+        for (std::thread& thread : m_threads)
+            thread.join();
+    }
+
+    std::optional<Failure> submit(Job job) {
+        std::unique_lock lock(m_mutex);
+        m_space.wait(lock, [this] { return m_jobs.size() < kQueued || m_failure; });
+        if (m_failure)
+            return m_failure;
+        m_jobs.push_back(std::move(job));
+        m_ready.notify_one();
+        return std::nullopt;
+    }
+
+    // Waits until every job queued has run; the first failure.
+    std::optional<Failure> drain() {
+        std::unique_lock lock(m_mutex);
+        m_idle.wait(lock, [this] { return m_jobs.empty() && m_busy == 0; });
+        return m_failure;
+    }
+
+private:
+    static constexpr size_t kQueued = 256;
+
+    void run() {
+        std::unique_lock lock(m_mutex);
+        while (true) {
+            m_ready.wait(lock, [this] { return m_stop || !m_jobs.empty(); });
+            if (m_jobs.empty())
+                return;
+            Job job = std::move(m_jobs.front());
+            m_jobs.pop_front();
+            m_space.notify_one();
+            if (m_failure)
+                continue; // nothing runs after a failure
+            ++m_busy;
+            lock.unlock();
+            std::optional<Failure> failure = job();
+            lock.lock();
+            --m_busy;
+            if (failure && !m_failure) {
+                m_failure = std::move(failure);
+                m_space.notify_all();
+            }
+            if (m_jobs.empty() && m_busy == 0)
+                m_idle.notify_all();
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_ready, m_space, m_idle;
+    std::deque<Job> m_jobs;
+    int m_busy = 0;
+    bool m_stop = false;
+    std::optional<Failure> m_failure;
+    std::vector<std::thread> m_threads;
+};
 
 // One folder beneath the destination, held open while the run lasts.
 struct Folder {
@@ -33,7 +123,10 @@ struct Folder {
 
 class Extractor {
 public:
-    Extractor(const ExtractOptions& options, const ArchiveFile& archive) : m_options(options), m_archive(archive) {}
+    Extractor(const ExtractOptions& options, const ArchiveFile& archive) : m_options(options), m_archive(archive) {
+        if (options.replaceWhole)
+            m_pool = std::make_unique<WriterPool>(kWriterThreads);
+    }
 
     // Opens the destination, making it as the rules say when it is missing.
     // The desktop makes it (one level) only for an entry lying directly in it.
@@ -61,7 +154,7 @@ public:
         return std::nullopt;
     }
 
-    std::optional<Failure> write(const PodEntry& entry, const std::string& relative, char* window, int& overwritten) {
+    std::optional<Failure> write(const PodEntry& entry, const std::string& relative, int& overwritten) {
         const size_t cut = relative.rfind('\\');
         const std::string folderPath = cut == std::string::npos ? std::string() : relative.substr(0, cut);
         const std::string_view fileName =
@@ -87,45 +180,67 @@ public:
             diskName = fromGameText(fileName);
         }
 
+        const bool collides = before != folder->written.end();
+        if (before == folder->written.end())
+            folder->written.emplace(std::move(key), diskName);
+        folder->tested = true;
+        if (!m_pool)
+            return writeFile(entry, *folder, diskName, m_window);
+        // An entry writing over one of this run waits until the earlier one is on disk.
+        if (collides)
+            if (auto failure = m_pool->drain())
+                return failure;
+        return m_pool->submit([this, entry, folder, diskName] {
+            thread_local Window window;
+            return writeFile(entry, *folder, diskName, window);
+        });
+    }
+
+    // Waits for the files still being written; the first failure among them.
+    std::optional<Failure> finish() { return m_pool ? m_pool->drain() : std::nullopt; }
+
+private:
+    // Opens, fills and (by the command line's rules) commits one file.
+    std::optional<Failure> writeFile(const PodEntry& entry, const Folder& folder, const QString& diskName,
+                                     Window& window) const {
+        const QString hostPath = folder.dir.hostPath() + QLatin1Char('/') + diskName;
         FolderError error;
-        OutputFile out = m_options.replaceWhole ? folder->dir.createTemporary(diskName, error)
-                                                : folder->dir.openInPlace(diskName, error);
+        OutputFile out = m_options.replaceWhole ? folder.dir.createTemporary(diskName, error)
+                                                : folder.dir.openInPlace(diskName, error);
         if (error.fault == FolderFault::Link)
-            return linkFailure(entry, *folder, diskName);
+            return linkFailure(entry, folder, diskName);
         if (error)
-            return writeFailure(folder->dir.hostPath() + QLatin1Char('/') + diskName, error.reason);
-        if (auto failure = copy(entry, out, window, folder->dir.hostPath() + QLatin1Char('/') + diskName)) {
-            folder->dir.discard(out);
+            return writeFailure(hostPath, error.reason);
+        if (auto failure = copy(entry, out, window, hostPath)) {
+            folder.dir.discard(out);
             return failure;
         }
         if (m_options.replaceWhole) {
-            error = folder->dir.commit(out, diskName, true);
+            error = folder.dir.commit(out, diskName, true);
             if (error.fault == FolderFault::Link)
-                return linkFailure(entry, *folder, diskName);
+                return linkFailure(entry, folder, diskName);
             if (error)
-                return writeFailure(folder->dir.hostPath() + QLatin1Char('/') + diskName, error.reason);
+                return writeFailure(hostPath, error.reason);
         }
-        if (before == folder->written.end())
-            folder->written.emplace(std::move(key), std::move(diskName));
-        folder->tested = true;
         return std::nullopt;
     }
 
-private:
-    std::optional<Failure> copy(const PodEntry& entry, OutputFile& out, char* window, const QString& hostPath) {
+    std::optional<Failure> copy(const PodEntry& entry, OutputFile& out, Window& window, const QString& hostPath) const {
         if (entry.size == 0)
             return std::nullopt;
         FolderError error;
         if (entry.size <= kSmallEntry) {
-            if (entry.start < m_windowStart || entry.end > m_windowStart + m_windowLength) {
-                m_windowStart = entry.start;
-                m_windowLength = m_archive.readAt(entry.start, window, kWindow);
-                if (m_windowLength < entry.size) {
-                    m_windowLength = 0;
+            if (!window.data)
+                window.data.reset(new char[size_t(kWindow)]);
+            if (entry.start < window.start || entry.end > window.start + window.length) {
+                window.start = entry.start;
+                window.length = m_archive.readAt(entry.start, window.data.get(), kWindow);
+                if (window.length < entry.size) {
+                    window.length = 0;
                     return podRuntimeFailure(75);
                 }
             }
-            error = out.writeAt(0, window + (entry.start - m_windowStart), entry.size);
+            error = out.writeAt(0, window.data.get() + (entry.start - window.start), entry.size);
         } else {
             error = out.copyFrom(m_archive, entry.start, 0, entry.size);
         }
@@ -207,6 +322,7 @@ private:
     }
 
     Failure linkFailure(const PodEntry& entry, const Folder& folder, const QString& name) const {
+        // Also called on the writer threads: the name is copied before the text is made.
         return writeError(linkRefusedText(entry.name, folder.dir.hostPath() + QLatin1Char('/') + name));
     }
 
@@ -223,8 +339,8 @@ private:
     const ExtractOptions& m_options;
     const ArchiveFile& m_archive;
     std::unordered_map<std::string, std::unique_ptr<Folder>> m_folders; // by upper-cased relative path
-    qint64 m_windowStart = 0;
-    qint64 m_windowLength = 0;
+    Window m_window;
+    std::unique_ptr<WriterPool> m_pool; // the command line's files, written on several threads
 };
 
 } // namespace
@@ -284,28 +400,32 @@ Result<ExtractSummary> ExtractFiles(const FileServices& files, const PodDirector
 
     Extractor extractor(options, archive);
     bool rootOpen = false;
-    std::unique_ptr<char[]> window;
     const int total = static_cast<int>(rows.size());
     for (int k = 0; k < total; ++k) {
         const PodEntry entry = listing.entries[rows[static_cast<size_t>(k)]];
         if (progress)
             progress(k, total, entry.name);
-        if (entry.start > length || entry.end > length || entry.start < 0 || entry.size < 0)
-            return readError(corruptPodText());
         const std::optional<std::string> relative = entryRelativePath(entry.name);
-        if (!relative)
+        if (entry.start > length || entry.end > length || entry.start < 0 || entry.size < 0 || !relative) {
+            // Rows before this one are written, and a failure among them came first.
+            if (auto failure = extractor.finish())
+                return *failure;
             return readError(corruptPodText());
+        }
         if (!rootOpen) {
             const std::string root = folder.substr(0, folder.size() - 1);
             if (auto failure = extractor.openRoot(files.hostPath(root), root, files,
                                                    relative->find('\\') == std::string::npos))
                 return *failure;
-            window.reset(new char[size_t(kWindow)]);
             rootOpen = true;
         }
-        if (auto failure = extractor.write(entry, *relative, window.get(), summary.overwritten))
+        if (auto failure = extractor.write(entry, *relative, summary.overwritten)) {
+            extractor.finish();
             return *failure;
+        }
     }
+    if (auto failure = extractor.finish())
+        return *failure;
     if (progress)
         progress(total, total, std::string_view());
     summary.files = total - summary.overwritten;
