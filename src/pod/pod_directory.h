@@ -116,6 +116,9 @@ struct PodDirectory {
     std::string totalText() const;
 };
 
+// The name the rest of the program knows a listing by.
+using PodListing = PodDirectory;
+
 // The most entries a listing holds. Real archives hold a few thousand; a directory claiming more
 // than this is refused with tooManyEntriesText() before anything is read, so a small download can
 // never make a listing take gigabytes.
