@@ -212,7 +212,7 @@ void patchNearStart(benchmark::State& state) {
         return;
     }
     for (auto _ : state) {
-        auto patched = korvel::compatiblizeTruck(host.files, path, listing->entries.front().start);
+        auto patched = korvel::compatiblizeTruck(host.files, path, listing->entries[0].start);
         if (!patched)
             state.SkipWithError("patch failed");
     }

@@ -1,17 +1,21 @@
 #!/usr/bin/env bash
-# Whole-command timings of korvel-cli on the archive corpora, beside cp -r, cat/head, bsdtar and unzip
-# on the same files. Run by ./scripts/bench; KORVEL_BENCH_BUILD names the Release build and
-# KORVEL_BENCH_CORPUS the corpus folder (default /tmp/korvel-bench). Prints a Markdown table of
-# medians in milliseconds and korvel-cli's peak memory.
+# Whole-command timings of korvel-cli on the archive corpora, beside GNU tar, bsdtar, unzip and cp -r
+# on the same files (and head/cat as the read limit). Run by ./scripts/bench; KORVEL_BENCH_BUILD names
+# the Release build and KORVEL_BENCH_CORPUS the corpus folder (default /tmp/korvel-bench).
+# KORVEL_BENCH_RUNS sets the runs per figure (default 3) and KORVEL_BENCH_ONLY limits the corpora
+# (e.g. "typical"). Prints Markdown tables of medians in milliseconds, korvel-cli's ratio to each
+# peer of the same run, and korvel-cli's peak memory.
 set -euo pipefail
 build=${KORVEL_BENCH_BUILD:?KORVEL_BENCH_BUILD must name the build folder}
 corpus=${KORVEL_BENCH_CORPUS:-/tmp/korvel-bench}
+runs=${KORVEL_BENCH_RUNS:-3}
+only=${KORVEL_BENCH_ONLY:-many typical big}
 cli=$build/app/korvel-cli
 "$build/bench/archive_bench" --corpus "$corpus"
 
 # Equivalent tar and zip (stored, uncompressed) of each corpus's files, made once.
-for name in many big typical; do
-    [ -s "$corpus/$name.tar" ] || bsdtar -cf "$corpus/$name.tar" -C "$corpus/tree/$name" .
+for name in $only; do
+    [ -s "$corpus/$name.tar" ] || tar -cf "$corpus/$name.tar" -C "$corpus/tree/$name" .
     [ -s "$corpus/$name.zip" ] || (cd "$corpus/tree/$name" && zip -0 -q -r "$corpus/$name.zip" .)
 done
 
@@ -23,10 +27,10 @@ trap 'rm -rf "$out" "$timing" "$peakfile"' EXIT
 # median RUNS CMD...: median wall time in ms of RUNS runs (output folder emptied before each run);
 # leaves the largest peak RSS (KiB) in $peakfile (read it with peak_mib).
 median() {
-    local runs=$1
+    local count=$1
     shift
     local times=() start end peak=0
-    for ((i = 0; i < runs; i++)); do
+    for ((i = 0; i < count; i++)); do
         rm -rf "$out" && mkdir -p "$out"
         sync
         start=$(date +%s%N)
@@ -38,49 +42,65 @@ median() {
         ((rss > peak)) && peak=$rss
     done
     echo "$peak" >"$peakfile"
-    local sorted
-    sorted=$(printf '%s\n' "${times[@]}" | sort -n)
     local middle
-    middle=$(echo "$sorted" | sed -n "$(((runs + 1) / 2))p")
+    middle=$(printf '%s\n' "${times[@]}" | sort -n | sed -n "$(((count + 1) / 2))p")
     awk -v us="$middle" 'BEGIN { printf "%.1f", us / 1000 }'
 }
 
 mib() { awk -v k="$1" 'BEGIN { printf "%.1f", k / 1024 }'; }
 peak_mib() { mib "$(cat "$peakfile")"; }
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
 
 echo
-echo "| Corpus | Task | korvel-cli ms | cp -r ms | read limit ms | bsdtar ms | unzip ms | korvel-cli peak MiB |"
-echo "|---|---|---|---|---|---|---|---|"
-start_ms=$(median 5 "$cli" --version)
-echo "| - | process start (korvel-cli --version) | $start_ms | | | | | $(peak_mib) |"
-for name in many typical big; do
-    runs=3
+echo "Process start (median of $((runs * 3)) runs):"
+echo
+echo "| Command | ms | trivial process (/bin/true) ms | difference ms | peak MiB |"
+echo "|---|---|---|---|---|"
+true_ms=$(median $((runs * 3)) /bin/true)
+start_ms=$(median $((runs * 3)) "$cli" --version)
+start_peak=$(peak_mib)
+echo "| korvel-cli --version | $start_ms | $true_ms | $(awk -v a="$start_ms" -v b="$true_ms" 'BEGIN { printf "%.1f", a - b }') | $start_peak |"
+
+echo
+echo "Listing (median of $runs runs; ratios are korvel-cli / peer):"
+echo
+echo "| Corpus | korvel-cli ms | read limit ms | GNU tar -tf ms | bsdtar -tf ms | unzip -l ms | / read limit | / GNU tar | / bsdtar | / unzip | peak MiB |"
+echo "|---|---|---|---|---|---|---|---|---|---|---|"
+for name in $only; do
     archive=$corpus/$name.pod
-    size=$(stat -c %s "$archive")
-    if [ "$name" = many ]; then
-        # The directory region: header, records and name table, up to the data of entry 0.
+    # The directory region: header, records and (POD2) name table, up to the data of entry 0.
+    if [ "$(head -c 4 "$archive" | tr -d '\0')" = POD2 ]; then
         dirbytes=$(od -An -t d4 -j 104 -N 4 "$archive" | tr -d ' ')
-        read_ms=$(median "$runs" head -c "$dirbytes" "$archive")
-        read_label="$read_ms (head -c $dirbytes)"
     else
-        read_ms=$(median "$runs" cat "$archive")
-        read_label="$read_ms (cat)"
+        dirbytes=$((84 + 40 * $(od -An -t d4 -j 0 -N 4 "$archive" | tr -d ' ')))
     fi
+    read_ms=$(median "$runs" head -c "$dirbytes" "$archive")
     list_ms=$(median "$runs" "$cli" list "$archive")
     list_peak=$(peak_mib)
-    tar_list=$(median "$runs" bsdtar -tf "$corpus/$name.tar")
-    zip_list=$(median "$runs" unzip -l "$corpus/$name.zip")
-    echo "| $name | list | $list_ms | | $read_label | $tar_list | $zip_list | $list_peak |"
+    gnu_ms=$(median "$runs" tar -tf "$corpus/$name.tar")
+    bsd_ms=$(median "$runs" bsdtar -tf "$corpus/$name.tar")
+    zip_ms=$(median "$runs" unzip -l "$corpus/$name.zip")
+    echo "| $name | $list_ms | $read_ms (head -c $dirbytes) | $gnu_ms | $bsd_ms | $zip_ms |" \
+        "$(ratio "$list_ms" "$read_ms") | $(ratio "$list_ms" "$gnu_ms") | $(ratio "$list_ms" "$bsd_ms") |" \
+        "$(ratio "$list_ms" "$zip_ms") | $list_peak |"
+done
 
+echo
+echo "Extraction (median of $runs runs, into an emptied folder; ratios are korvel-cli / peer):"
+echo
+echo "| Corpus | korvel-cli ms | GNU tar -xf ms | bsdtar -xf ms | unzip ms | cp -r ms | cat ms | / GNU tar | / bsdtar | / unzip | / cp -r | peak MiB |"
+echo "|---|---|---|---|---|---|---|---|---|---|---|---|"
+for name in $only; do
+    archive=$corpus/$name.pod
+    size=$(stat -c %s "$archive")
     extract_ms=$(median "$runs" "$cli" extract "$archive" --to "$out")
     extract_peak=$(peak_mib)
+    gnu_ms=$(median "$runs" tar -xf "$corpus/$name.tar" -C "$out")
+    bsd_ms=$(median "$runs" bsdtar -xf "$corpus/$name.tar" -C "$out")
+    zip_ms=$(median "$runs" unzip -q -o "$corpus/$name.zip" -d "$out")
     cp_ms=$(median "$runs" cp -r "$corpus/tree/$name" "$out/copy")
     cat_ms=$(median "$runs" cat "$archive")
-    tar_ms=$(median "$runs" bsdtar -xf "$corpus/$name.tar" -C "$out")
-    zip_ms=$(median "$runs" unzip -q -o "$corpus/$name.zip" -d "$out")
-    echo "| $name ($(mib $((size / 1024))) MiB) | extract | $extract_ms | $cp_ms | $cat_ms (cat) | $tar_ms | $zip_ms | $extract_peak |"
+    echo "| $name ($(mib $((size / 1024))) MiB) | $extract_ms | $gnu_ms | $bsd_ms | $zip_ms | $cp_ms | $cat_ms |" \
+        "$(ratio "$extract_ms" "$gnu_ms") | $(ratio "$extract_ms" "$bsd_ms") | $(ratio "$extract_ms" "$zip_ms") |" \
+        "$(ratio "$extract_ms" "$cp_ms") | $extract_peak |"
 done
-cp "$corpus/big.pod" "$corpus/big-patch.pod"
-patch_ms=$(median 5 "$cli" compatiblize "$corpus/big-patch.pod" TRUCK00.TRK)
-echo "| big | compatiblize (whole command) | $patch_ms | | | | | $(peak_mib) |"
-rm -f "$corpus/big-patch.pod"

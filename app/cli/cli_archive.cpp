@@ -21,6 +21,8 @@
 #include <QJsonObject>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <optional>
 
 #ifdef Q_OS_WIN
@@ -81,27 +83,98 @@ Result<PodDirectory> listArchive(const HostFiles& host, const QString& archive) 
     return ListPOD(host.files, *path);
 }
 
-QString text(const std::string& gameText) {
+QString text(std::string_view gameText) {
     return fromGameText(gameText);
 }
 
 // Appends game text as UTF-8; plain ASCII is copied as it stands.
-void appendUtf8(std::string& out, const std::string& gameText) {
+void appendUtf8(std::string& out, std::string_view gameText) {
     for (char c : gameText) {
         if (static_cast<unsigned char>(c) >= 0x80) {
             out += fromGameText(gameText).toStdString();
             return;
         }
     }
-    out += gameText;
+    out.append(gameText);
 }
 
-const PodEntry* findEntry(const PodDirectory& listing, const QString& name) {
+// The name as the commands match it: blanks at both ends do not count.
+std::string_view trimmedName(std::string_view name) {
+    while (!name.empty() && name.front() == ' ')
+        name.remove_prefix(1);
+    while (!name.empty() && name.back() == ' ')
+        name.remove_suffix(1);
+    return name;
+}
+
+std::optional<PodEntry> findEntry(const PodDirectory& listing, const QString& name) {
     const std::string wanted = trimBlanks(toGameText(name));
-    for (const PodEntry& entry : listing.entries)
-        if (equalsIgnoreCase(trimBlanks(entry.name), wanted))
-            return &entry;
-    return nullptr;
+    for (const PodEntry entry : listing.entries)
+        if (equalsIgnoreCase(trimmedName(entry.name), wanted))
+            return entry;
+    return std::nullopt;
+}
+
+// Standard output written through one buffer, handed to the system in large pieces.
+class OutputBuffer {
+public:
+    OutputBuffer() : m_data(new char[kCapacity]) {}
+    ~OutputBuffer() { flush(); }
+    void append(std::string_view text) {
+        if (text.size() > kCapacity - m_size) {
+            flush();
+            if (text.size() > kCapacity) {
+                std::fwrite(text.data(), 1, text.size(), stdout);
+                return;
+            }
+        }
+        std::memcpy(m_data.get() + m_size, text.data(), text.size());
+        m_size += text.size();
+    }
+    void flush() {
+        std::fwrite(m_data.get(), 1, m_size, stdout);
+        m_size = 0;
+    }
+    // Room for `length` (a few kilobytes at most) more characters: write them at the pointer returned, then
+    // commit() the end of what was written.
+    char* room(size_t length) {
+        if (length > kCapacity - m_size)
+            flush();
+        return m_data.get() + m_size;
+    }
+    void commit(const char* end) { m_size = size_t(end - m_data.get()); }
+
+private:
+    static constexpr size_t kCapacity = size_t(256) << 10;
+    std::unique_ptr<char[]> m_data;
+    size_t m_size = 0;
+};
+
+// A JSON string of game text.
+void appendJsonString(std::string& out, std::string_view gameText) {
+    const size_t from = out.size();
+    out += '"';
+    for (char c : gameText) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) {
+            const QByteArray escaped =
+                QJsonDocument(QJsonArray{fromGameText(gameText)}).toJson(QJsonDocument::Compact);
+            out.resize(from);
+            out.append(escaped.constData() + 1, size_t(escaped.size() - 2));
+            return;
+        }
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (byte < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", byte);
+            out += escape;
+        } else {
+            out += c;
+        }
+    }
+    out += '"';
 }
 
 int runList(const QStringList& args) {
@@ -121,26 +194,38 @@ int runList(const QStringList& args) {
     if (!listing)
         return refusedWith(listing.failure());
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
-    const std::vector<const PodEntry*> rows = displayOrder(*listing, parser.isSet(sort));
+    const std::vector<quint32> rows = displayOrder(*listing, parser.isSet(sort));
+    const PodEntries& entries = listing->entries;
 
     if (parser.isSet(json)) {
-        QJsonArray entries;
-        for (const PodEntry* entry : rows) {
-            entries.append(QJsonObject{{QStringLiteral("name"), text(entry->name)},
-                                       {QStringLiteral("size"), entry->size},
-                                       {QStringLiteral("start"), entry->start},
-                                       {QStringLiteral("end"), entry->end}});
+        // The rows are written by hand into one buffer: a hundred thousand of them as JSON objects
+        // would take longer to build than to read.
+        const QJsonObject head{{QStringLiteral("archive"), text(listing->fileName)},
+                               {QStringLiteral("format"), text(listing->formatName())},
+                               {QStringLiteral("comment"), text(listing->comment)},
+                               {QStringLiteral("size"), static_cast<double>(listing->archiveSize)},
+                               {QStringLiteral("type"), text(listing->typeText)},
+                               {QStringLiteral("editor"), text(listing->editorText)},
+                               {QStringLiteral("total"), listing->headerCount},
+                               {QStringLiteral("status"), listedStatusText(*listing, seconds)}};
+        QByteArray document = QJsonDocument(head).toJson(QJsonDocument::Indented);
+        document.chop(3); // "\n}\n"
+        out().flush();
+        OutputBuffer buffer;
+        buffer.append(std::string_view(document.constData(), size_t(document.size())));
+        buffer.append(",\n    \"entries\": [");
+        std::string line;
+        for (size_t i = 0; i < rows.size(); ++i) {
+            const PodEntry entry = entries[rows[i]];
+            line = i == 0 ? "\n        {\"name\": " : ",\n        {\"name\": ";
+            appendJsonString(line, entry.name);
+            line += ", \"size\": " + std::to_string(entry.size) + ", \"start\": " + std::to_string(entry.start) +
+                    ", \"end\": " + std::to_string(entry.end) + "}";
+            buffer.append(line);
         }
-        const QJsonObject object{{QStringLiteral("archive"), text(listing->fileName)},
-                                 {QStringLiteral("format"), text(listing->formatName())},
-                                 {QStringLiteral("comment"), text(listing->comment)},
-                                 {QStringLiteral("size"), static_cast<double>(listing->archiveSize)},
-                                 {QStringLiteral("type"), text(listing->typeText)},
-                                 {QStringLiteral("editor"), text(listing->editorText)},
-                                 {QStringLiteral("total"), listing->headerCount},
-                                 {QStringLiteral("entries"), entries},
-                                 {QStringLiteral("status"), listedStatusText(*listing, seconds)}};
-        out() << QJsonDocument(object).toJson(QJsonDocument::Indented);
+        buffer.append(rows.empty() ? "]\n}\n" : "\n    ]\n}\n");
+        buffer.flush();
+        std::fflush(stdout);
         return kExitOk;
     }
 
@@ -151,15 +236,35 @@ int runList(const QStringList& args) {
     lines += QStringLiteral("Editor Used: ") + text(listing->editorText) + QLatin1Char('\n');
     lines += QStringLiteral("Total Files: ") + text(listing->totalText()) + QStringLiteral("\n\n");
     out() << lines;
-    // One buffer for every row: listings run to a hundred thousand rows.
-    std::string table;
-    table.reserve(rows.size() * 48);
-    for (const PodEntry* entry : rows) {
-        appendUtf8(table, entry->name);
-        table += '\t' + AddCommas(entry->size) + '\t' + AddCommas(entry->start) + '\t' + AddCommas(entry->end) + '\n';
-    }
     out().flush();
-    std::fwrite(table.data(), 1, table.size(), stdout);
+    // One buffer for every row: listings run to a hundred thousand rows.
+    OutputBuffer buffer;
+    std::string converted;
+    for (quint32 row : rows) {
+        const PodEntry entry = entries[row];
+        char* at = buffer.room(entry.name.size() + 3 * (kMaxGroupedLength + 1));
+        unsigned char high = 0;
+        for (char c : entry.name) {
+            high |= static_cast<unsigned char>(c);
+            *at++ = c;
+        }
+        if (high >= 0x80) { // not plain ASCII: converted from the game's code page
+            buffer.commit(at - entry.name.size());
+            converted.clear();
+            appendUtf8(converted, entry.name);
+            buffer.append(converted);
+            at = buffer.room(3 * (kMaxGroupedLength + 1));
+        }
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.size);
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.start);
+        *at++ = '\t';
+        at = writeWithCommas(at, entry.end);
+        *at++ = '\n';
+        buffer.commit(at);
+    }
+    buffer.flush();
     std::fflush(stdout);
     return kExitOk;
 }
@@ -169,7 +274,7 @@ class ProgressLine {
 public:
     ProgressLine() : m_enabled(korvel_isatty(korvel_fileno(stderr)) != 0) { m_clock.start(); }
 
-    void update(int done, int total, const std::string& name) {
+    void update(int done, int total, std::string_view name) {
         if (!m_enabled || m_clock.elapsed() < 500 || (done < total && m_last.isValid() && m_last.elapsed() < 100))
             return;
         m_last.start();
@@ -217,7 +322,7 @@ int runExtract(const QStringList& args) {
             const std::string wanted = trimBlanks(toGameText(name));
             const size_t before = rows.size();
             for (size_t i = 0; i < listing->entries.size(); ++i)
-                if (equalsIgnoreCase(trimBlanks(listing->entries[i].name), wanted))
+                if (equalsIgnoreCase(trimmedName(listing->entries.nameAt(i)), wanted))
                     rows.push_back(i);
             if (rows.size() == before)
                 return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(name)));
@@ -236,7 +341,7 @@ int runExtract(const QStringList& args) {
     ProgressLine progress;
     const Result<ExtractSummary> summary =
         ExtractFiles(host.files, *listing, rows, *gameDestination, ExtractOptions{true, true},
-                     [&progress](int done, int total, const std::string& name) { progress.update(done, total, name); });
+                     [&progress](int done, int total, std::string_view name) { progress.update(done, total, name); });
     if (!summary)
         return refusedWith(summary.failure());
     out() << extractedSummaryText(*summary) << '\n';
@@ -289,7 +394,7 @@ int runPatch(const QStringList& args, bool convert) {
     const Result<PodDirectory> listing = listArchive(host, positional[0]);
     if (!listing)
         return refusedWith(listing.failure());
-    const PodEntry* entry = findEntry(*listing, positional[1]);
+    const std::optional<PodEntry> entry = findEntry(*listing, positional[1]);
     if (!entry)
         return refusedWith(refused(QStringLiteral("The archive holds no file named %1.").arg(positional[1])));
 

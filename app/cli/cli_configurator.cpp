@@ -10,15 +10,18 @@
 #include "platform/services.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
+#include "tracklist/track_fetch_module.h"
 #include "tracklist/track_list.h"
 #include "tracklist/track_list_download.h"
 #include "tracklist/track_site.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibrary>
 
 namespace korvel::cli {
 
@@ -279,6 +282,25 @@ int runDrivers(const QStringList& args) {
 
 // ---- tracks ----
 
+// Downloads the track list through the download module, found beside the program (the build tree) or
+// in the library folder it is installed to. Only this command loads it, and Qt Network with it.
+TrackListReply fetchTrackListThroughModule(const QUrl& url, std::chrono::milliseconds timeout) {
+    const QString programDir = QCoreApplication::applicationDirPath();
+    QString error;
+    for (const QString& dir : {programDir, programDir + QStringLiteral("/../" KORVEL_LIBDIR "/korvel")}) {
+        QLibrary module(dir + QLatin1Char('/') + QLatin1String(kTrackFetchModule));
+        if (auto fetch = reinterpret_cast<TrackFetchFunction>(module.resolve(kTrackFetchFunction))) {
+            TrackListReply reply;
+            fetch(url, qint64(timeout.count()), reply);
+            return reply;
+        }
+        error = module.errorString();
+    }
+    TrackListReply failed;
+    failed.error = QStringLiteral("the download module could not be loaded: ") + error;
+    return failed;
+}
+
 int runTracks(const QStringList& args) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -330,7 +352,7 @@ int runTracks(const QStringList& args) {
         if (!site.listUrl.isValid() || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
             return usage(QStringLiteral("tracks: --url must be an http or https address."));
     }
-    const TrackListReply reply = fetchTrackList(site.listUrl, site.timeout);
+    const TrackListReply reply = fetchTrackListThroughModule(site.listUrl, site.timeout);
     // The store only takes values in a key that exists; a fresh store has none yet.
     if (reply.ok)
         store.CreateKey(std::string(settings::kProgramKey));

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstring>
 
 namespace korvel::cli {
 
@@ -87,6 +88,11 @@ std::optional<QString> takeCodePageOption(QStringList& args) {
 } // namespace korvel::cli
 
 int main(int argc, char** argv) {
+    // Answered before the application object exists: a version check costs no more than the loader.
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("korvel-cli %d.%d.%d\n", KORVEL_VERSION_MAJOR, KORVEL_VERSION_MINOR, KORVEL_VERSION_PATCH);
+        return 0;
+    }
     // Help texts name the program as users type it, whatever path started it.
     static char programName[] = "korvel-cli";
     if (argc > 0)

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvel {
@@ -25,25 +26,31 @@ struct ExtractOptions {
 
 // Called before each entry with the number of entries done so far, and once at the end with
 // done == total and an empty name.
-using ExtractProgress = std::function<void(int done, int total, const std::string& name)>;
+using ExtractProgress = std::function<void(int done, int total, std::string_view name)>;
 
 struct ExtractSummary {
-    int files = 0;
-    qint64 bytes = 0;
+    int files = 0;       // files the run left on disk: entries less those written over
+    qint64 bytes = 0;    // bytes of every entry extracted
     double seconds = 0;
+    int overwritten = 0; // entries whose file a later entry of the run wrote over (names equal but for case)
 };
 
 QString corruptPodText();   // "This POD appears to be corrupt!"
 QString fileNotFoundText(); // "File not found!"
 // "Extracting TRUCK.BIN.." for the status line while an entry is copied.
-QString extractingText(const std::string& name);
-// "3 files (12,345 bytes) extracted in 0.27s!"
+QString extractingText(std::string_view name);
+// "3 files (12,345 bytes) extracted in 0.27s!", followed by " 1 file written over by a later entry."
+// when entries shared a name.
 QString extractedSummaryText(const ExtractSummary& summary);
+// "ART\X.RAW was not extracted: /dest/art is a link, and Korvel never writes through links."
+QString linkRefusedText(std::string_view entryName, const QString& hostPath);
 
 // Copies the entries `rows` (indices into listing.entries, in list order) of the listed archive into
 // `destination` (a game folder, with or without its trailing "\"), each at its name taken as a path
 // beneath it. A row whose start or end lies beyond the archive, or whose name would leave the
 // destination, stops the run with a ReadError carrying corruptPodText(); rows before it are written.
+// Beneath the destination no link is ever followed: a folder or file that is a link (matched without
+// regard to case, as every name is) stops the run with a WriteError carrying linkRefusedText().
 Result<ExtractSummary> ExtractFiles(const FileServices& files, const PodDirectory& listing,
                                     const std::vector<size_t>& rows, const std::string& destination,
                                     const ExtractOptions& options = {}, const ExtractProgress& progress = {});

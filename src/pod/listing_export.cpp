@@ -7,9 +7,9 @@ namespace {
 constexpr size_t kPrintZone = 14; // the width of a print zone of the old runtime's Print statement
 
 // Appends the items as a comma-separated Print would: each item starts at the next zone boundary.
-void printZones(std::string& line, std::initializer_list<std::string> items) {
+void printZones(std::string& line, std::initializer_list<std::string_view> items) {
     bool first = true;
-    for (const std::string& item : items) {
+    for (std::string_view item : items) {
         if (!first) {
             const size_t next = (line.size() / kPrintZone + 1) * kPrintZone;
             line.append(next - line.size(), ' ');
@@ -29,10 +29,19 @@ std::string exportPathFor(const std::string& folder, const std::string& fileName
 std::string listingExportText(const PodDirectory& listing, bool sorted) {
     static const std::string kEnd = "\r\n";
     std::string text = "// " + listing.nameText() + kEnd;
-    for (const PodEntry* entry : displayOrder(listing, sorted)) {
-        std::string line;
-        printZones(line, {entry->name, "// " + AddCommas(entry->size), AddCommas(entry->start), AddCommas(entry->end)});
-        text += line + kEnd;
+    std::string line, size, start, end;
+    for (quint32 row : displayOrder(listing, sorted)) {
+        const PodEntry entry = listing.entries[row];
+        line.clear();
+        size.assign("// ");
+        appendWithCommas(size, entry.size);
+        start.clear();
+        appendWithCommas(start, entry.start);
+        end.clear();
+        appendWithCommas(end, entry.end);
+        printZones(line, {entry.name, size, start, end});
+        text += line;
+        text += kEnd;
     }
     text += kEnd;
     text += "// Editor Used: " + listing.editorText + kEnd;

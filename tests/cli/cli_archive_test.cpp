@@ -62,6 +62,31 @@ TEST_F(CliArchive, extractMakesFoldersReplacesFilesAndPrintsTheSummary) {
     EXPECT_EQ(cli({"extract", archive, "--to", path("one"), "NOPE.BIN"}).status, 1);
 }
 
+TEST_F(CliArchive, archiveCommandsStartWithoutLoadingQtNetworkWhichOnlyTheTrackUpdateLoads) {
+#ifndef Q_OS_LINUX
+    GTEST_SKIP() << "the dynamic loader's trace is read on Linux";
+#else
+    const QString archive = trucks();
+    const QStringList trace{"LD_DEBUG=libs"};
+    const std::vector<QStringList> commands = {{"--version"},
+                                               {"list", archive},
+                                               {"list", "--json", archive},
+                                               {"extract", archive, "--to", path("out")},
+                                               {"export", archive}};
+    for (const QStringList& command : commands) {
+        const CliRun run = cli(command, trace);
+        EXPECT_EQ(run.status, 0) << command.join(' ').toStdString();
+        EXPECT_TRUE(run.err.contains("libQt6Core")) << "the loader's trace is read";
+        EXPECT_FALSE(run.err.contains("libQt6Network")) << command.join(' ').toStdString() << " loads Qt Network";
+    }
+    // The download module brings it in, and only there (nothing listens at the address).
+    const CliRun update = cli({"tracks", "update"}, trace);
+    EXPECT_EQ(update.status, 1);
+    EXPECT_TRUE(update.err.contains("korvel_track_fetch")) << update.err.right(2000).toStdString();
+    EXPECT_TRUE(update.err.contains("libQt6Network"));
+#endif
+}
+
 TEST_F(CliArchive, exportWritesTheTextFileBesideTheArchive) {
     const CliRun run = cli({"export", trucks("A.B.POD")});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();

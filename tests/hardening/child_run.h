@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QProcess>
 
 #include <chrono>
@@ -7,7 +8,12 @@
 
 #ifdef Q_OS_UNIX
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <vector>
 #endif
 
 #if defined(__has_feature)
@@ -24,6 +30,7 @@ namespace korvel::testing {
 // Limits a child process runs under. Zero means no limit.
 struct ChildLimits {
     std::chrono::milliseconds timeout{20000};
+    QString workingDirectory; // empty: this process's
     qint64 addressSpace = 0; // bytes of virtual memory (ignored under AddressSanitizer, which reserves terabytes)
     qint64 fileSize = 0;     // the largest file the child may write; writes beyond fail with EFBIG
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -66,6 +73,8 @@ inline ChildResult runChild(const QString& program, const QStringList& arguments
         }
     });
 #endif
+    if (!limits.workingDirectory.isEmpty())
+        process.setWorkingDirectory(limits.workingDirectory);
     process.start(program, arguments);
     result.started = process.waitForStarted(10000);
     if (!result.started)
@@ -98,5 +107,66 @@ inline bool runAndKill(const QString& program, const QStringList& arguments, std
     process.waitForFinished(10000);
     return running && process.exitStatus() == QProcess::CrashExit;
 }
+
+#ifdef Q_OS_UNIX
+// What one child process cost, as the system accounted it when the child was reaped.
+struct MeasuredResult {
+    bool finished = false; // ended by itself before the deadline
+    int exitCode = -1;
+    qint64 peakRssKiB = 0; // the child's largest resident set
+    double cpuSeconds = 0; // user + system time
+    QByteArray err;        // standard output goes to `outFile`
+};
+
+// Runs `program` with standard output into `outFile` and reaps it with wait4(), which reports that
+// one child's peak memory and processor time (QProcess cannot tell them).
+inline MeasuredResult runMeasured(const QString& program, const QStringList& arguments, const QString& outFile,
+                                  std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
+    MeasuredResult result;
+    std::vector<QByteArray> storage{program.toLocal8Bit()};
+    for (const QString& argument : arguments)
+        storage.push_back(argument.toLocal8Bit());
+    std::vector<char*> argv;
+    for (QByteArray& item : storage)
+        argv.push_back(item.data());
+    argv.push_back(nullptr);
+    const QByteArray errPath = (outFile + QStringLiteral(".err")).toLocal8Bit();
+    const int out = ::open(outFile.toLocal8Bit().constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const int err = ::open(errPath.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (out < 0 || err < 0)
+        return result;
+    const pid_t pid = ::fork();
+    if (pid == 0) { // only async-signal-safe calls until exec
+        ::dup2(out, 1);
+        ::dup2(err, 2);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    ::close(out);
+    ::close(err);
+    if (pid < 0)
+        return result;
+    int status = 0;
+    rusage usage{};
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    pid_t done = 0;
+    while ((done = ::wait4(pid, &status, WNOHANG, &usage)) == 0 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    if (done == 0) {
+        ::kill(pid, SIGKILL);
+        ::wait4(pid, &status, 0, &usage);
+    } else {
+        result.finished = WIFEXITED(status);
+        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    result.peakRssKiB = usage.ru_maxrss;
+    result.cpuSeconds = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                        double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    QFile errors(QString::fromLocal8Bit(errPath));
+    if (errors.open(QIODevice::ReadOnly))
+        result.err = errors.readAll();
+    return result;
+}
+#endif
 
 } // namespace korvel::testing

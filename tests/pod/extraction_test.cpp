@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QDirIterator>
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 using namespace korvel;
@@ -59,7 +61,7 @@ TEST(Extraction, copiesSelectedEntriesBeneathTheDestinationAndSumsTheirSizes) {
     drive.write(kOut + "\\SUB\\keep.txt", "x");
     std::vector<std::tuple<int, int, std::string>> calls;
     auto done = ExtractFiles(drive.files(), listing, {0, 1, 2}, kOut, {},
-                             [&](int k, int total, const std::string& name) { calls.emplace_back(k, total, name); });
+                             [&](int k, int total, std::string_view name) { calls.emplace_back(k, total, std::string(name)); });
     ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
     EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "alpha" + std::string(95, '.')); // overwritten in place
     EXPECT_EQ(drive.read(kOut + "\\SUB\\B.BIN"), "bravo!");
@@ -162,4 +164,73 @@ TEST(MassExtract, extractsEveryArchiveIntoTheGameFolderAndStopsOnAMissingOne) {
     EXPECT_EQ(listed, (std::vector<std::string>{"C:\\Game\\ONE.POD", "C:\\Game\\TWICE.POD"}));
     EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "kept");
     EXPECT_EQ(drive.read("C:\\Game\\SAME.TXT"), "first");
+}
+
+TEST(Extraction, copiesEveryCorpusShapeByteForByteUnderBothRules) {
+    // Many small entries in folders, entries larger than the read window and copied in the kernel,
+    // empty ones, and data laid out against directory order (so every read path is taken).
+    struct Shape {
+        const char* what;
+        std::vector<std::pair<std::string, std::string>> entries;
+    };
+    std::vector<Shape> shapes(3);
+    shapes[0].what = "many small entries in folders";
+    for (int i = 0; i < 600; ++i)
+        shapes[0].entries.emplace_back("F" + std::to_string(i % 7) + "\\E" + std::to_string(i) + ".BIN",
+                                       std::string(size_t(40 + i % 90), char('a' + i % 26)));
+    shapes[1].what = "entries of every size, one of them empty";
+    for (int i = 0; i < 12; ++i) {
+        std::string data(size_t(i == 5 ? 0 : (1 << (i + 6)) + i), '\0');
+        for (size_t b = 0; b < data.size(); ++b)
+            data[b] = char((b * 31 + size_t(i)) & 0xFF);
+        shapes[1].entries.emplace_back("SIZES\\S" + std::to_string(i) + ".DAT", data);
+    }
+    shapes[2].what = "two large entries and small ones between";
+    shapes[2].entries = {{"BIG1.BIN", std::string(3 << 20, 'x')}, {"SMALL.TXT", "tiny"},
+                         {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')}, {"LAST.TXT", "last"}};
+    for (const Shape& shape : shapes) {
+        for (bool cli : {false, true}) {
+            SCOPED_TRACE(std::string(shape.what) + (cli ? " (command line)" : " (desktop)"));
+            TempDrive drive;
+            PodWriter pod;
+            for (const auto& [name, data] : shape.entries)
+                pod.add(name, data);
+            std::string bytes = pod.pod1();
+            PodDirectory listing = listed(drive, bytes);
+            std::vector<size_t> rows = allRows(listing);
+            std::reverse(rows.begin(), rows.end()); // reads run against the data's order
+            drive.write(kOut + "\\seed.txt", "s");
+            if (!cli) // the desktop makes one folder level only
+                drive.makeFolder(kOut + "\\DEEP");
+            auto done = ExtractFiles(drive.files(), listing, rows, kOut, ExtractOptions{cli, cli});
+            ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
+            EXPECT_EQ(done->files, int(shape.entries.size()));
+            for (const auto& [name, data] : shape.entries)
+                ASSERT_EQ(drive.read(kOut + "\\" + name), data) << name;
+        }
+    }
+}
+
+TEST(Extraction, entriesEqualButForCaseWriteOneFileAndTheSummarySaysSo) {
+    for (bool cli : {false, true}) {
+        SCOPED_TRACE(cli);
+        TempDrive drive;
+        PodWriter pod;
+        pod.add("A.TXT", "first, longer").add("SUB\\x.bin", "1").add("a.txt", "second").add("sub\\X.BIN", "2");
+        PodDirectory listing = listed(drive, pod.pod2());
+        drive.write(kOut + "\\seed.txt", "s");
+        auto done = ExtractFiles(drive.files(), listing, allRows(listing), kOut, ExtractOptions{cli, cli});
+        ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
+        EXPECT_EQ(done->files, 2);
+        EXPECT_EQ(done->overwritten, 2);
+        EXPECT_EQ(filesOnDrive(drive).filter(QStringLiteral("Out/")),
+                  (QStringList{"Out/A.TXT", "Out/SUB/x.bin", "Out/seed.txt"}));
+        // The command line replaces the file whole; the desktop writes over it in place.
+        EXPECT_EQ(drive.read(kOut + "\\A.TXT"), cli ? "second" : "second longer");
+        EXPECT_EQ(drive.read(kOut + "\\SUB\\x.bin"), "2");
+    }
+    EXPECT_EQ(extractedSummaryText(ExtractSummary{1, 12, 0.5, 1}),
+              "1 files (12 bytes) extracted in 0.5s! 1 file written over by a later entry.");
+    EXPECT_EQ(extractedSummaryText(ExtractSummary{4, 12, 0.5, 3}),
+              "4 files (12 bytes) extracted in 0.5s! 3 files written over by a later entry.");
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace korvel;
 using korvel::testing::PodWriter;
 using korvel::testing::putInt32;
@@ -36,6 +38,13 @@ TEST(AddCommas, groupsThousandsWithCommasAndShowsZeroAsZero) {
     for (double value : {0.0, 0.4, 999.0, 1000.0, 1234567.0, -1234.0, 2147483647.0})
         all += AddCommas(value) + " ";
     EXPECT_EQ(all, "0 0 999 1,000 1,234,567 -1,234 2,147,483,647 ");
+    std::string grouped;
+    for (qint64 value : {qint64(0), qint64(7), qint64(100), qint64(1000), qint64(-999), qint64(-1000),
+                         qint64(-2147483647) - 1, std::numeric_limits<qint64>::min()}) {
+        appendWithCommas(grouped, value);
+        grouped += ' ';
+    }
+    EXPECT_EQ(grouped, "0 7 100 1,000 -999 -1,000 -2,147,483,648 -9,223,372,036,854,775,808 ");
 }
 
 TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets) {
@@ -52,7 +61,7 @@ TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets
         EXPECT_EQ(listing->pod2, two);
         EXPECT_EQ(listing->comment, "Stock trucks");
         ASSERT_EQ(listing->entries.size(), 2u);
-        EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "TRUCK\\A.TRK|ART\\B.RAW");
+        EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name), "TRUCK\\A.TRK|ART\\B.RAW");
         EXPECT_EQ(listing->entries[0].size, 3);
         EXPECT_EQ(listing->entries[1].end - listing->entries[0].start, 1003);
         EXPECT_EQ(listing->typeText, two ? "Truck (POD2)" : "Truck");
@@ -72,7 +81,7 @@ TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
     putInt32(bytes, 96 + 8, dataStart - 2);
     auto listing = listBytes(drive, bytes);
     ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
-    EXPECT_EQ(listing->entries[0].name + "|" + listing->entries[1].name, "A.BIN|B.B");
+    EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name), "A.BIN|B.B");
     // Six bytes earlier: one name for two entries; before the table: a negative length.
     putInt32(bytes, 96 + 8, dataStart - 6);
     expectFailure(listBytes(drive, bytes), FailureKind::UnexpectedError,
@@ -80,6 +89,45 @@ TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
     putInt32(bytes, 96 + 8, 50);
     expectFailure(listBytes(drive, bytes), FailureKind::UnexpectedError,
                   unexpectedErrorText(5, "Invalid procedure call or argument"));
+}
+
+TEST(PodDirectory, splitsTheNameTableOnlyUpToTheCountAndRefusesOverlongNames) {
+    TempDrive drive;
+    PodWriter pod;
+    pod.add("A.BIN", "aa").add("B.BIN", "bb");
+    std::string bytes = pod.pod2();
+    // Entry 0's data said to start far later: the table then holds the data bytes and more names.
+    std::string padded = bytes.substr(0, 96 + 40) + "A.BIN" + std::string(1, '\0') + "B.BIN" + std::string(5000, '\0') +
+                         std::string(100000, 'N');
+    putInt32(padded, 96 + 8, std::int32_t(padded.size()));
+    padded += "aabb";
+    auto listing = listBytes(drive, padded);
+    ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
+    ASSERT_EQ(listing->entries.size(), 2u);
+    EXPECT_EQ(listing->entries[1].name, "B.BIN");
+    EXPECT_LT(listing->entries.memoryBytes(), 1000u) << "nothing of the table beyond the names wanted is kept";
+    // A first name longer than any path: unreadable, not held.
+    std::string overlong = bytes.substr(0, 96 + 40) + std::string(size_t(kMaxPodNameLength) + 1, 'L') +
+                           std::string(1, '\0') + "B.BIN";
+    putInt32(overlong, 96 + 8, std::int32_t(overlong.size() + 1));
+    expectFailure(listBytes(drive, overlong + std::string(1, '\0') + "aabb"), FailureKind::ReadError,
+                  unreadablePodText());
+    overlong.erase(96 + 40, 1); // exactly the longest name kept
+    putInt32(overlong, 96 + 8, std::int32_t(overlong.size() + 1));
+    listing = listBytes(drive, overlong + std::string(1, '\0') + "aabb");
+    ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
+    EXPECT_EQ(listing->entries[0].name.size(), size_t(kMaxPodNameLength));
+}
+
+TEST(PodDirectory, sortsRowsByNameIgnoringCaseWithTiesInDirectoryOrder) {
+    TempDrive drive;
+    PodWriter pod;
+    for (const char* name : {"b.bin", "A.BIN", "\xe9.BIN", "a.bin", "B.BIN", "\xc9.bin", "_.BIN"})
+        pod.add(name, "x");
+    auto listing = listBytes(drive, pod.pod2());
+    ASSERT_TRUE(listing.ok());
+    EXPECT_EQ(displayOrder(*listing, true), (std::vector<quint32>{1, 3, 0, 4, 6, 2, 5}));
+    EXPECT_EQ(displayOrder(*listing, false), (std::vector<quint32>{0, 1, 2, 3, 4, 5, 6}));
 }
 
 TEST(PodDirectory, refusesOverflowingAndImpossibleDirectoriesWithThePod3Message) {

@@ -41,8 +41,8 @@ quint32 field(const std::string& bytes, size_t offset) {
 
 std::vector<std::string> names(const PodDirectory& listing) {
     std::vector<std::string> out;
-    for (const PodEntry& entry : listing.entries)
-        out.push_back(entry.name);
+    for (const PodEntry entry : listing.entries)
+        out.emplace_back(entry.name);
     return out;
 }
 
@@ -165,8 +165,8 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         EXPECT_EQ(names(*listing), (std::vector<std::string>{"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN",
                                                              "big.bin", "empty.bin", "Zeta.bin"}));
         // Data in directory order, packed without gaps, right after the directory.
-        qint32 expectedStart = listing->entries.front().start;
-        for (const PodEntry& entry : listing->entries) {
+        qint32 expectedStart = listing->entries[0].start;
+        for (const PodEntry entry : listing->entries) {
             EXPECT_EQ(entry.start, expectedStart) << entry.name;
             expectedStart = entry.end;
         }

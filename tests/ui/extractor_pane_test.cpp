@@ -366,8 +366,7 @@ TEST(ExtractorPaneTrackTools, compatiblizingADemoTruckSetsItsVersionDigitToSix) 
 TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {
     korvel::PodDirectory listing;
     for (qint32 i = 0; i < 100000; ++i)
-        listing.entries.push_back(
-            {"FILE" + std::to_string((i * 7919) % 100000) + ".BIN", 10, 100 + 10 * i, 110 + 10 * i});
+        listing.entries.add("FILE" + std::to_string((i * 7919) % 100000) + ".BIN", 10, 100 + 10 * i);
     listing.headerCount = 100000;
     korvel::ListingModel model;
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);

@@ -356,7 +356,7 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
     sincePaint.start();
     Result<ExtractSummary> done = korvel::ExtractFiles(
         m_services.files, m_model->listing(), entries, destination, {},
-        [&](int count, int, const std::string& name) { showProgress(count, name, sincePaint); });
+        [&](int count, int, std::string_view name) { showProgress(count, name, sincePaint); });
     m_working = false;
     if (!done) {
         stopRun(done.failure());
@@ -375,7 +375,7 @@ void ExtractorPane::beginRun(size_t entries) {
     m_working = true;
 }
 
-void ExtractorPane::showProgress(int done, const std::string& name, QElapsedTimer& sincePaint) {
+void ExtractorPane::showProgress(int done, std::string_view name, QElapsedTimer& sincePaint) {
     m_progressBar->setValue(done);
     if (!name.empty())
         m_statusLabel->setText(extractingText(name));
@@ -462,7 +462,7 @@ void ExtractorPane::runMassExtract() {
         beginRun(rowCount);
         return entries;
     };
-    hooks.progress = [&](int done, int, const std::string& name) { showProgress(done, name, sincePaint); };
+    hooks.progress = [&](int done, int, std::string_view name) { showProgress(done, name, sincePaint); };
     hooks.extracted = [&](const ExtractSummary& summary) {
         extracting = false;
         m_working = false;

@@ -123,7 +123,7 @@ private:
     // An extraction run: its start, each entry, its end, and a stop midway (reported, then the pane
     // recovers).
     void beginRun(size_t entries);
-    void showProgress(int done, const std::string& name, QElapsedTimer& sincePaint);
+    void showProgress(int done, std::string_view name, QElapsedTimer& sincePaint);
     void endRun(const ExtractSummary& summary, size_t entries);
     void stopRun(const Failure& fault);
     void setExtractControlsEnabled(bool enabled);

@@ -3,9 +3,18 @@
 #include "platform/game_text.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace korvel {
+
+namespace {
+
+QString groupedText(qint32 value) {
+    std::string text;
+    appendWithCommas(text, value);
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
 
 ListingModel::ListingModel(QObject* parent) : QAbstractTableModel(parent) {}
 
@@ -24,23 +33,15 @@ void ListingModel::clear() {
     endResetModel();
 }
 
-std::vector<size_t> ListingModel::orderFor(bool sorted, Qt::SortOrder order) const {
-    std::vector<size_t> rows(m_listing.entries.size());
-    if (!sorted) {
-        std::iota(rows.begin(), rows.end(), size_t(0));
-        return rows;
-    }
+std::vector<quint32> ListingModel::orderFor(bool sorted, Qt::SortOrder order) const {
     // The export's own order, so the list and the export never disagree.
-    const std::vector<const PodEntry*> shown = displayOrder(m_listing, true);
-    const PodEntry* first = m_listing.entries.data();
-    for (size_t i = 0; i < shown.size(); ++i)
-        rows[i] = static_cast<size_t>(shown[i] - first);
-    if (order == Qt::DescendingOrder)
+    std::vector<quint32> rows = displayOrder(m_listing, sorted);
+    if (sorted && order == Qt::DescendingOrder)
         std::reverse(rows.begin(), rows.end());
     return rows;
 }
 
-const PodEntry& ListingModel::entryAt(int row) const {
+PodEntry ListingModel::entryAt(int row) const {
     return m_listing.entries[entryIndex(row)];
 }
 
@@ -55,7 +56,7 @@ int ListingModel::columnCount(const QModelIndex& parent) const {
 QVariant ListingModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.parent().isValid() || index.row() >= rowCount() || index.column() >= ColumnCount)
         return {};
-    const PodEntry& entry = entryAt(index.row());
+    const PodEntry entry = entryAt(index.row());
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
@@ -63,11 +64,11 @@ QVariant ListingModel::data(const QModelIndex& index, int role) const {
         case NameColumn:
             return fromGameText(entry.name);
         case SizeColumn:
-            return QString::fromStdString(AddCommas(entry.size));
+            return groupedText(entry.size);
         case StartColumn:
-            return QString::fromStdString(AddCommas(entry.start));
+            return groupedText(entry.start);
         case EndColumn:
-            return QString::fromStdString(AddCommas(entry.end));
+            return groupedText(entry.end);
         default:
             return {};
         }

@@ -10,8 +10,8 @@ namespace korvel {
 
 // The Extractor's file list: one row per stored file of the listed archive, with the columns
 // "Name", "Size (bytes)", "Start Position" and "End Position" (sizes grouped with ","). The listing
-// itself is the only copy of the rows; texts are made when a view asks for them, so very large
-// archives list and scroll at once.
+// itself is the only copy of the rows (16 bytes a row besides the names, plus 4 for the order);
+// texts are made when a view asks for them, so very large archives list and scroll at once.
 //
 // Rows are shown in directory order, or by name when sorted (as Autosort asks), in exactly the order
 // the listing export writes them.
@@ -31,7 +31,7 @@ public:
     bool isSorted() const { return m_sorted; }
 
     // The listing's entry shown in `row`, and the directory index behind it.
-    const PodEntry& entryAt(int row) const;
+    PodEntry entryAt(int row) const;
     size_t entryIndex(int row) const { return m_order[static_cast<size_t>(row)]; }
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -43,10 +43,10 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
 private:
-    std::vector<size_t> orderFor(bool sorted, Qt::SortOrder order) const;
+    std::vector<quint32> orderFor(bool sorted, Qt::SortOrder order) const;
 
     PodDirectory m_listing;
-    std::vector<size_t> m_order; // row -> index into m_listing.entries
+    std::vector<quint32> m_order; // row -> index into m_listing.entries
     bool m_sorted = false;
 };
 
