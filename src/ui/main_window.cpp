@@ -182,6 +182,7 @@ void MainWindow::ShowConfigurator(const QString& slide) {
 
 void MainWindow::showMode(Mode mode, bool slide) {
     m_slider->bringUp(mode, slide);
+    m_statusBar->setCurrentMode(mode);
     setWindowTitle(applicationTitle() + QStringLiteral(" - ") + fromGameText(m_session.currentGame) +
                    QStringLiteral(" - [") + modeName(mode) + QLatin1Char(']'));
 }

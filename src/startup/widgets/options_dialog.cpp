@@ -57,6 +57,7 @@ OptionsDialog::OptionsDialog(SettingsStore& store, const Session& session, Dialo
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("tabOptions"));
+    m_tabs->setAccessibleName(QStringLiteral("Options"));
     m_tabs->addTab(buildGeneral(), QStringLiteral("General"));
     m_tabs->addTab(buildAutosave(), QStringLiteral("Autosave"));
     m_tabs->addTab(buildLock(), QStringLiteral("Lock"));
@@ -144,10 +145,13 @@ QWidget* OptionsDialog::buildPaths() {
     m_chkBrowse = check("chkBrowse", QStringLiteral("\"Browse\" starts in this directory:"), page);
     m_browseDir = new QLineEdit(page);
     m_browseDir->setObjectName(QStringLiteral("txtBrowseDir"));
+    m_browseDir->setAccessibleName(QStringLiteral("\"Browse\" starts in this directory"));
     m_cmdBrowseDir = button("cmdBrowseDir", QStringLiteral("..."), page);
     m_cmdBrowseDir->setToolTip(kFolderPrompt);
+    m_cmdBrowseDir->setAccessibleName(QStringLiteral("Choose the directory"));
     m_extraDirs = new QListWidget(page);
     m_extraDirs->setObjectName(QStringLiteral("lstExtraDirs"));
+    m_extraDirs->setAccessibleName(QStringLiteral("Extra Search Directories"));
     auto* add = button("cmdAdd", QStringLiteral("&Add..."), page);
     auto* remove = button("cmdRemove", QStringLiteral("&Remove"), page);
     auto* show = button("cmdShow", QStringLiteral("Show"), page);
