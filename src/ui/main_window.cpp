@@ -12,6 +12,7 @@
 #include "startup/session.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
+#include "startup/web_addresses.h"
 #include "startup/widgets/options_dialog.h"
 #include "window_settings.h"
 
@@ -214,13 +215,19 @@ void MainWindow::toggleAssociation() {
 QDialog* MainWindow::showOptions() {
     auto* dialog = new OptionsDialog(m_store, m_session, m_services.dialogs, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &OptionsDialog::saved, this, &MainWindow::applyButtonLooks);
+    connect(dialog, &OptionsDialog::saved, this, [this] {
+        applyButtonLooks();
+        emit optionsSaved();
+    });
     dialog->open();
     return dialog;
 }
 
 QDialog* MainWindow::showAbout() {
-    auto* dialog = new AboutDialog(fromGameText(m_session.versionText), m_services.shell, this);
+    const ProgramSettings settings(m_store);
+    const AboutDialog::Links links{addressInForce(settings, WebAddress::Home),
+                                   addressInForce(settings, WebAddress::Support)};
+    auto* dialog = new AboutDialog(fromGameText(m_session.versionText), links, m_services.shell, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
     return dialog;

@@ -47,17 +47,17 @@ QAccessibleInterface* modePanelAccessible(const QString& className, QObject* obj
 } // namespace
 
 ModePanel::ModePanel(Mode mode, QWidget* parent) : QAbstractButton(parent), m_mode(mode) {
+    static const bool kFactoryInstalled = [] {
+        QAccessible::installFactory(&modePanelAccessible);
+        return true;
+    }();
+    Q_UNUSED(kFactoryInstalled);
     setObjectName(QStringLiteral("pnl") + modeName(mode));
     setText(modeName(mode));
     setAccessibleName(modeName(mode));
     setCheckable(true);
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    static const bool kFactoryInstalled = [] {
-        QAccessible::installFactory(&modePanelAccessible);
-        return true;
-    }();
-    Q_UNUSED(kFactoryInstalled);
 }
 
 void ModePanel::setCurrent(bool current) {

@@ -23,6 +23,8 @@ namespace korvel {
 
 namespace {
 
+const QString kDownloadTip = QStringLiteral("Open the add-on tracks' web site in the browser");
+
 template <typename W> W* named(W* widget, const char* name) {
     widget->setObjectName(QString::fromLatin1(name));
     return widget;
@@ -107,7 +109,7 @@ void ConfiguratorPane::buildControls() {
 
     m_downloadButton = named(new ui::GoldButton(QStringLiteral("&Download Tracks..."), this), "cmdDownload");
     m_downloadButton->setGeometry(ui::twipsRect(120, 5520, 2400, 375, this));
-    m_downloadButton->setToolTip(QStringLiteral("Open the add-on tracks' web site in the browser"));
+    m_downloadButton->setToolTip(kDownloadTip);
     m_downloadButton->setEnabled(false);
     connect(m_downloadButton, &ui::GoldButton::clicked, this, [this] {
         if (!m_downloadAddress.isEmpty())
@@ -119,9 +121,10 @@ void ConfiguratorPane::buildControls() {
     connect(m_saveButton, &ui::GoldButton::clicked, this, [this] { save(); });
 }
 
-void ConfiguratorPane::setDownloadAddress(const QString& address) {
+void ConfiguratorPane::setDownloadAddress(const QString& address, const QString& missingHint) {
     m_downloadAddress = address;
     m_downloadButton->setEnabled(!address.isEmpty());
+    m_downloadButton->setToolTip(address.isEmpty() ? missingHint : kDownloadTip);
 }
 
 bool ConfiguratorPane::report(const Failure& failure) {

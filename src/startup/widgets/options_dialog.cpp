@@ -6,6 +6,7 @@
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
+#include "web_addresses_page.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -62,6 +63,8 @@ OptionsDialog::OptionsDialog(SettingsStore& store, const Session& session, Dialo
     m_tabs->addTab(buildAutosave(), QStringLiteral("Autosave"));
     m_tabs->addTab(buildLock(), QStringLiteral("Lock"));
     m_tabs->addTab(buildPaths(), QStringLiteral("Paths"));
+    m_web = new WebAddressesPage(m_store);
+    m_tabs->addTab(m_web, QStringLiteral("Web"));
     connect(m_tabs, &QTabWidget::currentChanged, this, &OptionsDialog::focusPage);
 
     auto* ok = button("cmdOK", QStringLiteral("OK"), this);
@@ -273,6 +276,9 @@ void OptionsDialog::focusPage(int index) {
     case 3:
         target = m_chkBrowse;
         break;
+    case 4:
+        target = m_web->firstBox();
+        break;
     default:
         return;
     }
@@ -280,6 +286,11 @@ void OptionsDialog::focusPage(int index) {
 }
 
 void OptionsDialog::save() {
+    if (QLineEdit* unusable = m_web->refuseUnusable(m_dialogs)) {
+        m_tabs->setCurrentWidget(m_web);
+        unusable->setFocus();
+        return;
+    }
     m_store.CreateKey(settings::profileKey(m_profile));
     ProfileSettings profile(m_store, m_profile);
     AutosaveSwitches autosave;
@@ -301,6 +312,7 @@ void OptionsDialog::save() {
     profile.setExtraDirs(dirs);
     const int lock = m_lock->checkedId();
     profile.setLock(lock > 0 && lock <= 3 ? static_cast<ScreenLock>(lock) : ScreenLock::None);
+    m_web->save();
     emit saved();
     accept();
 }

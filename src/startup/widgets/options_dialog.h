@@ -17,18 +17,21 @@ namespace korvel {
 
 class Dialogs;
 class SettingsStore;
+class WebAddressesPage;
 struct Session;
 
-// `frmOptions`: the loaded profile's preferences on four pages (General, Autosave, Lock, Paths).
-// The dialog works on its controls only; OK writes everything to the profile's key and announces
-// it with saved(), Cancel writes nothing.
+// `frmOptions`: the loaded profile's preferences on four pages (General, Autosave, Lock, Paths),
+// and the program's web addresses on a fifth (Web). The dialog works on its controls only; OK
+// writes everything to the profile's key (and the changed addresses to the program key) and
+// announces it with saved(), Cancel writes nothing.
 class OptionsDialog : public QDialog {
     Q_OBJECT
 
 public:
     OptionsDialog(SettingsStore& store, const Session& session, Dialogs& dialogs, QWidget* parent = nullptr);
 
-    // OK: writes the values in their fixed order, then closes.
+    // OK: writes the values in their fixed order, then closes. An address that cannot be used keeps
+    // the dialog open on it, with nothing written.
     void save();
     // The extra-folder list's buttons.
     void addExtraDir();
@@ -72,6 +75,7 @@ private:
     QLineEdit* m_browseDir = nullptr;
     QPushButton* m_cmdBrowseDir = nullptr;
     QListWidget* m_extraDirs = nullptr;
+    WebAddressesPage* m_web = nullptr;
 };
 
 } // namespace korvel
