@@ -3,8 +3,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QKeyEvent>
-#include <QStyleOptionFocusRect>
-#include <QStylePainter>
+#include <QPainter>
 
 namespace korvel::ui {
 
@@ -78,11 +77,10 @@ QSize ModePanel::sizeHint() const {
 void ModePanel::paintEvent(QPaintEvent*) {
     if (!hasFocus())
         return;
-    QStylePainter painter(this);
-    QStyleOptionFocusRect option;
-    option.initFrom(this);
-    option.rect = rect().adjusted(2, 2, -2, -2);
-    painter.drawPrimitive(QStyle::PE_FrameFocusRect, option);
+    // Drawn whatever the style: some draw a focus frame only after a key moved the focus.
+    QPainter painter(this);
+    painter.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
+    painter.drawRect(rect().adjusted(1, 1, -2, -2));
 }
 
 void ModePanel::keyPressEvent(QKeyEvent* event) {
