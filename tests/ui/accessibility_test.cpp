@@ -82,8 +82,12 @@ TEST(Accessibility, everyControlOfTheWindowAndItsDialogsHasAName) {
     OptionsDialog options(rig.store, session, rig.drive.dialogs());
     GamesDialog games;
     PaletteWindow palette(rig.drive.services());
-    const std::pair<const char*, QWidget*> forms[] = {
-        {"frmMain", &rig.window()}, {"frmOptions", &options}, {"frmGames", &games}, {"frmPalette", &palette}};
+    QDialog* about = rig.window().showAbout();
+    const std::pair<const char*, QWidget*> forms[] = {{"frmMain", &rig.window()},
+                                                      {"frmOptions", &options},
+                                                      {"frmGames", &games},
+                                                      {"frmPalette", &palette},
+                                                      {"frmAbout", about}};
     for (const auto& [name, form] : forms) {
         SCOPED_TRACE(name);
         EXPECT_EQ(unnamedControls(form).join(QStringLiteral(", ")).toStdString(), "");
