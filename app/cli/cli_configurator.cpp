@@ -11,6 +11,7 @@
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "tracklist/track_fetch_module.h"
+#include "startup/web_addresses.h"
 #include "tracklist/track_list.h"
 #include "tracklist/track_list_download.h"
 #include "tracklist/track_site.h"
@@ -319,12 +320,12 @@ int runTracks(const QStringList& args) {
     if (positional.size() != 1 || (action != QLatin1String("list") && action != QLatin1String("update")))
         return usage(QStringLiteral("tracks: use list or update (see --help)."));
 
-    TrackSite site = TrackSite::fromEnvironment();
     CommandLineDialogs dialogs;
     std::unique_ptr<RegistryService> registry = createRegistry();
     SettingsStore store(*registry, dialogs);
     for (const QString& warning : registry->takeWarnings())
         err() << warning << '\n';
+    TrackSite site = TrackSite::configured(store);
 
     if (action == QLatin1String("list")) {
         if (parser.isSet(QStringLiteral("url")))
@@ -351,6 +352,11 @@ int runTracks(const QStringList& args) {
         const QString scheme = site.listUrl.scheme();
         if (!site.listUrl.isValid() || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
             return usage(QStringLiteral("tracks: --url must be an http or https address."));
+    }
+    if (!site.hasList()) {
+        err() << missingAddressHint(WebAddress::TrackList)
+              << " Or name it with --url, or store it with: korvel-cli settings set TrackListAddress URL\n";
+        return kExitRefused;
     }
     const TrackListReply reply = fetchTrackListThroughModule(site.listUrl, site.timeout);
     // The store only takes values in a key that exists; a fresh store has none yet.

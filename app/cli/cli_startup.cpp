@@ -153,7 +153,7 @@ int runProfiles(const QStringList& args) {
 std::vector<std::string_view> knownNames(bool profile) {
     using namespace settings;
     if (!profile)
-        return {kInstalledGames, kAssociate, kTrackList};
+        return {kInstalledGames, kAssociate, kTrackList, kTrackSite, kTrackListAddress, kWebAddress, kSupportAddress};
     return {kLocation, kLocationIni, kLocationExe, kMmpa,      kConfigurator, kLogo, kScreen, kSlider,
             kAsPod,    kAsPlayer,    kAsMonster,   kAsChange,  kAsExit,       kFlat, kSlide,  kAutosort,
             kLock,     kBrowse,      kBrowseDir,   kExtraDirs, kLeft,         kTop,  kRecent, kFirstRun};

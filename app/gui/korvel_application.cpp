@@ -17,6 +17,7 @@
 #include "startup/startup.h"
 #include "startup/typed_settings.h"
 #include "startup/version_text.h"
+#include "startup/web_addresses.h"
 #include "startup/widgets/games_dialog.h"
 #include "tracklist/track_site.h"
 #include "tracklist/widgets/tracks_menu.h"
@@ -26,7 +27,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -84,9 +84,8 @@ void KorvelApplication::createPanes() {
     WindowParts& parts = *m_parts;
     ui::MainWindow& window = *parts.window;
     if (m_session.configurator) {
-        const TrackSite site = TrackSite::fromEnvironment();
+        const TrackSite site = TrackSite::configured(m_store);
         parts.configurator = new ConfiguratorPane(m_session, m_store, m_services);
-        parts.configurator->setDownloadAddress(site.siteRoot);
         // The registry repair is the one change a running session takes; the application owns it.
         connect(parts.configurator, &ConfiguratorPane::gameFolderRepaired, this,
                 [this](const std::string& folder) { m_session.location = folder; });
@@ -100,6 +99,18 @@ void KorvelApplication::createPanes() {
     parts.palette = new PaletteViewer(m_services, &window);
     parts.mounter = new MounterPane(m_session, m_store, m_services);
     window.installPane(ui::Mode::Mounter, parts.mounter);
+    applyAddresses();
+}
+
+// The web addresses in force go to the controls that open them and to the error reports; again
+// whenever the Options dialog may have changed them.
+void KorvelApplication::applyAddresses() {
+    const TrackSite site = TrackSite::configured(m_store);
+    if (m_parts->configurator) {
+        m_parts->configurator->setDownloadAddress(site.siteRoot, TrackSite::missingSiteHint());
+        m_parts->tracks->setSite(site);
+    }
+    setSupportAddress(addressInForce(ProgramSettings(m_store), WebAddress::Support));
 }
 
 void KorvelApplication::connectCommands() {
@@ -126,6 +137,7 @@ void KorvelApplication::connectCommands() {
     }
     connect(window.playButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(true); });
     connect(window.continueButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(false); });
+    connect(&window, &ui::MainWindow::optionsSaved, this, &KorvelApplication::applyAddresses);
     window.setCloseSequence([this] { return closeSequence(); });
     connect(&window, &ui::MainWindow::closed, this, [this] {
         if (!m_switching)
@@ -179,9 +191,11 @@ bool KorvelApplication::closeSequence() {
 void KorvelApplication::saveBeforePlaying(bool launch) {
     if (m_parts->window->reportFailure(m_parts->mounter->saveMountedListIfChanged()) || !launch)
         return;
-    const std::string workingFolder = m_services.paths.toGame(QDir::currentPath()).value_or(m_session.location);
-    const bool started = m_services.shell.launchWith(fromGameText(ProfileSettings(m_store, m_session.currentGame).launchCommand()),
-                                                     m_session.locationExe, workingFolder);
+    // The game runs in its own folder, where it looks for its archives and settings, whatever folder
+    // Korvel itself was started from.
+    const bool started = m_services.shell.launchWith(
+        fromGameText(ProfileSettings(m_store, m_session.currentGame).launchCommand()), m_session.locationExe,
+        m_session.location);
     if (!started && !m_services.shell.launchFailure().isEmpty())
         m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(), MessageIcon::Critical);
 }

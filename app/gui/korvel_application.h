@@ -62,6 +62,7 @@ private:
     void openWindow();
     void createPanes();
     void connectCommands();
+    void applyAddresses();
     void runOpenSequence();
     bool closeSequence();
     // `cmdPlay` (launch) and `cmdContinue`: the mounted list is written first when it has changed.

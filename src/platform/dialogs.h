@@ -52,7 +52,9 @@ inline QString programTitle() { return QStringLiteral("Korvel"); }
 
 // The general report of an unexpected error.
 QString unexpectedErrorText(int number, const QString& description);
-// Where users report errors; configuration.
+// Where users report errors: the address the program was given with setSupportAddress(), else
+// KORVEL_SUPPORT_ADDRESS; empty when neither names one.
 QString supportAddress();
+void setSupportAddress(const QString& address);
 
 } // namespace korvel

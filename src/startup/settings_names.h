@@ -17,6 +17,12 @@ inline constexpr char kTrackRowSeparator = '*';
 inline constexpr std::string_view kInstalledGames = "InstalledGames";
 inline constexpr std::string_view kAssociate = "Associate";
 inline constexpr std::string_view kTrackList = "TrackList";
+// The web addresses: the add-on tracks' site (a track's address is this followed by its path), the
+// track-list document, the program's own site and the support mail address. Empty: not set.
+inline constexpr std::string_view kTrackSite = "TrackSite";
+inline constexpr std::string_view kTrackListAddress = "TrackListAddress";
+inline constexpr std::string_view kWebAddress = "WebAddress";
+inline constexpr std::string_view kSupportAddress = "SupportAddress";
 
 // Profile subkey: the profile itself.
 inline constexpr std::string_view kLocation = "Location";

@@ -153,6 +153,33 @@ void ProgramSettings::setTrackList(const std::string& text) {
     m_store.writeProgram(kTrackList, text);
 }
 
+namespace {
+
+std::string_view addressName(WebAddress which) {
+    switch (which) {
+    case WebAddress::TrackSite:
+        return kTrackSite;
+    case WebAddress::TrackList:
+        return kTrackListAddress;
+    case WebAddress::Home:
+        return kWebAddress;
+    case WebAddress::Support:
+        break;
+    }
+    return kSupportAddress;
+}
+
+} // namespace
+
+QString ProgramSettings::address(WebAddress which) const {
+    const std::string stored = m_store.readProgram(addressName(which));
+    return stored == kError ? QString() : fromGameText(stored).trimmed();
+}
+
+void ProgramSettings::setAddress(WebAddress which, const QString& address) {
+    m_store.writeProgram(addressName(which), toGameText(address.trimmed()));
+}
+
 // ---- profile subkey ----
 
 std::string ProfileSettings::text(std::string_view name) const {

@@ -3,6 +3,8 @@
 #include "session.h"
 #include "settings_store.h"
 
+#include <QString>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +23,9 @@ namespace korvel {
 enum class StartScreen { Configurator, Extractor, Mounter };
 // "Lock": which mode every start uses; None lets "Screen" decide.
 enum class ScreenLock { None = 0, Configurator = 1, Extractor = 2, Mounter = 3 };
+// The web addresses kept in the program key ("TrackSite", "TrackListAddress", "WebAddress",
+// "SupportAddress").
+enum class WebAddress { TrackSite, TrackList, Home, Support };
 
 namespace settings {
 
@@ -63,6 +68,11 @@ public:
     // "TrackList": nullopt when it is not set.
     std::optional<std::string> trackList() const;
     void setTrackList(const std::string& text);
+
+    // A web address as stored, without surrounding blanks and line breaks; empty when not set.
+    // The environment may override it (web_addresses.h).
+    QString address(WebAddress which) const;
+    void setAddress(WebAddress which, const QString& address);
 
 private:
     SettingsStore& m_store;

@@ -8,13 +8,26 @@
 
 namespace korvel {
 
+namespace {
+
+// A document saved on another system ends its lines with CR/LF or LF; those never belong to a field.
+std::string_view withoutLineBreaks(std::string_view text) {
+    while (!text.empty() && (text.front() == '\r' || text.front() == '\n'))
+        text.remove_prefix(1);
+    while (!text.empty() && (text.back() == '\r' || text.back() == '\n'))
+        text.remove_suffix(1);
+    return text;
+}
+
+} // namespace
+
 TrackListParse parseTrackList(std::string_view value) {
     TrackListParse parse;
     if (value.empty())
         return parse;
     const std::vector<std::string> pieces = splitText(value, settings::kTrackRowSeparator);
     for (size_t i = 0; i < pieces.size(); ++i) {
-        const std::vector<std::string> columns = splitText(pieces[i], settings::kListSeparator);
+        const std::vector<std::string> columns = splitText(withoutLineBreaks(pieces[i]), settings::kListSeparator);
         if (columns.size() < 3) {
             parse.failure = unexpectedError(
                 QStringLiteral("The track list is damaged: row %1 (\"%2\") does not hold a name, a race type and "
@@ -54,7 +67,7 @@ std::string storedOrDefaultTrackList(SettingsStore& store) {
 std::optional<std::string> trackListFromReply(std::string_view reply) {
     if (!reply.starts_with(kTrackListMark))
         return std::nullopt;
-    return std::string(reply.substr(kTrackListMark.size()));
+    return std::string(withoutLineBreaks(reply.substr(kTrackListMark.size())));
 }
 
 } // namespace korvel

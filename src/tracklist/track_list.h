@@ -56,7 +56,7 @@ std::string storedOrDefaultTrackList(SettingsStore& store);
 inline constexpr std::string_view kTrackListMark = "QXMTL$";
 
 // The new "TrackList" value a downloaded document carries: everything after the mark, even when
-// empty; nullopt when the document does not start with the mark.
+// empty, without the line breaks around it; nullopt when the document does not start with the mark.
 std::optional<std::string> trackListFromReply(std::string_view reply);
 
 } // namespace korvel

@@ -1,29 +1,33 @@
 #include "track_site.h"
 
 #include "platform/game_text.h"
+#include "startup/typed_settings.h"
+#include "startup/web_addresses.h"
 
 namespace korvel {
 
-TrackSite TrackSite::defaults() {
+TrackSite TrackSite::configured(SettingsStore& store) {
+    const ProgramSettings settings(store);
     TrackSite site;
-    site.siteRoot = QStringLiteral("http://www.gravlenforge.example/");
-    site.listUrl = QUrl(QStringLiteral("http://www.gravlenforge.example/korvel/tracklist.txt"));
-    return site;
-}
-
-TrackSite TrackSite::fromEnvironment() {
-    TrackSite site = defaults();
-    const QString root = qEnvironmentVariable("KORVEL_TRACK_SITE");
-    if (!root.isEmpty())
-        site.siteRoot = root;
-    const QString list = qEnvironmentVariable("KORVEL_TRACK_LIST_URL");
+    site.siteRoot = addressInForce(settings, WebAddress::TrackSite);
+    if (!site.siteRoot.isEmpty() && !site.siteRoot.endsWith(QLatin1Char('/')))
+        site.siteRoot += QLatin1Char('/');
+    const QString list = addressInForce(settings, WebAddress::TrackList);
     if (!list.isEmpty())
         site.listUrl = QUrl(list);
     return site;
 }
 
+QString TrackSite::missingSiteHint() {
+    return missingAddressHint(WebAddress::TrackSite);
+}
+
+QString TrackSite::missingListHint() {
+    return missingAddressHint(WebAddress::TrackList);
+}
+
 QString TrackSite::trackAddress(std::string_view tag) const {
-    return siteRoot + fromGameText(tag);
+    return hasSite() ? siteRoot + fromGameText(tag) : QString();
 }
 
 } // namespace korvel

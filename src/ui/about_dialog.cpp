@@ -5,6 +5,7 @@
 #include "kit/twips.h"
 #include "platform/dialogs.h"
 #include "platform/shell.h"
+#include "startup/web_addresses.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
@@ -13,11 +14,19 @@ namespace korvel::ui {
 
 namespace {
 
-QLabel* linkLabel(const QString& prefix, const QString& href, const QString& shown, const char* name, QWidget* parent) {
-    auto* label = new QLabel(prefix + QStringLiteral("<a href=\"") + href.toHtmlEscaped() + QStringLiteral("\">") +
-                                 shown.toHtmlEscaped() + QStringLiteral("</a>"),
-                             parent);
+// A link to `href` showing `shown`; without an address, the hint on how to set one.
+QLabel* linkLabel(const QString& prefix, const QString& href, const QString& shown, WebAddress which, const char* name,
+                  QWidget* parent) {
+    auto* label = new QLabel(parent);
     label->setObjectName(QString::fromLatin1(name));
+    if (shown.isEmpty()) {
+        label->setTextFormat(Qt::PlainText);
+        label->setText(prefix + missingAddressHint(which));
+        label->setWordWrap(true);
+        return label;
+    }
+    label->setText(prefix + QStringLiteral("<a href=\"") + href.toHtmlEscaped() + QStringLiteral("\">") +
+                   shown.toHtmlEscaped() + QStringLiteral("</a>"));
     label->setTextFormat(Qt::RichText);
     label->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     label->setOpenExternalLinks(false);
@@ -26,7 +35,8 @@ QLabel* linkLabel(const QString& prefix, const QString& href, const QString& sho
 
 } // namespace
 
-AboutDialog::AboutDialog(const QString& versionText, Shell& shell, QWidget* parent) : QDialog(parent) {
+AboutDialog::AboutDialog(const QString& versionText, const Links& links, Shell& shell, QWidget* parent)
+    : QDialog(parent) {
     setObjectName(QStringLiteral("frmAbout"));
     setWindowTitle(QStringLiteral("About ") + applicationTitle());
 
@@ -48,11 +58,13 @@ AboutDialog::AboutDialog(const QString& versionText, Shell& shell, QWidget* pare
                    this);
     blurb->setWordWrap(true);
     blurb->setFixedWidth(twipsToPixels(5000, this));
-    const QString mail = supportAddress();
-    auto* web = linkLabel(QStringLiteral("Web: "), webAddress(), webAddress(), "lblWeb", this);
-    auto* email = linkLabel(QStringLiteral("Mail: "), QStringLiteral("mailto:") + mail, mail, "lblMail", this);
-    for (QLabel* link : {web, email})
+    auto* web = linkLabel(QStringLiteral("Web: "), links.web, links.web, WebAddress::Home, "lblWeb", this);
+    auto* email = linkLabel(QStringLiteral("Mail: "), QStringLiteral("mailto:") + links.support, links.support,
+                            WebAddress::Support, "lblMail", this);
+    for (QLabel* link : {web, email}) {
+        link->setFixedWidth(twipsToPixels(5000, this));
         connect(link, &QLabel::linkActivated, this, [&shell](const QString& url) { shell.openUrl(url); });
+    }
 
     auto* ok = new GoldButton(QStringLiteral("OK"), this);
     ok->setObjectName(QStringLiteral("cmdOK"));

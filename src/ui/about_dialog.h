@@ -9,12 +9,17 @@ class Shell;
 namespace korvel::ui {
 
 // `frmAbout`: the version text, the legal notice and the web and mail links, opened through the
-// shell service.
+// shell service. A link whose address is not set says where to set it instead.
 class AboutDialog : public QDialog {
     Q_OBJECT
 
 public:
-    AboutDialog(const QString& versionText, Shell& shell, QWidget* parent = nullptr);
+    struct Links {
+        QString web;     // the program's web site
+        QString support; // the support mail address
+    };
+
+    AboutDialog(const QString& versionText, const Links& links, Shell& shell, QWidget* parent = nullptr);
 };
 
 } // namespace korvel::ui

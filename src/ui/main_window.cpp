@@ -13,6 +13,7 @@
 #include "startup/session.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
+#include "startup/web_addresses.h"
 #include "startup/widgets/options_dialog.h"
 #include "window_settings.h"
 
@@ -199,6 +200,7 @@ void MainWindow::ShowConfigurator(const QString& slide) {
 
 void MainWindow::showMode(Mode mode, bool slide) {
     m_slider->bringUp(mode, slide);
+    m_statusBar->setCurrentMode(mode);
     setWindowTitle(applicationTitle() + QStringLiteral(" - ") + fromGameText(m_session.currentGame) +
                    QStringLiteral(" - [") + modeName(mode) + QLatin1Char(']'));
 }
@@ -231,13 +233,19 @@ QDialog* MainWindow::showOptions() {
     auto* dialog = new OptionsDialog(m_store, m_session, m_services.dialogs, this);
     dialog->setPathMap(&m_services.paths);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &OptionsDialog::saved, this, &MainWindow::applyButtonLooks);
+    connect(dialog, &OptionsDialog::saved, this, [this] {
+        applyButtonLooks();
+        emit optionsSaved();
+    });
     dialog->open();
     return dialog;
 }
 
 QDialog* MainWindow::showAbout() {
-    auto* dialog = new AboutDialog(fromGameText(m_session.versionText), m_services.shell, this);
+    const ProgramSettings settings(m_store);
+    const AboutDialog::Links links{addressInForce(settings, WebAddress::Home),
+                                   addressInForce(settings, WebAddress::Support)};
+    auto* dialog = new AboutDialog(fromGameText(m_session.versionText), links, m_services.shell, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
     return dialog;

@@ -97,6 +97,8 @@ signals:
     void closed();
     // `mnuAssociate` was toggled; the setting is already stored.
     void associationToggled(bool associate);
+    // The Options dialog wrote its values (the button looks are already applied).
+    void optionsSaved();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -1,6 +1,7 @@
 #include "mode_status_bar.h"
 
 #include "kit/twips.h"
+#include "mode_panel.h"
 
 #include <QHelpEvent>
 #include <QMouseEvent>
@@ -45,6 +46,16 @@ ModeStatusBar::ModeStatusBar(QWidget* parent) : QWidget(parent) {
     setMouseTracking(true);
     setFixedHeight(twipsToPixels(kHeightTwips, this));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setAccessibleName(QStringLiteral("Status bar"));
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+        auto* panel = new ModePanel(mode, this);
+        connect(panel, &ModePanel::clicked, this, [this, mode] {
+            if (mode != Mode::Configurator || m_configuratorAvailable)
+                emit modeChosen(mode);
+        });
+        m_panels[index(mode)] = panel;
+    }
+    placePanels();
 }
 
 std::optional<Mode> ModeStatusBar::zoneAt(int xTwips) {
@@ -74,13 +85,34 @@ bool ModeStatusBar::event(QEvent* event) {
 
 void ModeStatusBar::setConfiguratorAvailable(bool available) {
     m_configuratorAvailable = available;
+    placePanels();
     update();
+}
+
+void ModeStatusBar::setCurrentMode(Mode mode) {
+    for (ModePanel* panel : m_panels)
+        panel->setCurrent(panel->mode() == mode);
+}
+
+void ModeStatusBar::placePanels() {
+    for (ModePanel* panel : m_panels) {
+        const QRect place = panelRect(panelOf(panel->mode()));
+        panel->setGeometry(place);
+        panel->setVisible(!place.isEmpty());
+    }
+}
+
+void ModeStatusBar::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    placePanels();
 }
 
 void ModeStatusBar::setPanelText(int panel, const QString& text) {
     if (panel < 1 || panel > 4)
         return;
     m_texts[static_cast<size_t>(panel - 1)] = text;
+    if (panel == 1)
+        setAccessibleDescription(text);
     update();
 }
 

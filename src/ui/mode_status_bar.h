@@ -9,9 +9,13 @@
 
 namespace korvel::ui {
 
+class ModePanel;
+
 // The main window's status bar "StatusBar": panel 1 carries free text, panels 2-4 choose the mode
 // (Configurator, Extractor, Mounter). Each mode panel reacts only inside its fixed hot zone, in
 // twips from the bar's left edge, bounds exclusive; the gaps between zones belong to no panel.
+// For the keyboard and assistive technology each mode panel is also a button (ModePanel) that
+// says which mode is on view.
 class ModeStatusBar : public QWidget {
     Q_OBJECT
 
@@ -42,6 +46,10 @@ public:
     // Every mode panel flat and panel 1 cleared: what leaving the bar or moving over a pane does.
     void resetHighlight();
 
+    // The mode on view, as the mode panels announce it.
+    void setCurrentMode(Mode mode);
+    ModePanel* modePanel(Mode mode) const { return m_panels[index(mode)]; }
+
     QSize sizeHint() const override;
 
 signals:
@@ -55,16 +63,19 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     static size_t index(Mode mode) { return static_cast<size_t>(mode); }
     std::optional<Mode> availableZoneAt(const QPoint& pixels) const;
     void setOnly(std::optional<Mode> mode, Bevel bevel);
     void drawModeIcon(class QPainter& painter, Mode mode, const QRect& rect) const;
+    void placePanels();
 
     bool m_configuratorAvailable = true;
     std::array<QString, 4> m_texts;
     std::array<Bevel, 3> m_bevels{Bevel::Flat, Bevel::Flat, Bevel::Flat};
+    std::array<ModePanel*, 3> m_panels{};
 };
 
 } // namespace korvel::ui

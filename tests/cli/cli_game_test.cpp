@@ -95,6 +95,23 @@ TEST_F(GameCli, tracksListShowsTheDefaultUntilAnUpdateReplacesIt) {
     EXPECT_EQ(cli({"tracks", "update"}).status, 1); // nothing listens at the configured address
 }
 
+TEST_F(GameCli, tracksTakeTheStoredAddressesUnlessTheEnvironmentOverridesThem) {
+    const QStringList unset{"KORVEL_TRACK_SITE=", "KORVEL_TRACK_LIST_URL="};
+    const CliRun refused = cli({"tracks", "update"}, unset);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.contains("File > Options > Web")) << refused.err.toStdString();
+    EXPECT_TRUE(cli({"tracks", "list"}, unset).out.startsWith("Carnage!\tRumble\t\n"));
+
+    korvel::testing::LoopbackHttpServer stored("QXMTL$One|Rumble|vault/one.zip\r\n");
+    ASSERT_EQ(cli({"settings", "set", "TrackListAddress", stored.url().toString()}).status, 0);
+    ASSERT_EQ(cli({"settings", "set", "TrackSite", "https://tracks.test/mtm2"}).status, 0);
+    EXPECT_EQ(cli({"tracks", "update"}, unset).status, 0);
+    // The stored site gets its closing "/", and the reply's line break stays out of the address.
+    EXPECT_EQ(cli({"tracks", "list"}, unset).out, "One\tRumble\thttps://tracks.test/mtm2/vault/one.zip\n");
+    EXPECT_EQ(cli({"tracks", "list"}, {"KORVEL_TRACK_SITE=http://mirror.test/"}).out,
+              "One\tRumble\thttp://mirror.test/vault/one.zip\n");
+}
+
 TEST_F(GameCli, profilesAddListAndRemoveProfiles) {
     write("Games/MTM2/monster.exe", "MZ");
     write("Games/4x4 Evolution/4x4.exe", "MZ");

@@ -1,5 +1,6 @@
 #include "startup/settings_names.h"
 #include "startup/typed_settings.h"
+#include "startup/web_addresses.h"
 #include "temp_game.h"
 
 #include <gtest/gtest.h>
@@ -188,4 +189,58 @@ TEST(ProfileSettings, repairReplacesOnlyFailingValuesAndBrowsesFromTheGameFolder
     EXPECT_EQ(p.get(settings::kAutosort), "1");
     for (const settings::ProfileRule& rule : settings::profileRules()) // every default passes its own test
         EXPECT_TRUE(rule.passes(settings::fallbackText(rule, "C:\\Games\\MTM2"))) << rule.name;
+}
+
+TEST(WebAddresses, areStoredTrimmedAndTheEnvironmentOverridesEachOne) {
+    Profile p;
+    const struct {
+        WebAddress which;
+        std::string_view name;
+        const char* variable;
+    } rows[] = {{WebAddress::TrackSite, settings::kTrackSite, "KORVEL_TRACK_SITE"},
+                {WebAddress::TrackList, settings::kTrackListAddress, "KORVEL_TRACK_LIST_URL"},
+                {WebAddress::Home, settings::kWebAddress, "KORVEL_WEB_ADDRESS"},
+                {WebAddress::Support, settings::kSupportAddress, "KORVEL_SUPPORT_ADDRESS"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.variable);
+        qunsetenv(row.variable);
+        EXPECT_EQ(p.program.address(row.which), QString()); // never written: not set
+        EXPECT_EQ(addressInForce(p.program, row.which), QString());
+        p.program.setAddress(row.which, QStringLiteral("  https://one.test/\r\n"));
+        EXPECT_EQ(p.store.readProgram(row.name), "https://one.test/");
+        p.store.writeProgram(row.name, "https://two.test/\r\n");
+        EXPECT_EQ(addressInForce(p.program, row.which), QStringLiteral("https://two.test/"));
+        qputenv(row.variable, " https://three.test/ ");
+        EXPECT_EQ(addressInForce(p.program, row.which), QStringLiteral("https://three.test/"));
+        EXPECT_EQ(p.program.address(row.which), QStringLiteral("https://two.test/"));
+        qputenv(row.variable, "");
+        EXPECT_EQ(addressInForce(p.program, row.which), QStringLiteral("https://two.test/"));
+        qunsetenv(row.variable);
+        EXPECT_TRUE(missingAddressHint(row.which).contains(QString::fromLatin1(row.variable)));
+        EXPECT_TRUE(missingAddressHint(row.which).contains(QStringLiteral("File > Options > Web")));
+    }
+}
+
+TEST(WebAddresses, acceptOnlyWebAndMailAddressesOrNothing) {
+    const struct {
+        WebAddress which;
+        const char* text;
+        bool usable;
+    } rows[] = {{WebAddress::TrackSite, "", true},
+                {WebAddress::TrackSite, "https://tracks.test/mtm2/", true},
+                {WebAddress::TrackList, "http://tracks.test/list.txt", true},
+                {WebAddress::Home, "HTTPS://korvel.test", true},
+                {WebAddress::TrackSite, "tracks.test/mtm2", false},
+                {WebAddress::TrackList, "ftp://tracks.test/list.txt", false},
+                {WebAddress::Home, "https://", false},
+                {WebAddress::Home, "file:///etc/passwd", false},
+                {WebAddress::Support, "", true},
+                {WebAddress::Support, "help@korvel.test", true},
+                {WebAddress::Support, "help at korvel.test", false},
+                {WebAddress::Support, "help@", false},
+                {WebAddress::Support, "a@b@c", false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(!addressProblem(row.which, QString::fromLatin1(row.text)).has_value(), row.usable);
+    }
 }

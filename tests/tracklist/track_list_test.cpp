@@ -4,6 +4,7 @@
 #include "temp_game.h"
 #include "tracklist/track_list.h"
 #include "tracklist/track_list_download.h"
+#include "tracklist/track_site.h"
 
 #include <gtest/gtest.h>
 
@@ -66,4 +67,52 @@ TEST(TrackListUpdate, onlyAMarkedReplyReplacesTheListWholeEvenWhenEmpty) {
     EXPECT_EQ(update(replyOf("QXMTL$")).text, "Update completed successfully!");
     EXPECT_EQ(drive.registry().readValue(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel", "TrackList"), "");
     EXPECT_EQ(storedOrDefaultTrackList(store), kDefaultTrackList);
+}
+
+TEST(TrackListUpdate, lineBreaksOfTheReplyStayOutOfTheLastTracksAddress) {
+    const struct {
+        const char* reply;
+        std::string stored;
+    } cases[] = {{"QXMTL$A|Rumble|a.zip*B|Race|b.zip\r\n", "A|Rumble|a.zip*B|Race|b.zip"},
+                 {"QXMTL$A|Rumble|a.zip*B|Race|b.zip\n\n", "A|Rumble|a.zip*B|Race|b.zip"},
+                 {"QXMTL$\r\nA|Rumble|a.zip*B|Race|b.zip\r", "A|Rumble|a.zip*B|Race|b.zip"},
+                 {"QXMTL$\r\n", ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reply);
+        EXPECT_EQ(trackListFromReply(c.reply), c.stored);
+    }
+    // A list stored before, with the line breaks still in it, reads the same.
+    const TrackMenu menu = LoadTrackList("A|Rumble|a.zip\r\n*B|Race|b.zip\r\n");
+    ASSERT_EQ(menu.entries.size(), 2u);
+    EXPECT_FALSE(menu.failure);
+    EXPECT_EQ(menu.entries[0].tag, "a.zip");
+    EXPECT_EQ(menu.entries[1].tag, "b.zip");
+}
+
+TEST(TrackSite, takesTheStoredAddressesUnlessTheEnvironmentOverridesThem) {
+    korvel::testing::TempDrive drive;
+    SettingsStore store{drive.registry(), drive.dialogs()};
+    store.CreateKey(std::string(settings::kProgramKey));
+    qunsetenv("KORVEL_TRACK_SITE");
+    qunsetenv("KORVEL_TRACK_LIST_URL");
+    // Nothing is built in: no site, no address.
+    const TrackSite none = TrackSite::configured(store);
+    EXPECT_FALSE(none.hasSite());
+    EXPECT_FALSE(none.hasList());
+    EXPECT_EQ(none.trackAddress("vault/tracks/carn.zip"), QString());
+
+    store.writeProgram(settings::kTrackSite, "https://tracks.test/mtm2 \r\n");
+    store.writeProgram(settings::kTrackListAddress, "https://tracks.test/list.txt");
+    const TrackSite stored = TrackSite::configured(store);
+    EXPECT_EQ(stored.trackAddress("vault/tracks/carn.zip").toStdString(),
+              "https://tracks.test/mtm2/vault/tracks/carn.zip");
+    EXPECT_EQ(stored.listUrl, QUrl(QStringLiteral("https://tracks.test/list.txt")));
+
+    qputenv("KORVEL_TRACK_SITE", "http://mirror.test/");
+    qputenv("KORVEL_TRACK_LIST_URL", "http://mirror.test/l.txt");
+    const TrackSite overridden = TrackSite::configured(store);
+    qunsetenv("KORVEL_TRACK_SITE");
+    qunsetenv("KORVEL_TRACK_LIST_URL");
+    EXPECT_EQ(overridden.trackAddress("a.zip").toStdString(), "http://mirror.test/a.zip");
+    EXPECT_EQ(overridden.listUrl, QUrl(QStringLiteral("http://mirror.test/l.txt")));
 }

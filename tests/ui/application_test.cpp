@@ -6,10 +6,14 @@
 #include "pod/widgets/recent_archives_box.h"
 #include "pod_writer.h"
 #include "tracklist/widgets/tracks_menu.h"
+#include "ui/kit/gold_button.h"
 #include "ui/main_menus.h"
 
 #include <QAction>
+#include <QDir>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTimer>
 #include <QSignalSpy>
 #include <QTableView>
@@ -186,9 +190,15 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     EXPECT_NE(rig.podIni(), loaded);
     EXPECT_FALSE(rig.pane().mountedListChanged());
     EXPECT_TRUE(rig.drive.shell().launches.empty());
+    // Korvel started from some other folder of the same drive.
+    rig.drive.makeFolder("C:\\Tools");
+    const QString started = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(rig.drive.host("C:\\Tools")));
     QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    QDir::setCurrent(started);
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
     EXPECT_EQ(rig.drive.shell().launches[0].first, kFolder + "\\monster.exe");
+    EXPECT_EQ(rig.drive.shell().launches[0].second, kFolder); // in the game folder, not Korvel's
     // A failed save is shown and the game does not start.
     QTest::mouseClick(rig.find("cmdUnmountAll"), Qt::LeftButton);
     rig.drive.remove(kFolder + "\\POD.INI");
@@ -245,6 +255,51 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     rig.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     menus.fixRegistry()->trigger();
     EXPECT_EQ(rig.app->session().location, "E:\\MTM2");
+}
+
+TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOptionsDialogSets) {
+    for (const char* variable :
+         {"KORVEL_TRACK_SITE", "KORVEL_TRACK_LIST_URL", "KORVEL_WEB_ADDRESS", "KORVEL_SUPPORT_ADDRESS"})
+        qunsetenv(variable);
+    AppRig rig;
+    addGame(rig);
+    ASSERT_TRUE(rig.start());
+    rig.window().ShowConfigurator(QStringLiteral("0"));
+    ui::MainMenus& menus = rig.window().menus();
+    auto* download = rig.find<ui::GoldButton>("cmdDownload");
+    auto* tracks = rig.window().findChild<TracksMenu*>();
+    EXPECT_FALSE(download->isEnabled());
+    EXPECT_TRUE(download->toolTip().contains(QStringLiteral("File > Options > Web")));
+    EXPECT_FALSE(menus.update()->isEnabled());
+    EXPECT_FALSE(tracks->entries()[0]->isEnabled());
+    const auto aboutLink = [&rig](const char* name) {
+        QDialog* about = rig.window().showAbout();
+        const QString text = about->findChild<QLabel*>(QLatin1String(name))->text();
+        about->close();
+        return text;
+    };
+    EXPECT_FALSE(aboutLink("lblWeb").contains(QStringLiteral("<a ")));
+    EXPECT_TRUE(aboutLink("lblWeb").contains(QStringLiteral("KORVEL_WEB_ADDRESS")));
+    EXPECT_TRUE(unexpectedErrorText(5, QStringLiteral("x")).contains(QStringLiteral("Korvel's maintainers")));
+
+    QDialog* options = rig.window().showOptions();
+    const std::pair<const char*, const char*> typed[] = {{"txtTrackSite", "https://tracks.test/mtm2"},
+                                                         {"txtTrackList", "https://tracks.test/list.txt"},
+                                                         {"txtWebAddress", "https://korvel.test/"},
+                                                         {"txtSupportAddress", "help@korvel.test"}};
+    for (const auto& [box, address] : typed)
+        options->findChild<QLineEdit*>(QLatin1String(box))->setText(QString::fromLatin1(address));
+    QTest::mouseClick(options->findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+    EXPECT_TRUE(download->isEnabled());
+    EXPECT_TRUE(menus.update()->isEnabled());
+    QTest::mouseClick(download, Qt::LeftButton);
+    tracks->entries()[0]->trigger();
+    EXPECT_EQ(rig.drive.shell().urls.join(QLatin1Char(' ')).toStdString(),
+              "https://tracks.test/mtm2/ https://tracks.test/mtm2/vault/tracks/carn.zip");
+    EXPECT_TRUE(aboutLink("lblWeb").contains(QStringLiteral("href=\"https://korvel.test/\"")));
+    EXPECT_TRUE(aboutLink("lblMail").contains(QStringLiteral("href=\"mailto:help@korvel.test\"")));
+    EXPECT_TRUE(unexpectedErrorText(5, QStringLiteral("x")).contains(QStringLiteral("help@korvel.test")));
+    setSupportAddress(QString());
 }
 
 } // namespace

@@ -1,11 +1,13 @@
 #include "ui/kit/gold_button.h"
 #include "ui/kit/twips.h"
 #include "ui/main_menus.h"
+#include "ui/mode_panel.h"
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
 #include "ui/window_settings.h"
 #include "window_fixture.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
@@ -348,4 +350,78 @@ TEST(MainWindowMenus, rightButtonReleasedOverTheConfiguratorOpensItsMenuOnly) {
         }
         menu->hide();
     }
+}
+
+namespace {
+
+QAccessibleInterface* accessible(QWidget* widget) {
+    return QAccessible::queryAccessibleInterface(widget);
+}
+
+} // namespace
+
+TEST(MainWindowModePanels, areNamedButtonsThatSayWhichModeIsOnView) {
+    WindowFixture f;
+    auto& window = f.open();
+    ModeStatusBar& bar = *window.modeStatusBar();
+    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+        SCOPED_TRACE(korvel::ui::modeName(mode).toStdString());
+        QWidget* panel = bar.modePanel(mode);
+        ASSERT_NE(panel, nullptr);
+        QAccessibleInterface* face = accessible(panel);
+        ASSERT_NE(face, nullptr);
+        EXPECT_EQ(face->role(), QAccessible::Button);
+        EXPECT_EQ(face->text(QAccessible::Name), korvel::ui::modeName(mode));
+        EXPECT_TRUE(panel->isVisible());
+        EXPECT_EQ(panel->geometry(), bar.panelRect(mode == Mode::Configurator ? 2 : mode == Mode::Extractor ? 3 : 4));
+    }
+    window.ShowMounter("0");
+    window.ShowExtractor("0");
+    EXPECT_TRUE(accessible(bar.modePanel(Mode::Extractor))->state().checked);
+    EXPECT_FALSE(accessible(bar.modePanel(Mode::Mounter))->state().checked);
+    EXPECT_FALSE(accessible(bar.modePanel(Mode::Configurator))->state().checked);
+    EXPECT_FALSE(accessible(bar.modePanel(Mode::Extractor))->text(QAccessible::Description).isEmpty());
+    EXPECT_TRUE(accessible(bar.modePanel(Mode::Mounter))->text(QAccessible::Description).isEmpty());
+    // A screen reader's "press" chooses the mode as a click on the panel does.
+    accessible(bar.modePanel(Mode::Configurator))
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(window.currentMode(), Mode::Configurator);
+    // The mouse still meets the hot zones, not the buttons lying over them.
+    clickAt(bar, 5705);
+    EXPECT_EQ(window.currentMode(), Mode::Mounter);
+    EXPECT_TRUE(accessible(bar.modePanel(Mode::Mounter))->state().checked);
+}
+
+TEST(MainWindowModePanels, areReachedWithTabAndChooseTheirModeWithSpaceOrEnter) {
+    WindowFixture f;
+    auto& window = f.open();
+    window.ShowMounter("0");
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    window.playButton()->setFocus();
+    std::vector<QWidget*> reached;
+    for (int i = 0; i < 40 && reached.size() < 3; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        if (auto* panel = qobject_cast<korvel::ui::ModePanel*>(QApplication::focusWidget()))
+            if (std::find(reached.begin(), reached.end(), panel) == reached.end())
+                reached.push_back(panel);
+    }
+    ModeStatusBar& bar = *window.modeStatusBar();
+    EXPECT_EQ(reached, (std::vector<QWidget*>{bar.modePanel(Mode::Configurator), bar.modePanel(Mode::Extractor),
+                                              bar.modePanel(Mode::Mounter)}));
+    QTest::keyClick(bar.modePanel(Mode::Extractor), Qt::Key_Space);
+    EXPECT_EQ(window.windowTitle(), "Korvel - MTM2 - [Extractor]");
+    QTest::keyClick(bar.modePanel(Mode::Configurator), Qt::Key_Return);
+    EXPECT_EQ(window.windowTitle(), "Korvel - MTM2 - [Configurator]");
+    EXPECT_TRUE(bar.modePanel(Mode::Configurator)->isChecked());
+
+    // Without the Configurator its panel is neither shown nor reached.
+    WindowFixture evo("4x4 Evolution", false);
+    auto& other = evo.open();
+    QWidget* hidden = other.modeStatusBar()->modePanel(Mode::Configurator);
+    EXPECT_FALSE(hidden->isVisible());
+    EXPECT_FALSE(hidden->isVisibleTo(&other));
+    QTest::keyClick(hidden, Qt::Key_Space);
+    EXPECT_NE(other.currentMode(), Mode::Configurator);
 }

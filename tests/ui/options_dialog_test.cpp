@@ -7,6 +7,7 @@
 
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -213,4 +214,43 @@ TEST(OptionsDialog, addRefusesAnExtraFolderTheStoredListCouldNotKeep) {
     }
     f.click("cmdOK");
     EXPECT_EQ(f.get(settings::kExtraDirs), stored + "|" + longest); // the whole list reads back
+}
+
+TEST(OptionsDialogWeb, showsTheAddressesWritesOnlyChangedOnesAndRefusesOnesThatCannotBeUsed) {
+    OptionsFixture f;
+    f.store.CreateKey(std::string(settings::kProgramKey));
+    f.store.writeProgram(settings::kTrackSite, "https://tracks.test/");
+    f.store.writeProgram(settings::kSupportAddress, "help@korvel.test");
+    f.registry.written.clear();
+    qunsetenv("KORVEL_TRACK_LIST_URL");
+    qputenv("KORVEL_WEB_ADDRESS", "https://env.test/");
+    f.open();
+    qunsetenv("KORVEL_WEB_ADDRESS");
+    f.page(4);
+    EXPECT_EQ(f.find<QLineEdit>("txtTrackSite")->text(), "https://tracks.test/");
+    EXPECT_EQ(f.find<QLineEdit>("txtSupportAddress")->text(), "help@korvel.test");
+    EXPECT_EQ(f.find<QLineEdit>("txtWebAddress")->text(), "");
+    ASSERT_NE(f.find<QLabel>("txtWebAddressOverride"), nullptr);
+    EXPECT_TRUE(f.find<QLabel>("txtWebAddressOverride")->text().contains("https://env.test/"));
+    EXPECT_EQ(f.find<QLabel>("txtTrackListOverride"), nullptr);
+
+    f.find<QLineEdit>("txtTrackList")->setText(QStringLiteral("tracks.test/list.txt"));
+    f.page(0);
+    f.click("cmdOK");
+    EXPECT_TRUE(f.dialog->isVisible());
+    EXPECT_TRUE(f.registry.written.empty());
+    EXPECT_EQ(f.dialogs.lastMessage().title, "Input Required");
+    EXPECT_EQ(f.find<QTabWidget>("tabOptions")->currentIndex(), 4);
+
+    f.find<QLineEdit>("txtTrackList")->setText(QStringLiteral(" https://tracks.test/list.txt "));
+    f.find<QLineEdit>("txtTrackSite")->clear();
+    f.click("cmdOK");
+    EXPECT_FALSE(f.dialog->isVisible());
+    EXPECT_EQ(f.registry.written,
+              (std::vector<std::string>{"AS-POD", "AS-Player", "AS-Monster", "AS-Change", "AS-Exit", "Flat", "Slide",
+                                        "Configurator", "Autosort", "Browse", "BrowseDir", "ExtraDirs", "Lock", "CodePage", "LaunchCommand",
+                                        "TrackSite", "TrackListAddress"}));
+    EXPECT_EQ(f.store.readProgram(settings::kTrackSite), "");
+    EXPECT_EQ(f.store.readProgram(settings::kTrackListAddress), "https://tracks.test/list.txt");
+    EXPECT_EQ(f.store.readProgram(settings::kSupportAddress), "help@korvel.test");
 }

@@ -115,3 +115,37 @@ TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
         EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.message);
     }
 }
+
+TEST(TracksMenuAddresses, entriesThatNeedAMissingAddressAreDisabledAndSayHowToSetOne) {
+    TracksFixture f;
+    f.storeList("A|Rumble|a.zip*B|Rumble|b.zip");
+    f.tracks->setSite(korvel::TrackSite());
+    f.tracks->LoadTrackList();
+    ASSERT_EQ(f.tracks->entries().size(), 2u);
+    for (QAction* entry : f.tracks->entries()) {
+        EXPECT_FALSE(entry->isEnabled());
+        EXPECT_TRUE(entry->toolTip().contains(QStringLiteral("KORVEL_TRACK_SITE")));
+    }
+    EXPECT_FALSE(f.menus.update()->isEnabled());
+    EXPECT_TRUE(f.menus.update()->toolTip().contains(QStringLiteral("File > Options > Web")));
+    EXPECT_TRUE(f.menus.tracksMenu()->toolTipsVisible());
+    f.tracks->mnuTrackList_Click(1);
+    f.tracks->mnuUpdate_Click();
+    EXPECT_FALSE(f.tracks->isUpdating());
+    EXPECT_TRUE(f.drive.shell().urls.isEmpty());
+
+    // Addresses set later (the Options dialog) bring the entries back, the tracks rebuilt later too.
+    korvel::TrackSite site;
+    site.siteRoot = QStringLiteral("https://tracks.test/");
+    site.listUrl = QUrl(QStringLiteral("https://tracks.test/list.txt"));
+    f.tracks->setSite(site);
+    f.storeList("A|Rumble|a.zip*B|Rumble|b.zip*C|Race|c.zip");
+    f.tracks->LoadTrackList();
+    for (QAction* entry : f.tracks->entries()) {
+        EXPECT_TRUE(entry->isEnabled());
+        EXPECT_TRUE(entry->toolTip().isEmpty() || entry->toolTip() == entry->text());
+    }
+    EXPECT_TRUE(f.menus.update()->isEnabled());
+    f.tracks->entries()[2]->trigger();
+    EXPECT_EQ(f.drive.shell().urls, QStringList{QStringLiteral("https://tracks.test/c.zip")});
+}

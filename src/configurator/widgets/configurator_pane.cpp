@@ -25,6 +25,8 @@ namespace korvel {
 
 namespace {
 
+const QString kDownloadTip = QStringLiteral("Open the add-on tracks' web site in the browser");
+
 template <typename W> W* named(W* widget, const char* name) {
     widget->setObjectName(QString::fromLatin1(name));
     return widget;
@@ -72,16 +74,19 @@ void ConfiguratorPane::buildControls() {
     // As designed, the standard file is chosen until monster.ini says otherwise.
     m_localizationOptions[0]->setChecked(true);
     m_customFileBox = named(new QLineEdit(language), "txtCustom");
+    m_customFileBox->setAccessibleName(QStringLiteral("Custom language file"));
     m_customFileBox->setGeometry(ui::twipsRect(120, 900, 3180, 285, this));
     m_customFileBox->setEnabled(false);
     m_browseButton = named(new ui::GoldButton(QStringLiteral("..."), language), "cmdCustom");
     m_browseButton->setGeometry(ui::twipsRect(3360, 885, 375, 315, this));
     m_browseButton->setToolTip(QStringLiteral("Choose a language file"));
+    m_browseButton->setAccessibleName(m_browseButton->toolTip());
     connect(m_browseButton, &ui::GoldButton::clicked, this, &ConfiguratorPane::chooseCustomFile);
 
     m_driversFrame = named(new QGroupBox(QStringLiteral("Drivers"), this), "fraDrivers");
     m_driversFrame->setGeometry(ui::twipsRect(120, 1800, 6690, 3540, this));
     m_driverList = named(new QTreeWidget(m_driversFrame), "lstDrivers");
+    m_driverList->setAccessibleName(QStringLiteral("Drivers"));
     m_driverList->setGeometry(ui::twipsRect(180, 300, 2400, 2640, this));
     m_driverList->setColumnCount(1);
     m_driverList->setHeaderLabels({QStringLiteral("Driver")});
@@ -91,6 +96,7 @@ void ConfiguratorPane::buildControls() {
     m_driverList->installEventFilter(this);
     connect(m_driverList, &QTreeWidget::currentItemChanged, this, &ConfiguratorPane::showSelectedDriver);
     m_informationBox = named(new QPlainTextEdit(m_driversFrame), "txtInformation");
+    m_informationBox->setAccessibleName(QStringLiteral("Driver record"));
     m_informationBox->setGeometry(ui::twipsRect(2700, 300, 3810, 2640, this));
     m_informationBox->setReadOnly(true);
     m_informationBox->setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -105,7 +111,7 @@ void ConfiguratorPane::buildControls() {
 
     m_downloadButton = named(new ui::GoldButton(QStringLiteral("&Download Tracks..."), this), "cmdDownload");
     m_downloadButton->setGeometry(ui::twipsRect(120, 5520, 2400, 375, this));
-    m_downloadButton->setToolTip(QStringLiteral("Open the add-on tracks' web site in the browser"));
+    m_downloadButton->setToolTip(kDownloadTip);
     m_downloadButton->setEnabled(false);
     connect(m_downloadButton, &ui::GoldButton::clicked, this, [this] {
         if (!m_downloadAddress.isEmpty())
@@ -117,9 +123,10 @@ void ConfiguratorPane::buildControls() {
     connect(m_saveButton, &ui::GoldButton::clicked, this, [this] { save(); });
 }
 
-void ConfiguratorPane::setDownloadAddress(const QString& address) {
+void ConfiguratorPane::setDownloadAddress(const QString& address, const QString& missingHint) {
     m_downloadAddress = address;
     m_downloadButton->setEnabled(!address.isEmpty());
+    m_downloadButton->setToolTip(address.isEmpty() ? missingHint : kDownloadTip);
 }
 
 bool ConfiguratorPane::report(const Failure& failure) {

@@ -43,8 +43,9 @@ public:
     ConfiguratorPane(const Session& session, SettingsStore& store, Services& services, QWidget* parent = nullptr);
     ~ConfiguratorPane() override;
 
-    // The address `cmdDownload` opens in the browser; the button is disabled while there is none.
-    void setDownloadAddress(const QString& address);
+    // The address `cmdDownload` opens in the browser; the button is disabled while there is none,
+    // and its tooltip then is `missingHint` (how to set one).
+    void setDownloadAddress(const QString& address, const QString& missingHint = QString());
 
     // The window has finished opening: from now on changes save as the autosave settings say.
     // Happens by itself when the pane is first shown in a visible window.

@@ -83,6 +83,8 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     m_unmountedModel->setIcon(icon);
     m_mountedList = makeList("lstMounted", m_mountedModel);
     m_unmountedList = makeList("lstUnmounted", m_unmountedModel);
+    m_mountedList->setAccessibleName(QStringLiteral("Mounted PODs"));
+    m_unmountedList->setAccessibleName(QStringLiteral("Unmounted PODs"));
 
     m_mountedList->setDragEnabled(true);
     m_mountedList->setAcceptDrops(true);

@@ -88,6 +88,7 @@ void ExtractorPane::buildControls() {
     m_model = new ListingModel(this);
     m_fileList = new QTableView(this);
     m_fileList->setObjectName(QStringLiteral("lstFiles"));
+    m_fileList->setAccessibleName(QStringLiteral("Files in the POD"));
     m_fileList->setModel(m_model);
     m_fileList->setGeometry(ui::twipsRect(2055, 180, 4755, 2760, this));
     m_fileList->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -132,6 +133,9 @@ void ExtractorPane::buildControls() {
         label->setGeometry(ui::twipsRect(2055, top, 1200, 285, this));
         auto* edit = new QLineEdit(this);
         edit->setObjectName(QString::fromLatin1(box.name));
+        // Announced by its caption, without the colon.
+        edit->setAccessibleName(label->text().chopped(1));
+        label->setBuddy(edit);
         edit->setReadOnly(true);
         edit->setGeometry(ui::twipsRect(3300, top, 3510, 285, this));
         *box.edit = edit;

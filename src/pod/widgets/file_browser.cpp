@@ -38,6 +38,9 @@ FileBrowser::FileBrowser(const FileServices& files, Dialogs& dialogs, QWidget* p
     m_driveBox->setObjectName(QStringLiteral("driveBox"));
     m_dirBox->setObjectName(QStringLiteral("dirBox"));
     m_fileBox->setObjectName(QStringLiteral("fileBox"));
+    m_driveBox->setAccessibleName(QStringLiteral("Drive"));
+    m_dirBox->setAccessibleName(QStringLiteral("Folders"));
+    m_fileBox->setAccessibleName(QStringLiteral("POD files"));
     m_dirBox->setUniformItemSizes(true);
     m_fileBox->setUniformItemSizes(true);
     m_fileBox->setToolTip(QStringLiteral("Double-click a POD to list its contents"));

@@ -20,11 +20,13 @@ RecentArchivesBox::RecentArchivesBox(const FileServices& files, std::function<st
       m_removeButton(new ui::GoldButton(QStringLiteral("X"), this)) {
     setObjectName(QStringLiteral("recentArchives"));
     m_combo->setObjectName(QStringLiteral("cmbRecent"));
+    m_combo->setAccessibleName(QStringLiteral("Recent PODs"));
     m_combo->setEditable(true);
     m_combo->setInsertPolicy(QComboBox::NoInsert);
     m_combo->setToolTip(QStringLiteral("Recently opened PODs"));
     m_combo->lineEdit()->installEventFilter(this);
     m_removeButton->setObjectName(QStringLiteral("cmdX"));
+    m_removeButton->setAccessibleName(QStringLiteral("Remove from the recent PODs"));
     m_removeButton->setToolTip(QStringLiteral("Remove this entry from the list"));
     m_removeButton->setFixedWidth(ui::twipsToPixels(330, this));
 

@@ -43,9 +43,10 @@ QIcon signIcon(bool plus) {
     return QIcon(picture);
 }
 
-QToolButton* pictureButton(const char* name, bool plus, const QString& tip, QWidget* parent) {
+QToolButton* pictureButton(const char* name, bool plus, const QString& caption, const QString& tip, QWidget* parent) {
     auto* button = new QToolButton(parent);
     button->setObjectName(QString::fromLatin1(name));
+    button->setAccessibleName(caption);
     button->setIcon(signIcon(plus));
     button->setIconSize(QSize(24, 24));
     button->setToolTip(tip);
@@ -62,11 +63,14 @@ GamesDialog::GamesDialog(QWidget* parent) : QDialog(parent) {
 
     m_lstGames = new QListWidget(this);
     m_lstGames->setObjectName(QStringLiteral("lstGames"));
+    m_lstGames->setAccessibleName(QStringLiteral("My Game Profiles"));
     m_lstGames->setSelectionMode(QAbstractItemView::SingleSelection);
     m_lstGames->installEventFilter(this);
-    m_cmdAdd = pictureButton("cmdAdd", true, QStringLiteral("Add a game (hold Shift to type its path)"), this);
+    m_cmdAdd = pictureButton("cmdAdd", true, QStringLiteral("Add Game"),
+                             QStringLiteral("Add a game (hold Shift to type its path)"), this);
     m_cmdAdd->installEventFilter(this);
-    m_cmdRemove = pictureButton("cmdRemove", false, QStringLiteral("Remove the selected game"), this);
+    m_cmdRemove = pictureButton("cmdRemove", false, QStringLiteral("Remove Game"),
+                                QStringLiteral("Remove the selected game"), this);
     m_cmdLoad = new QPushButton(QStringLiteral("&Load Game"), this);
     m_cmdLoad->setObjectName(QStringLiteral("cmdLoad"));
     m_cmdLoad->setDefault(true);

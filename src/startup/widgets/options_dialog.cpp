@@ -9,6 +9,7 @@
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
+#include "web_addresses_page.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -60,10 +61,13 @@ OptionsDialog::OptionsDialog(SettingsStore& store, const Session& session, Dialo
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("tabOptions"));
+    m_tabs->setAccessibleName(QStringLiteral("Options"));
     m_tabs->addTab(buildGeneral(), QStringLiteral("General"));
     m_tabs->addTab(buildAutosave(), QStringLiteral("Autosave"));
     m_tabs->addTab(buildLock(), QStringLiteral("Lock"));
     m_tabs->addTab(buildPaths(), QStringLiteral("Paths"));
+    m_web = new WebAddressesPage(m_store);
+    m_tabs->addTab(m_web, QStringLiteral("Web"));
     connect(m_tabs, &QTabWidget::currentChanged, this, &OptionsDialog::focusPage);
 
     auto* ok = button("cmdOK", QStringLiteral("OK"), this);
@@ -147,10 +151,13 @@ QWidget* OptionsDialog::buildPaths() {
     m_chkBrowse = check("chkBrowse", QStringLiteral("\"Browse\" starts in this directory:"), page);
     m_browseDir = new QLineEdit(page);
     m_browseDir->setObjectName(QStringLiteral("txtBrowseDir"));
+    m_browseDir->setAccessibleName(QStringLiteral("\"Browse\" starts in this directory"));
     m_cmdBrowseDir = button("cmdBrowseDir", QStringLiteral("..."), page);
     m_cmdBrowseDir->setToolTip(kFolderPrompt);
+    m_cmdBrowseDir->setAccessibleName(QStringLiteral("Choose the directory"));
     m_extraDirs = new QListWidget(page);
     m_extraDirs->setObjectName(QStringLiteral("lstExtraDirs"));
+    m_extraDirs->setAccessibleName(QStringLiteral("Extra Search Directories"));
     auto* add = button("cmdAdd", QStringLiteral("&Add..."), page);
     auto* remove = button("cmdRemove", QStringLiteral("&Remove"), page);
     auto* show = button("cmdShow", QStringLiteral("Show"), page);
@@ -311,6 +318,9 @@ void OptionsDialog::focusPage(int index) {
     case 3:
         target = m_chkBrowse;
         break;
+    case 4:
+        target = m_web->firstBox();
+        break;
     default:
         return;
     }
@@ -348,6 +358,11 @@ void OptionsDialog::save() {
         m_tabs->setCurrentIndex(3);
         return;
     }
+    if (QLineEdit* unusable = m_web->refuseUnusable(m_dialogs)) {
+        m_tabs->setCurrentWidget(m_web);
+        unusable->setFocus();
+        return;
+    }
     m_store.CreateKey(settings::profileKey(m_profile));
     ProfileSettings profile(m_store, m_profile);
     AutosaveSwitches autosave;
@@ -368,6 +383,7 @@ void OptionsDialog::save() {
     profile.setLock(lock > 0 && lock <= 3 ? static_cast<ScreenLock>(lock) : ScreenLock::None);
     profile.setCodePage(codePage.toStdString());
     profile.setLaunchCommand(*launchCommand);
+    m_web->save();
     emit saved();
     accept();
 }

@@ -20,11 +20,13 @@ namespace korvel {
 class Dialogs;
 class PathMap;
 class SettingsStore;
+class WebAddressesPage;
 struct Session;
 
-// `frmOptions`: the loaded profile's preferences on four pages (General, Autosave, Lock, Paths).
-// The dialog works on its controls only; OK writes everything to the profile's key and announces
-// it with saved(), Cancel writes nothing.
+// `frmOptions`: the loaded profile's preferences on four pages (General, Autosave, Lock, Paths),
+// and the program's web addresses on a fifth (Web). The dialog works on its controls only; OK
+// writes everything to the profile's key (and the changed addresses to the program key) and
+// announces it with saved(), Cancel writes nothing.
 class OptionsDialog : public QDialog {
     Q_OBJECT
 
@@ -34,7 +36,8 @@ public:
     // Typed folders are taken as host or game paths through this map (the services' own).
     void setPathMap(const PathMap* paths) { m_paths = paths; }
 
-    // OK: writes the values in their fixed order, then closes.
+    // OK: writes the values in their fixed order, then closes. An address that cannot be used keeps
+    // the dialog open on it, with nothing written.
     void save();
     // The extra-folder list's buttons.
     void addExtraDir();
@@ -85,6 +88,7 @@ private:
     QLineEdit* m_browseDir = nullptr;
     QPushButton* m_cmdBrowseDir = nullptr;
     QListWidget* m_extraDirs = nullptr;
+    WebAddressesPage* m_web = nullptr;
 };
 
 } // namespace korvel

@@ -24,6 +24,23 @@ TracksMenu::TracksMenu(QMenu& menu, QAction& firstEntry, QAction& separator, QAc
     firstEntry.setData(0);
     connect(&firstEntry, &QAction::triggered, this, [this] { mnuTrackList_Click(0); });
     connect(m_download, &TrackListDownload::finished, this, &TracksMenu::onDownloadFinished);
+    m_menu.setToolTipsVisible(true);
+    applyAddresses();
+}
+
+void TracksMenu::setSite(TrackSite site) {
+    m_site = std::move(site);
+    applyAddresses();
+}
+
+void TracksMenu::applyAddresses() {
+    const QString noSite = m_site.hasSite() ? QString() : TrackSite::missingSiteHint();
+    for (QAction* entry : m_entries) {
+        entry->setEnabled(m_site.hasSite());
+        entry->setToolTip(noSite);
+    }
+    m_update.setEnabled(m_site.hasList() && !isUpdating());
+    m_update.setToolTip(m_site.hasList() ? QString() : TrackSite::missingListHint());
 }
 
 TracksMenu::~TracksMenu() {
@@ -60,6 +77,7 @@ bool TracksMenu::LoadTrackList() {
         m_entries[i]->setText(fromGameText(built.entries[i].caption));
         m_entries[i]->setProperty(kTagProperty, fromGameText(built.entries[i].tag));
     }
+    applyAddresses();
     if (built.failure) {
         m_dialogs.message(built.failure->title(), built.failure->message, MessageIcon::Critical);
         return false;
@@ -68,7 +86,7 @@ bool TracksMenu::LoadTrackList() {
 }
 
 void TracksMenu::mnuTrackList_Click(int index) {
-    if (index < 0 || static_cast<size_t>(index) >= m_entries.size())
+    if (index < 0 || static_cast<size_t>(index) >= m_entries.size() || !m_site.hasSite())
         return;
     // The shell's answer is not checked: a browser that cannot open the address says so itself.
     m_shell.openUrl(m_site.trackAddress(toGameText(tagOf(*m_entries[static_cast<size_t>(index)]))));
@@ -79,7 +97,7 @@ bool TracksMenu::isUpdating() const {
 }
 
 void TracksMenu::mnuUpdate_Click() {
-    if (isUpdating())
+    if (isUpdating() || !m_site.hasList())
         return;
     // The window keeps painting while the list downloads; only a second update is kept out.
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
@@ -96,7 +114,7 @@ void TracksMenu::onDownloadFinished() {
         QGuiApplication::restoreOverrideCursor();
         m_busyCursor = false;
     }
-    m_update.setEnabled(true);
+    applyAddresses();
     showTrackListUpdateOutcome(m_dialogs, stored);
     emit updateFinished(stored.ok());
 }

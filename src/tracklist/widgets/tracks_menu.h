@@ -49,6 +49,10 @@ public:
     static QString tagOf(const QAction& entry);
 
     const TrackSite& site() const { return m_site; }
+    // New addresses (the Options dialog changed them). While the site is missing the track entries
+    // are disabled, while the list's address is missing the update entry; either way the entry's
+    // tooltip says how to set one.
+    void setSite(TrackSite site);
 
 signals:
     void updateFinished(bool succeeded);
@@ -56,6 +60,7 @@ signals:
 private:
     void onDownloadFinished();
     void removeAddedEntries();
+    void applyAddresses();
 
     QMenu& m_menu;
     QAction& m_separator;
