@@ -173,8 +173,8 @@ void KorvelApplication::runOpenSequence() {
     parts.mounter->restoreSplitter(window.profileSettings().slider());
 }
 
-// Closing the window: refused while the Extractor is busy or while the mounted list's changes are
-// not settled; then the window's state and the recent archives are saved.
+// Closing the window: refused while the Extractor is busy or while the changes of the mounted
+// list, monster.ini or player.pro are not settled; then the window's state and the recent archives are saved.
 bool KorvelApplication::closeSequence() {
     WindowParts& parts = *m_parts;
     if (parts.extractor->archiveBusy()) {
@@ -182,6 +182,8 @@ bool KorvelApplication::closeSequence() {
         return false;
     }
     if (!parts.mounter->settleUnsavedList())
+        return false;
+    if (parts.configurator && !parts.configurator->settleUnsavedChanges())
         return false;
     parts.window->saveState();
     parts.extractor->saveRecentArchives();

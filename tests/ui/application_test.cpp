@@ -4,6 +4,7 @@
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/listing_model.h"
 #include "pod/widgets/recent_archives_box.h"
+#include "platform/wine.h"
 #include "pod_writer.h"
 #include "tracklist/widgets/tracks_menu.h"
 #include "ui/kit/gold_button.h"
@@ -13,10 +14,11 @@
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
-#include <QTimer>
 #include <QSignalSpy>
 #include <QTableView>
+#include <QTreeWidget>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -108,6 +110,93 @@ TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutos
     }
 }
 
+TEST(KorvelApplicationClose, settlesTheConfiguratorsChangesAsTheExitSwitchesOrTheAnswerSay) {
+    enum Change { Monster = 1, Drivers = 2 };
+    const struct {
+        const char* name;
+        int changes;
+        const char *asMonster, *asPlayer, *asExit;
+        std::optional<MessageAnswer> answer; // none: no question may come
+        bool closes, monsterSaved, driversSaved;
+    } cases[] = {
+        {"settings, saved at exit", Monster, "1", "0", "1", std::nullopt, true, true, false},
+        {"removal, saved at exit", Drivers, "0", "1", "1", std::nullopt, true, false, true},
+        {"both, saved at exit", Monster | Drivers, "1", "1", "1", std::nullopt, true, true, true},
+        {"settings, exit switch off, yes", Monster, "1", "1", "0", MessageAnswer::Yes, true, true, false},
+        {"settings, no", Monster, "0", "1", "1", MessageAnswer::No, true, false, false},
+        {"removal, yes", Drivers, "1", "0", "1", MessageAnswer::Yes, true, false, true},
+        {"removal, cancel", Drivers, "0", "0", "0", MessageAnswer::Cancel, false, false, false},
+        {"both, monster saved at exit, removal dropped", Monster | Drivers, "1", "0", "1", MessageAnswer::No, true,
+         true, false},
+        {"both, cancel saves neither", Monster | Drivers, "0", "0", "0", MessageAnswer::Cancel, false, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        AppRig rig;
+        addGame(rig, "1", c.asExit);
+        rig.store.writeProfile(kGame, settings::kAsMonster, c.asMonster);
+        rig.store.writeProfile(kGame, settings::kAsPlayer, c.asPlayer);
+        ASSERT_TRUE(rig.start());
+        rig.window().ShowConfigurator(QStringLiteral("0"));
+        const std::string monsterIni = rig.drive.read(kFolder + "\\system\\monster.ini");
+        const std::string playerPro = rig.drive.read(kFolder + "\\player.pro");
+        if (c.changes & Monster)
+            QTest::mouseClick(rig.find("chkSounds"), Qt::LeftButton);
+        if (c.changes & Drivers) {
+            auto* drivers = rig.find<QTreeWidget>("lstDrivers");
+            drivers->topLevelItem(0)->setSelected(true);
+            QTest::mouseClick(rig.find("cmdRemoveDrivers"), Qt::LeftButton);
+        }
+        // Nothing was saved on the change itself.
+        ASSERT_EQ(rig.drive.read(kFolder + "\\system\\monster.ini"), monsterIni);
+        ASSERT_EQ(rig.drive.read(kFolder + "\\player.pro"), playerPro);
+        rig.drive.dialogs().clear();
+        if (c.answer)
+            rig.drive.dialogs().answer(*c.answer);
+        EXPECT_EQ(rig.window().close(), c.closes);
+        const auto& shown = rig.drive.dialogs().messages();
+        if (c.answer) {
+            ASSERT_EQ(shown.size(), 1u);
+            EXPECT_EQ(shown[0].buttons, MessageButtons::YesNoCancel);
+        } else {
+            EXPECT_TRUE(shown.empty());
+        }
+        EXPECT_EQ(rig.drive.read(kFolder + "\\system\\monster.ini") != monsterIni, c.monsterSaved);
+        EXPECT_EQ(rig.drive.read(kFolder + "\\player.pro") != playerPro, c.driversSaved);
+    }
+}
+
+TEST(KorvelApplicationClose, staysOpenWhenTheConfiguratorsSaveFailsAndAsksNothingWithoutChanges) {
+    AppRig rig;
+    addGame(rig, "1", "1");
+    rig.store.writeProfile(kGame, settings::kAsMonster, "1");
+    ASSERT_TRUE(rig.start());
+    rig.window().ShowConfigurator(QStringLiteral("0"));
+    // A setting clicked twice is back as the file holds it: nothing to settle.
+    QTest::mouseClick(rig.find("chkTrack"), Qt::LeftButton);
+    QTest::mouseClick(rig.find("chkTrack"), Qt::LeftButton);
+    auto* drivers = rig.find<QTreeWidget>("lstDrivers");
+    drivers->topLevelItem(0)->setSelected(true);
+    QTest::mouseClick(rig.find("cmdRemoveDrivers"), Qt::LeftButton);
+    QTest::mouseClick(rig.find("cmdUndoDrivers"), Qt::LeftButton); // the removal undone
+    rig.drive.dialogs().clear();
+    EXPECT_TRUE(rig.window().close());
+    EXPECT_TRUE(rig.drive.dialogs().messages().empty());
+
+    AppRig failing;
+    addGame(failing, "1", "1");
+    failing.store.writeProfile(kGame, settings::kAsMonster, "1");
+    ASSERT_TRUE(failing.start());
+    failing.window().ShowConfigurator(QStringLiteral("0"));
+    QTest::mouseClick(failing.find("chkTrack"), Qt::LeftButton);
+    failing.drive.remove(kFolder + "\\system\\monster.ini");
+    failing.drive.makeFolder(kFolder + "\\system\\monster.ini");
+    failing.drive.dialogs().clear();
+    EXPECT_FALSE(failing.window().close());
+    ASSERT_FALSE(failing.drive.dialogs().messages().empty());
+    EXPECT_EQ(failing.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+}
+
 TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAfterAFailedOne) {
     AppRig rig;
     addGame(rig, "1", "1");
@@ -121,17 +210,26 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     ASSERT_TRUE(rig.start());
     ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "MANY.POD"));
     extractor(rig).fileList()->selectAll();
-    // A close asked for while the entries are written (the window repaints between them).
+    // A close asked for while the entries are written: from the progress shown halfway through
+    // the run, however fast the entries are written.
     std::optional<bool> closed;
+    std::optional<bool> busyWhenAsked;
     QString said;
-    QTimer::singleShot(0, &rig.window(), [&] {
+    QProgressBar* progress = rig.find<QProgressBar>("prgExtract");
+    const QMetaObject::Connection halfway = QObject::connect(progress, &QProgressBar::valueChanged, [&](int value) {
+        if (value < 300 || closed)
+            return;
+        busyWhenAsked = extractor(rig).archiveBusy();
         closed = rig.window().close();
         said = rig.find<QLabel>("lblExtract")->text();
     });
     rig.drive.dialogs().chooseFolder("C:\\Out");
     extractor(rig).extractTo();
+    QObject::disconnect(halfway);
     ASSERT_TRUE(closed.has_value());
+    EXPECT_TRUE(*busyWhenAsked);
     EXPECT_FALSE(*closed);
+    EXPECT_TRUE(rig.window().isVisible());
     EXPECT_EQ(said, QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
     EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
 
@@ -222,6 +320,28 @@ TEST(KorvelApplicationButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGame
     EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
     EXPECT_EQ(rig.drive.dialogs().lastMessage().text, "Wine was not found, so the game cannot be started.");
     EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+}
+
+TEST(KorvelApplicationButtons, playSaysWhichExecutableIsMissing) {
+    AppRig rig;
+    addGame(rig);
+    ASSERT_TRUE(rig.start());
+    // The game's executable went away while Korvel was open; the launcher's own reason is shown.
+    const std::string exe = kFolder + "\\monster.exe";
+    rig.drive.remove(exe);
+    const Result<GameLaunchPlan> plan = planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), QString(), QString());
+    ASSERT_FALSE(plan);
+    rig.drive.shell().succeed = false;
+    rig.drive.shell().failure = plan.failure().message;
+    rig.drive.dialogs().clear();
+    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    ASSERT_EQ(rig.drive.dialogs().messages().size(), 1u);
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().title, QStringLiteral("Play Game"));
+    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.startsWith(QStringLiteral("The game's executable was not found")));
+    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QStringLiteral("monster.exe"), Qt::CaseInsensitive));
+    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+    ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
+    EXPECT_EQ(rig.drive.shell().launches[0].first, exe);
 }
 
 TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {

@@ -138,8 +138,11 @@ bool ConfiguratorPane::report(const Failure& failure) {
 
 bool ConfiguratorPane::LoadMonsterIni() {
     const Result<MonsterSettings> loaded = korvel::LoadMonsterIni(m_services.files, m_session.location);
+    m_monsterEdited = false;
+    m_monsterOnDisk.reset();
     if (!loaded)
         return report(loaded.failure());
+    m_monsterOnDisk = *loaded;
     m_hiddenTrackBox->setChecked(loaded->hiddenTrack);
     m_hornSoundsBox->setChecked(loaded->horn);
     selectLocalization(loaded->localization);
@@ -163,8 +166,17 @@ MonsterSettings ConfiguratorPane::monsterSettings() const {
 }
 
 bool ConfiguratorPane::SaveMonsterIni() {
-    const Status saved = korvel::SaveMonsterIni(m_services.files, m_session.location, monsterSettings());
-    return saved ? true : report(saved.failure());
+    const MonsterSettings settings = monsterSettings();
+    const Status saved = korvel::SaveMonsterIni(m_services.files, m_session.location, settings);
+    if (!saved)
+        return report(saved.failure());
+    m_monsterOnDisk = settings;
+    m_monsterEdited = false;
+    return true;
+}
+
+bool ConfiguratorPane::monsterIniChanged() const {
+    return m_monsterOnDisk ? monsterSettings() != *m_monsterOnDisk : m_monsterEdited;
 }
 
 void ConfiguratorPane::selectLocalization(int index) {
@@ -181,6 +193,7 @@ void ConfiguratorPane::localizationClicked(int index) {
 }
 
 void ConfiguratorPane::settingChanged() {
+    m_monsterEdited = true;
     if (m_opened && m_session.autosave.monsterOnChange())
         SaveMonsterIni();
 }
@@ -217,6 +230,7 @@ void ConfiguratorPane::fillDriverList() {
 bool ConfiguratorPane::LoadDrivers() {
     DriverLoad load = korvel::LoadDrivers(m_services.files, m_session.location);
     m_drivers = std::move(load.list);
+    m_driversRemoved = false;
     fillDriverList();
     return load.failure ? report(*load.failure) : true;
 }
@@ -228,6 +242,7 @@ int ConfiguratorPane::RemoveSelectedDriver() {
     const int removed = korvel::RemoveSelectedDriver(m_drivers, std::move(selected));
     if (removed == 0)
         return 0;
+    m_driversRemoved = true;
     fillDriverList();
     if (m_opened && m_session.autosave.playerOnChange())
         SaveDrivers();
@@ -240,12 +255,45 @@ bool ConfiguratorPane::SaveDrivers() {
         return report(saved.failure());
     // The list shows what the file holds now.
     m_drivers = std::move(saved->list);
+    m_driversRemoved = false;
     fillDriverList();
     return saved->failure ? report(*saved->failure) : true;
 }
 
 bool ConfiguratorPane::save() {
     return SaveMonsterIni() && SaveDrivers();
+}
+
+bool ConfiguratorPane::settleUnsavedChanges() {
+    const AutosaveSwitches& autosave = m_session.autosave;
+    bool saveMonster = monsterIniChanged() && autosave.onExit && autosave.monster;
+    bool saveDrivers = driversChanged() && autosave.onExit && autosave.player;
+    const bool askMonster = monsterIniChanged() && !saveMonster;
+    const bool askDrivers = driversChanged() && !saveDrivers;
+    if (askMonster || askDrivers) {
+        QString text;
+        if (askMonster && askDrivers)
+            text = QStringLiteral("The game settings (monster.ini) have changed and drivers were removed from the "
+                                  "player profile (player.pro) since they were last saved. Save both before Korvel "
+                                  "exits?");
+        else if (askMonster)
+            text = QStringLiteral("The game settings have changed since they were last saved. Save them to "
+                                  "monster.ini before Korvel exits?");
+        else
+            text = QStringLiteral("Drivers were removed from the list since it was last saved. Save the list to "
+                                  "player.pro before Korvel exits?");
+        const MessageAnswer answer =
+            m_services.dialogs.message(QStringLiteral("Question"), text, MessageIcon::Question, MessageButtons::YesNoCancel);
+        if (answer == MessageAnswer::Cancel)
+            return false;
+        if (answer == MessageAnswer::Yes) {
+            saveMonster = saveMonster || askMonster;
+            saveDrivers = saveDrivers || askDrivers;
+        }
+    }
+    if (saveMonster && !SaveMonsterIni())
+        return false;
+    return !saveDrivers || SaveDrivers();
 }
 
 void ConfiguratorPane::showSelectedDriver() {

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <array>
+#include <optional>
 
 class QCheckBox;
 class QGroupBox;
@@ -68,6 +69,15 @@ public:
     // `cmdSave`: monster.ini, then player.pro; stops at the first failure.
     bool save();
 
+    // Settings that differ from what monster.ini held when last read or written, and drivers
+    // removed from the list since player.pro was last read or written.
+    bool monsterIniChanged() const;
+    bool driversChanged() const { return m_driversRemoved; }
+    // At the window's close: what the profile saves at exit (AS-Exit with AS-Monster or AS-Player)
+    // is saved, the user is asked about the rest (Yes saves, No drops them). False keeps the window
+    // open: the user cancelled, or a save failed (its failure shown).
+    bool settleUnsavedChanges();
+
     // `cmdCustom`: asks for a language file and selects it as the custom choice.
     void chooseCustomFile();
 
@@ -96,6 +106,11 @@ private:
     Services& m_services;
     bool m_opened = false;
     DriverList m_drivers;
+    // monster.ini as last read or written; while it is unknown (it could not be read), any change
+    // made by the user counts as unsaved.
+    std::optional<MonsterSettings> m_monsterOnDisk;
+    bool m_monsterEdited = false;
+    bool m_driversRemoved = false;
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;
