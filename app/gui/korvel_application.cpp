@@ -15,6 +15,7 @@
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
+#include "startup/store_warnings.h"
 #include "startup/typed_settings.h"
 #include "startup/version_text.h"
 #include "startup/web_addresses.h"
@@ -45,11 +46,32 @@ struct KorvelApplication::WindowParts {
     MounterPane* mounter = nullptr;
 };
 
+namespace {
+
+// The profiles dialog, opened only once the store's trouble has been explained.
+class ExplainingChooser : public ProfileChooser {
+public:
+    ExplainingChooser(ProfileChooser& chooser, StoreWarningDialogs& dialogs) : m_chooser(chooser), m_dialogs(dialogs) {}
+    void choose(GameProfiles& logic) override {
+        m_dialogs.explainPending();
+        m_chooser.choose(logic);
+    }
+
+private:
+    ProfileChooser& m_chooser;
+    StoreWarningDialogs& m_dialogs;
+};
+
+} // namespace
+
 KorvelApplication::KorvelApplication(Services& services, SettingsStore& store, FileAssociation& association,
                                      QObject* parent)
-    : QObject(parent), m_services(services), m_store(store), m_association(association),
-      m_games(std::make_unique<GamesDialog>()),
-      m_startup(std::make_unique<Startup>(services, store, m_session, *m_games, association)) {}
+    : QObject(parent), m_warningDialogs(std::make_unique<StoreWarningDialogs>(services.dialogs, services.registry)),
+      m_services{services.paths, services.files, services.registry, *m_warningDialogs, services.shell},
+      m_store(store), m_association(association), m_games(std::make_unique<GamesDialog>()) {
+    m_chooser = std::make_unique<ExplainingChooser>(*m_games, *m_warningDialogs);
+    m_startup = std::make_unique<Startup>(m_services, store, m_session, *m_chooser, association);
+}
 
 KorvelApplication::~KorvelApplication() {
     m_parts.reset();
@@ -62,11 +84,13 @@ ui::MainWindow* KorvelApplication::window() const {
 bool KorvelApplication::start(const QStringList& arguments) {
     m_games->resetLastState();
     if (m_startup->Main(requestFromArguments(arguments, m_services.paths)) == StartupResult::Terminate) {
+        m_warningDialogs->explainPending();
         m_exitCode = terminationCode();
         return false;
     }
+    m_warningDialogs->explainPending();
     openWindow();
-    showStoreWarnings();
+    m_warningDialogs->explainPending();
     return true;
 }
 
@@ -187,6 +211,7 @@ bool KorvelApplication::closeSequence() {
         return false;
     parts.window->saveState();
     parts.extractor->saveRecentArchives();
+    m_warningDialogs->explainPending();
     return true;
 }
 
@@ -251,13 +276,6 @@ int KorvelApplication::terminationCode() const {
     // ended after a message.
     const std::optional<GameProfiles::State> state = m_games->lastState();
     return state && (*state == GameProfiles::State::Exited || *state == GameProfiles::State::Open) ? 0 : 1;
-}
-
-void KorvelApplication::showStoreWarnings() {
-    const QStringList warnings = m_services.registry.takeWarnings();
-    if (!warnings.isEmpty())
-        m_services.dialogs.message(QStringLiteral("WARNING!"), warnings.join(QStringLiteral("\n\n")),
-                                   MessageIcon::Exclamation);
 }
 
 int runKorvel(int argc, char** argv) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/services.h"
 #include "startup/session.h"
 
 #include <QObject>
@@ -10,11 +11,12 @@
 class QWidget;
 
 namespace korvel {
-struct Services;
 class FileAssociation;
 class GamesDialog;
+class ProfileChooser;
 class SettingsStore;
 class Startup;
+class StoreWarningDialogs;
 } // namespace korvel
 
 namespace korvel::ui {
@@ -70,9 +72,12 @@ private:
     void closeWindow();
     void end(int exitCode);
     int terminationCode() const;
-    void showStoreWarnings();
 
-    Services& m_services;
+    // Every message of the application goes through these dialogs, which explain the settings
+    // store's trouble first.
+    std::unique_ptr<StoreWarningDialogs> m_warningDialogs;
+    Services m_services;
+    std::unique_ptr<ProfileChooser> m_chooser;
     SettingsStore& m_store;
     FileAssociation& m_association;
     Session m_session;

@@ -34,7 +34,36 @@ QString whyNoFileIn(const QString& folder, size_t size) {
 
 } // namespace
 
-FileRegistry::FileRegistry(QString filePath) : m_path(std::move(filePath)) { refresh(); }
+FileRegistry::FileRegistry(QString filePath) : m_path(std::move(filePath)) {
+    refresh();
+    checkWritable();
+}
+
+// Said at once, so the user learns before making any change that it would not be kept. Nothing is
+// made on the way: a folder that does not exist yet is judged by the nearest one that does.
+void FileRegistry::checkWritable() {
+    const QFileInfo file(m_path);
+    QString reason;
+    if (file.exists()) {
+        if (!file.isFile())
+            reason = QStringLiteral("it is not a file");
+        else if (!file.isWritable())
+            reason = QStringLiteral("permission denied");
+    }
+    if (reason.isEmpty()) {
+        QFileInfo folder(file.absolutePath());
+        while (!folder.exists() && !folder.isRoot() && folder.absoluteFilePath() != folder.absolutePath())
+            folder = QFileInfo(folder.absolutePath());
+        if (folder.exists() && !folder.isDir())
+            reason = QStringLiteral("%1 is not a folder").arg(QDir::toNativeSeparators(folder.absoluteFilePath()));
+        else if (folder.isDir())
+            reason = whyNoFileIn(folder.absoluteFilePath(), 64);
+    }
+    if (!reason.isEmpty())
+        m_warnings << QStringLiteral("The settings file %1 cannot be written (%2). Korvel works with the settings it "
+                                     "has, but no change made now will be kept.")
+                          .arg(QDir::toNativeSeparators(m_path), reason);
+}
 
 QString FileRegistry::defaultPath() {
     const QString overridden = qEnvironmentVariable("KORVEL_REGISTRY");

@@ -15,8 +15,9 @@ namespace korvel {
 // Every change is made under a lock file (so two running instances never lose each other's
 // writes), on the file's latest content (re-read when another process changed it), and saved
 // through a temporary file and an atomic replace. A damaged file is never overwritten: it is kept
-// aside under a new name and reported once through takeWarnings(). A change that cannot be saved
-// leaves the file as it was and its reason in takeSaveFailure().
+// aside under a new name and reported once through takeWarnings(), as is a file that cannot be
+// written at all. A change that cannot be saved leaves the file as it was and its reason in
+// takeSaveFailure().
 class FileRegistry : public RegistryService {
 public:
     explicit FileRegistry(QString filePath);
@@ -40,6 +41,7 @@ public:
 
 private:
     void refresh();
+    void checkWritable();
     template <typename Change> bool change(Change&& apply);
     // Takes the lock beside the file; false (the reason recorded) when it cannot be had.
     bool lock(QLockFile& lock);

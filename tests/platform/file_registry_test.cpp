@@ -122,3 +122,42 @@ TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
     EXPECT_FALSE(registry.createKey(HKCU, kKey));         // outside a group too
     EXPECT_TRUE(registry.takeSaveFailure().has_value());
 }
+
+TEST(FileRegistry, saysAtOnceWhenItsFileCannotBeWrittenAndLeavesNoTraceWhenItCan) {
+    const struct {
+        const char* name;
+        const char* file;     // under the temporary folder
+        const char* blocker;  // a file made there first, standing where a folder or the file should be
+        bool folderAsFile;    // the settings file's own name is taken by a folder
+        const char* reason;   // empty: no warning
+    } cases[] = {
+        {"a folder yet to be made", "new/deeper/registry.json", nullptr, false, ""},
+        {"a file standing where the folder should be", "config/korvel/registry.json", "config", false,
+         "is not a folder"},
+        {"a folder where the file should be", "registry.json", nullptr, true, "it is not a file"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QTemporaryDir dir;
+        if (c.blocker) {
+            QFile blocker(dir.path() + "/" + c.blocker);
+            ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+        }
+        const QString path = dir.path() + "/" + c.file;
+        if (c.folderAsFile) {
+            ASSERT_TRUE(QDir().mkpath(path));
+        }
+        const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        FileRegistry registry(path);
+        const QStringList warnings = registry.takeWarnings();
+        if (QString(c.reason).isEmpty()) {
+            EXPECT_TRUE(warnings.isEmpty()) << warnings.join('\n').toStdString();
+        } else {
+            ASSERT_EQ(warnings.size(), 1);
+            EXPECT_TRUE(warnings[0].contains("cannot be written")) << warnings[0].toStdString();
+            EXPECT_TRUE(warnings[0].contains(c.reason)) << warnings[0].toStdString();
+        }
+        // The check makes nothing: no folder, no probe left behind.
+        EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), before);
+    }
+}

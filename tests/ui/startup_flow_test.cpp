@@ -1,6 +1,9 @@
 #include "app_rig.h"
+#include "platform/file_registry.h"
 
 #include <QAction>
+#include <QDir>
+#include <QFile>
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTest>
@@ -72,6 +75,60 @@ TEST(StartupFlow, commandLineNamesAProfileOrAnArchive) {
     EXPECT_FALSE(rig.start({QStringLiteral("mtm2")}));
     EXPECT_EQ(rig.app->exitCode(), 1);
     EXPECT_EQ(rig.drive.dialogs().lastMessage().title, QStringLiteral("Unexpected Error"));
+}
+
+TEST(StartupFlow, aDamagedOrUnwritableSettingsStoreIsExplainedBeforeAnythingElse) {
+    enum class Store { Damaged, Unwritable };
+    const struct {
+        const char* name;
+        Store store;
+        QStringList arguments;
+        QString warning;    // what the explanation says
+        QString nextTitle;  // the message that follows it
+        bool profilesShown; // the profiles dialog opens (and is left by Exit)
+    } cases[] = {
+        {"damaged, first start", Store::Damaged, {}, "was damaged", "Information", true},
+        {"damaged, a game named on the command line", Store::Damaged, {"MTM2"}, "was damaged", "Unexpected Error",
+         false},
+        {"unwritable, first start", Store::Unwritable, {}, "cannot be written", "Information", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempDrive drive;
+        QString path = drive.root() + QStringLiteral("/config/registry.json");
+        if (c.store == Store::Damaged) {
+            QDir().mkpath(drive.root() + QStringLiteral("/config"));
+            QFile file(path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write("{ \"HKEY_CURRENT_USER\": [ broken");
+        } else {
+            // Its folder cannot be made: a file stands where the folder should be.
+            QFile blocker(drive.root() + QStringLiteral("/config"));
+            ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+            path = drive.root() + QStringLiteral("/config/korvel/registry.json");
+        }
+        FileRegistry registry(path);
+        Services services{drive.paths(), drive.files(), registry, drive.dialogs(), drive.shell()};
+        SettingsStore store{registry, drive.dialogs()};
+        FileAssociation association{store, drive.paths(), {drive.host("C:\\Tools\\Korvel.exe"), false, {}, false}};
+        app::KorvelApplication korvel(services, store, association);
+        qsizetype shownBeforeProfiles = -1;
+        if (c.profilesShown) {
+            whenShown(QStringLiteral("frmGames"), [&](QWidget* form) {
+                shownBeforeProfiles = drive.dialogs().messages().size();
+                QTest::mouseClick(child(form, "cmdExit"), Qt::LeftButton);
+            });
+        }
+        EXPECT_FALSE(korvel.start(c.arguments));
+        const auto& shown = drive.dialogs().messages();
+        ASSERT_EQ(shown.size(), 2u);
+        EXPECT_EQ(shown[0].title, QStringLiteral("WARNING!"));
+        EXPECT_TRUE(shown[0].text.contains(c.warning)) << shown[0].text.toStdString();
+        EXPECT_EQ(shown[1].title, c.nextTitle);
+        if (c.profilesShown) {
+            EXPECT_EQ(shownBeforeProfiles, 2);
+        }
+    }
 }
 
 TEST(StartupFlow, theProfilesDialogLeftByItsFrameEndsOnlyTheFirstStart) {
