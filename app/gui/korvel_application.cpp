@@ -67,8 +67,8 @@ private:
 KorvelApplication::KorvelApplication(Services& services, SettingsStore& store, FileAssociation& association,
                                      QObject* parent)
     : QObject(parent), m_warningDialogs(std::make_unique<StoreWarningDialogs>(services.dialogs, services.registry)),
-      m_services{services.paths, services.files, services.registry, *m_warningDialogs, services.shell},
-      m_store(store), m_association(association), m_games(std::make_unique<GamesDialog>()) {
+      m_services{services.paths, services.files, services.registry, *m_warningDialogs, services.shell}, m_store(store),
+      m_association(association), m_games(std::make_unique<GamesDialog>()) {
     m_chooser = std::make_unique<ExplainingChooser>(*m_games, *m_warningDialogs);
     m_startup = std::make_unique<Startup>(m_services, store, m_session, *m_chooser, association);
 }

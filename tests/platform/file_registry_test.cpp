@@ -126,10 +126,10 @@ TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
 TEST(FileRegistry, saysAtOnceWhenItsFileCannotBeWrittenAndLeavesNoTraceWhenItCan) {
     const struct {
         const char* name;
-        const char* file;     // under the temporary folder
-        const char* blocker;  // a file made there first, standing where a folder or the file should be
-        bool folderAsFile;    // the settings file's own name is taken by a folder
-        const char* reason;   // empty: no warning
+        const char* file;    // under the temporary folder
+        const char* blocker; // a file made there first, standing where a folder or the file should be
+        bool folderAsFile;   // the settings file's own name is taken by a folder
+        const char* reason;  // empty: no warning
     } cases[] = {
         {"a folder yet to be made", "new/deeper/registry.json", nullptr, false, ""},
         {"a file standing where the folder should be", "config/korvel/registry.json", "config", false,

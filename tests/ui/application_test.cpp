@@ -1,10 +1,10 @@
 #include "app_rig.h"
 #include "configurator/widgets/configurator_pane.h"
 #include "palette/widgets/palette_window.h"
+#include "platform/wine.h"
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/listing_model.h"
 #include "pod/widgets/recent_archives_box.h"
-#include "platform/wine.h"
 #include "pod_writer.h"
 #include "tracklist/widgets/tracks_menu.h"
 #include "ui/kit/gold_button.h"
@@ -18,8 +18,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
-#include <QTreeWidget>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
@@ -329,7 +329,8 @@ TEST(KorvelApplicationButtons, playSaysWhichExecutableIsMissing) {
     // The game's executable went away while Korvel was open; the launcher's own reason is shown.
     const std::string exe = kFolder + "\\monster.exe";
     rig.drive.remove(exe);
-    const Result<GameLaunchPlan> plan = planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), QString(), QString());
+    const Result<GameLaunchPlan> plan =
+        planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), QString(), QString());
     ASSERT_FALSE(plan);
     rig.drive.shell().succeed = false;
     rig.drive.shell().failure = plan.failure().message;
@@ -337,7 +338,8 @@ TEST(KorvelApplicationButtons, playSaysWhichExecutableIsMissing) {
     QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
     ASSERT_EQ(rig.drive.dialogs().messages().size(), 1u);
     EXPECT_EQ(rig.drive.dialogs().lastMessage().title, QStringLiteral("Play Game"));
-    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.startsWith(QStringLiteral("The game's executable was not found")));
+    EXPECT_TRUE(
+        rig.drive.dialogs().lastMessage().text.startsWith(QStringLiteral("The game's executable was not found")));
     EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QStringLiteral("monster.exe"), Qt::CaseInsensitive));
     EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);

@@ -88,7 +88,11 @@ TEST(StartupFlow, aDamagedOrUnwritableSettingsStoreIsExplainedBeforeAnythingElse
         bool profilesShown; // the profiles dialog opens (and is left by Exit)
     } cases[] = {
         {"damaged, first start", Store::Damaged, {}, "was damaged", "Information", true},
-        {"damaged, a game named on the command line", Store::Damaged, {"MTM2"}, "was damaged", "Unexpected Error",
+        {"damaged, a game named on the command line",
+         Store::Damaged,
+         {"MTM2"},
+         "was damaged",
+         "Unexpected Error",
          false},
         {"unwritable, first start", Store::Unwritable, {}, "cannot be written", "Information", true},
     };

@@ -282,8 +282,8 @@ bool ConfiguratorPane::settleUnsavedChanges() {
         else
             text = QStringLiteral("Drivers were removed from the list since it was last saved. Save the list to "
                                   "player.pro before Korvel exits?");
-        const MessageAnswer answer =
-            m_services.dialogs.message(QStringLiteral("Question"), text, MessageIcon::Question, MessageButtons::YesNoCancel);
+        const MessageAnswer answer = m_services.dialogs.message(QStringLiteral("Question"), text, MessageIcon::Question,
+                                                                MessageButtons::YesNoCancel);
         if (answer == MessageAnswer::Cancel)
             return false;
         if (answer == MessageAnswer::Yes) {
