@@ -124,7 +124,7 @@ TEST_F(ConflictsTest, showsEachArchivesSharedFilesAndThePathsOfTheArchiveSelecte
     // mount order, the same size with other bytes told apart from the same bytes.
     EXPECT_EQ(selectedArchive(*window), "B.POD");
     EXPECT_EQ(shownPaths(*window), (std::vector<std::string>{"ART\\SKY.RAW | 999 | A.POD | C.POD | differs",
-                                                "SHARED.TXT | 1,000 | A.POD |  | identical"}));
+                                                             "SHARED.TXT | 1,000 | A.POD |  | identical"}));
     EXPECT_TRUE(window->findChild<QLabel*>(QStringLiteral("lblConflicts"))->text().startsWith("2 files are in more"));
     // Sizes sort as numbers, not as their texts ("1,000" before "999").
     window->pathsView()->sortByColumn(ConflictPathsModel::SizeColumn, Qt::AscendingOrder);
@@ -144,12 +144,8 @@ TEST_F(ConflictsTest, theFilterKeepsRowsWithTheTextInAnyColumnWithoutRegardToCas
         const char* typed;
         std::vector<std::string> paths;
     } cases[] = {
-        {"shared", {"SHARED.TXT"}},
-        {"sky", {"ART\\SKY.RAW"}},
-        {"c.pod", {"ART\\SKY.RAW"}}, // a holder's name
-        {"DIFFERS", {"ART\\SKY.RAW"}},
-        {"nothing like it", {}},
-        {"", {"ART\\SKY.RAW", "SHARED.TXT"}},
+        {"shared", {"SHARED.TXT"}},    {"sky", {"ART\\SKY.RAW"}}, {"c.pod", {"ART\\SKY.RAW"}}, // a holder's name
+        {"DIFFERS", {"ART\\SKY.RAW"}}, {"nothing like it", {}},   {"", {"ART\\SKY.RAW", "SHARED.TXT"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.typed);
@@ -200,7 +196,8 @@ TEST_F(ConflictsTest, mountedRowsThatShareFilesAreMarkedOnceAskedWithoutChanging
     EXPECT_TRUE(pane().conflictsWindow()->isVisible());
     EXPECT_EQ(marks(), (std::vector<bool>{true, true, true, false, false, false}));
     const QModelIndex a = mounted->model()->index(0, 0), e = mounted->model()->index(5, 0);
-    EXPECT_NE(a.data(Qt::DecorationRole).value<QIcon>().cacheKey(), e.data(Qt::DecorationRole).value<QIcon>().cacheKey());
+    EXPECT_NE(a.data(Qt::DecorationRole).value<QIcon>().cacheKey(),
+              e.data(Qt::DecorationRole).value<QIcon>().cacheKey());
     EXPECT_TRUE(a.data(Qt::ToolTipRole).toString().contains("other mounted PODs also hold"));
     EXPECT_FALSE(e.data(Qt::ToolTipRole).toString().contains("other mounted PODs also hold"));
     EXPECT_EQ(a.data().toString(), "A.POD"); // the texts stay
@@ -239,9 +236,8 @@ GameLayout checkedGame() {
     truncated.add(PodWriter::Entry{"BIG.BIN", "short", 50000, {}});
     GameLayout layout;
     layout.podIni = {"FINE.POD", "BROKEN.POD", "CUT.POD", "GONE.POD"};
-    layout.archives = {{"FINE.POD", PodWriter().add("A.TXT", "a").pod1()},
-                       {"BROKEN.POD", "POD"},
-                       {"CUT.POD", truncated.pod1()}};
+    layout.archives = {
+        {"FINE.POD", PodWriter().add("A.TXT", "a").pod1()}, {"BROKEN.POD", "POD"}, {"CUT.POD", truncated.pod1()}};
     return layout;
 }
 

@@ -107,8 +107,8 @@ TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
         rig.drive.write(std::string("C:\\Games\\MTM2\\") + c.file, c.bytes);
         extractor().ListPOD("C:\\Games\\MTM2\\", c.file);
         rig.window().menus().checkPod()->trigger();
-        EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QString::fromLatin1(c.finding),
-                                                                    Qt::CaseInsensitive))
+        EXPECT_TRUE(
+            rig.drive.dialogs().lastMessage().text.contains(QString::fromLatin1(c.finding), Qt::CaseInsensitive))
             << rig.drive.dialogs().lastMessage().text.toStdString();
         EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, c.icon);
     }
@@ -147,9 +147,10 @@ TEST(CreatePodDialog, refusesToCreateWithoutAFolderAPathOrAStorableComment) {
 
 TEST(CreatePodDialog, proposesAnArchiveNamedAfterTheFolderUntilTheUserTypesOne) {
     TempDrive drive;
-    const std::pair<const char*, const char*> proposals[] = {
-        {"C:\\Mods\\TRUCK\\", "C:\\Mods\\TRUCK.POD"}, {"C:\\Mods\\TRUCK", "C:\\Mods\\TRUCK.POD"},
-        {"C:\\", "C:\\NEW.POD"}, {"", ""}};
+    const std::pair<const char*, const char*> proposals[] = {{"C:\\Mods\\TRUCK\\", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\Mods\\TRUCK", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\", "C:\\NEW.POD"},
+                                                             {"", ""}};
     for (const auto& [folder, target] : proposals)
         EXPECT_EQ(CreatePodDialog::proposedTarget(folder), target) << folder;
     CreatePodDialog dialog(drive.dialogs(), "C:\\Games\\MTM2\\");

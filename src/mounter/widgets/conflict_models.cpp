@@ -87,13 +87,12 @@ QVariant ConflictArchivesModel::data(const QModelIndex& index, int role) const {
             return fromGameText(archive.storedPath) + QStringLiteral("\nDamaged: ") + archive.error;
         if (archive.state == MountedArchiveState::NotFound)
             return fromGameText(archive.storedPath) + QStringLiteral("\nNot found");
-        return fromGameText(archive.storedPath) +
-               QStringLiteral("\n%1 of its %2 files are also in other mounted PODs")
-                   .arg(archive.sharedCount)
-                   .arg(archive.entryCount);
+        return fromGameText(archive.storedPath) + QStringLiteral("\n%1 of its %2 files are also in other mounted PODs")
+                                                      .arg(archive.sharedCount)
+                                                      .arg(archive.entryCount);
     case Qt::TextAlignmentRole:
-        if (index.column() == OrderColumn || (index.column() == SharedColumn && archive.state ==
-                                                                                   MountedArchiveState::Listed))
+        if (index.column() == OrderColumn ||
+            (index.column() == SharedColumn && archive.state == MountedArchiveState::Listed))
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     case StoredPathRole:

@@ -76,9 +76,8 @@ ConflictsWindow::ConflictsWindow(ConflictTracker& tracker, QWidget* parent) : QD
     m_archivesView->header()->setSectionResizeMode(ConflictArchivesModel::OrderColumn, QHeaderView::ResizeToContents);
     auto* leftLayout = new QVBoxLayout(left);
     leftLayout->setContentsMargins(0, 0, 0, 0);
-    leftLayout->addWidget(
-        makeCaption(QStringLiteral("Mounted &PODs, loaded from the top down:"), "lblConflictArchives",
-                    m_archivesView, left));
+    leftLayout->addWidget(makeCaption(QStringLiteral("Mounted &PODs, loaded from the top down:"), "lblConflictArchives",
+                                      m_archivesView, left));
     leftLayout->addWidget(m_archivesView);
 
     auto* right = new QWidget(splitter);
@@ -94,8 +93,8 @@ ConflictsWindow::ConflictsWindow(ConflictTracker& tracker, QWidget* parent) : QD
     m_filter->setPlaceholderText(QStringLiteral("Text in any column"));
     m_filter->setClearButtonEnabled(true);
     connect(m_filter, &QLineEdit::textChanged, m_sortedPaths, &QSortFilterProxyModel::setFilterFixedString);
-    m_pathsCaption = makeCaption(QStringLiteral("Files also in other mounted PODs:"), "lblConflictPaths", m_pathsView,
-                                 right);
+    m_pathsCaption =
+        makeCaption(QStringLiteral("Files also in other mounted PODs:"), "lblConflictPaths", m_pathsView, right);
     auto* filterRow = new QHBoxLayout;
     filterRow->addWidget(makeCaption(QStringLiteral("&Filter:"), "lblConflictFilter", m_filter, right));
     filterRow->addWidget(m_filter, 1);
@@ -145,13 +144,14 @@ void ConflictsWindow::showReport() {
     if (!report) {
         m_summary->setText(m_tracker.failure().isEmpty()
                                ? QString()
-                               : m_tracker.failure() + QStringLiteral(" Press Refresh to read the mounted PODs again."));
+                               : m_tracker.failure() +
+                                     QStringLiteral(" Press Refresh to read the mounted PODs again."));
         m_paths->setArchive(nullptr, -1);
         m_pathsCaption->setText(QStringLiteral("Files also in other mounted PODs:"));
         return;
     }
-    const auto identical =
-        std::count_if(report->paths.begin(), report->paths.end(), [](const ConflictPath& path) { return path.identical; });
+    const auto identical = std::count_if(report->paths.begin(), report->paths.end(),
+                                         [](const ConflictPath& path) { return path.identical; });
     m_summary->setText(report->paths.empty()
                            ? QStringLiteral("No file is in more than one mounted POD.")
                            : QStringLiteral("%1 files are in more than one mounted POD; %2 of them are identical in "
@@ -181,8 +181,8 @@ void ConflictsWindow::selectRow(int row) {
         m_archivesView->selectionModel()->clear();
     } else {
         const QModelIndex index = m_archives->index(row, 0);
-        m_archivesView->selectionModel()->setCurrentIndex(
-            index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        m_archivesView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                                     QItemSelectionModel::Rows);
         m_archivesView->scrollTo(index);
     }
     archiveChosen();
