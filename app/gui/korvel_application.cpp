@@ -153,6 +153,14 @@ void KorvelApplication::connectCommands() {
     });
     connect(menus.palette(), &QAction::triggered, parts.palette, &PaletteViewer::show);
     connect(menus.mass(), &QAction::triggered, parts.extractor, &ExtractorPane::massExtract);
+    connect(menus.createPod(), &QAction::triggered, parts.extractor, [&window, extractor = parts.extractor] {
+        window.ShowExtractor(QStringLiteral("0"));
+        extractor->createPod();
+    });
+    connect(menus.checkPod(), &QAction::triggered, parts.extractor, &ExtractorPane::checkListedPod);
+    window.addAction(menus.conflicts()); // its key works wherever the focus is in the window
+    connect(menus.conflicts(), &QAction::triggered, parts.mounter, &MounterPane::showConflicts);
+    connect(menus.checkPods(), &QAction::triggered, parts.mounter, &MounterPane::checkMountedPods);
     connect(parts.extractor, &ExtractorPane::showRequested, &window,
             [&window] { window.ShowExtractor(QStringLiteral("0")); });
     if (parts.configurator) {

@@ -34,6 +34,9 @@ MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
     m_file->addSeparator();
     m_palette = named(m_file->addAction(QStringLiteral("&Palette Viewer...")), "mnuPalette");
     m_mass = named(m_file->addAction(QStringLiteral("&Mass Extract...")), "mnuMass");
+    m_createPod = named(m_file->addAction(QStringLiteral("&Create POD...")), "mnuCreatePod");
+    m_checkPod = named(m_file->addAction(QStringLiteral("C&heck POD")), "mnuCheckPod");
+    m_checkPod->setStatusTip(QStringLiteral("Check the POD listed in the Extractor"));
     m_file->addSeparator();
     m_exit = named(m_file->addAction(QStringLiteral("E&xit")), "mnuExit");
 
@@ -56,6 +59,14 @@ MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
         action->setStatusTip(modeToolTip(view.mode));
         m_views[static_cast<size_t>(view.mode)] = action;
     }
+
+    m_mounter = namedMenu(bar->addMenu(QStringLiteral("M&ounter")), "mnuMounter");
+    m_conflicts = named(m_mounter->addAction(QStringLiteral("&Conflicts...")), "mnuConflicts");
+    m_conflicts->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
+    m_conflicts->setShortcutContext(Qt::WindowShortcut);
+    m_conflicts->setStatusTip(QStringLiteral("Show which mounted PODs hold the same files"));
+    m_checkPods = named(m_mounter->addAction(QStringLiteral("Check &PODs")), "mnuCheckPods");
+    m_checkPods->setStatusTip(QStringLiteral("Check every mounted POD for damage"));
 
     m_tracks = namedMenu(bar->addMenu(QStringLiteral("&Tracks")), "mnuTracks");
     m_trackList = named(m_tracks->addAction(QStringLiteral("(no tracks available)")), "mnuTrackList");

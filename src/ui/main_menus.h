@@ -13,8 +13,9 @@ class QMenu;
 namespace korvel::ui {
 
 // The main window's menu bar: File (switch game, association, options, palette viewer, mass
-// extraction, exit), View (the three modes, Ctrl+1/2/3), Tracks (the Configurator profile's
-// downloadable tracks) and Help, plus the Configurator pane's pop-up menu. Actions carry their
+// extraction, creating and checking an archive, exit), View (the three modes, Ctrl+1/2/3), Mounter
+// (the mounted archives' conflicts, Ctrl+Shift+C, and their check), Tracks (the Configurator
+// profile's downloadable tracks) and Help, plus the Configurator pane's pop-up menu. Actions carry their
 // control names as object names.
 class MainMenus : public QObject {
     Q_OBJECT
@@ -24,6 +25,7 @@ public:
 
     QMenu* fileMenu() const { return m_file; }
     QMenu* viewMenu() const { return m_view; }
+    QMenu* mounterMenu() const { return m_mounter; }
     QMenu* tracksMenu() const { return m_tracks; }
     QMenu* helpMenu() const { return m_help; }
     QMenu* configuratorMenu() const { return m_configurator; }
@@ -33,6 +35,10 @@ public:
     QAction* options() const { return m_options; }
     QAction* palette() const { return m_palette; }
     QAction* mass() const { return m_mass; }
+    QAction* createPod() const { return m_createPod; }
+    QAction* checkPod() const { return m_checkPod; }
+    QAction* conflicts() const { return m_conflicts; }
+    QAction* checkPods() const { return m_checkPods; }
     QAction* exit() const { return m_exit; }
     QAction* about() const { return m_about; }
     // The View entry that brings up a mode's pane.
@@ -49,6 +55,7 @@ public:
 private:
     QMenu* m_file;
     QMenu* m_view;
+    QMenu* m_mounter;
     QMenu* m_tracks;
     QMenu* m_help;
     QMenu* m_configurator;
@@ -57,6 +64,10 @@ private:
     QAction* m_options;
     QAction* m_palette;
     QAction* m_mass;
+    QAction* m_createPod;
+    QAction* m_checkPod;
+    QAction* m_conflicts;
+    QAction* m_checkPods;
     QAction* m_exit;
     QAction* m_about;
     std::array<QAction*, 3> m_views{};

@@ -19,7 +19,7 @@ set(allowed_tracklist/download "tracklist;startup;platform")
 set(allowed_configurator "pod;platform")
 set(allowed_configurator/widgets "configurator;startup;platform;ui/kit")
 set(allowed_mounter "pod;startup;platform")
-set(allowed_mounter/widgets "mounter;startup;platform;ui/kit")
+set(allowed_mounter/widgets "mounter;pod;startup;platform;ui/kit")
 set(allowed_ui/kit "")
 set(allowed_ui "ui/kit;startup/widgets;startup;platform")
 

@@ -1,5 +1,8 @@
 #include "app_rig.h"
+#include "mounter/widgets/check_pods_window.h"
+#include "mounter/widgets/conflicts_window.h"
 #include "palette/widgets/palette_window.h"
+#include "pod/widgets/create_pod_dialog.h"
 #include "startup/widgets/games_dialog.h"
 #include "startup/widgets/options_dialog.h"
 #include "ui/mode_status_bar.h"
@@ -100,6 +103,25 @@ TEST(Accessibility, everyControlOfTheWindowAndItsDialogsHasAName) {
         QWidget* widget = rig.find(control);
         ASSERT_NE(widget, nullptr);
         EXPECT_EQ(announcedName(widget).toStdString(), caption);
+    }
+}
+
+TEST(Accessibility, everyControlOfTheArchiveToolsWindowsHasAName) {
+    AppRig rig;
+    GameLayout layout;
+    layout.archives = {{"TRUCKS.POD", "POD"}};
+    rig.addGame("MTM2", layout);
+    ASSERT_TRUE(rig.start());
+    rig.pane().showConflicts();
+    rig.pane().checkMountedPods();
+    CreatePodDialog create(rig.drive.dialogs(), "C:\\Games\\MTM2");
+    const std::pair<const char*, QWidget*> forms[] = {{"frmConflicts", rig.pane().conflictsWindow()},
+                                                      {"frmCheckPods", rig.pane().checkPodsWindow()},
+                                                      {"frmCreatePod", &create}};
+    for (const auto& [name, form] : forms) {
+        SCOPED_TRACE(name);
+        ASSERT_NE(form, nullptr);
+        EXPECT_EQ(unnamedControls(form).join(QStringLiteral(", ")).toStdString(), "");
     }
 }
 

@@ -28,6 +28,19 @@ void MountedModel::setIcon(const QIcon& icon) {
         emit dataChanged(index(0, NameColumn), index(rowCount() - 1, NameColumn), {Qt::DecorationRole});
 }
 
+void MountedModel::setMarks(std::unordered_set<std::string> paths, const QIcon& icon, const QString& note) {
+    m_marked = std::move(paths);
+    m_markIcon = icon;
+    m_markNote = note;
+    if (rowCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1),
+                         {Qt::DecorationRole, Qt::ToolTipRole, Qt::AccessibleDescriptionRole, MarkedRole});
+}
+
+bool MountedModel::marked(int row) const {
+    return !m_marked.empty() && m_marked.count(m_list.at(row).path) > 0;
+}
+
 int MountedModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : m_list.size();
 }
@@ -44,11 +57,19 @@ QVariant MountedModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return fromGameText(index.column() == NameColumn ? row.text : row.status);
     case Qt::ToolTipRole:
-        return fromGameText(row.path);
+        return marked(index.row()) ? fromGameText(row.path) + QLatin1Char('\n') + m_markNote : fromGameText(row.path);
+    case Qt::AccessibleDescriptionRole:
+        return marked(index.row()) ? QVariant(m_markNote) : QVariant();
     case Qt::DecorationRole:
-        if (index.column() == NameColumn && !m_icon.isNull())
+        if (index.column() != NameColumn)
+            return {};
+        if (marked(index.row()) && !m_markIcon.isNull())
+            return m_markIcon;
+        if (!m_icon.isNull())
             return m_icon;
         return {};
+    case MarkedRole:
+        return marked(index.row());
     case PathRole:
         return fromGameText(row.path);
     default:

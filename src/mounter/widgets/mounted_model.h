@@ -6,6 +6,9 @@
 #include <QIcon>
 #include <QStringList>
 
+#include <string>
+#include <unordered_set>
+
 namespace korvel {
 
 // A table model over one of the Mounter's lists: column 0 the display text (with the list's
@@ -20,6 +23,7 @@ public:
     enum Column { NameColumn, StatusColumn, ColumnCount };
     enum Role {
         PathRole = Qt::UserRole + 1, // the stored path (QString)
+        MarkedRole,                  // bool: the row carries the mark of setMarks()
     };
     static constexpr const char* kRowsMimeType = "application/x-korvel-mounter-rows";
 
@@ -27,6 +31,9 @@ public:
 
     EntryList& list() { return m_list; }
     void setIcon(const QIcon& icon);
+    // Rows whose stored path is in `paths` show `icon` instead of the list's own, and `note` below
+    // the path in their tooltip and as their description. Nothing else of the row changes.
+    void setMarks(std::unordered_set<std::string> paths, const QIcon& icon, const QString& note);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -48,8 +55,13 @@ signals:
     void rowsDropped(int row);
 
 private:
+    bool marked(int row) const;
+
     EntryList& m_list;
     QIcon m_icon;
+    std::unordered_set<std::string> m_marked;
+    QIcon m_markIcon;
+    QString m_markNote;
 };
 
 } // namespace korvel

@@ -1,12 +1,17 @@
 #include "mounter_pane.h"
 
+#include "check_pods_window.h"
+#include "conflict_tracker.h"
+#include "conflicts_window.h"
 #include "mounted_model.h"
+#include "mounter/mounted_archives.h"
 #include "mounter/splitter_bounds.h"
 #include "platform/services.h"
 #include "splitter_bar.h"
 #include "startup/session.h"
 #include "ui/kit/anchors.h"
 #include "ui/kit/gold_button.h"
+#include "ui/kit/progress_window.h"
 #include "ui/kit/twips.h"
 
 #include <QDrag>
@@ -67,6 +72,23 @@ QIcon archiveIcon() {
     painter.drawRoundedRect(QRectF(2.5, 2.5, 11, 11), 2, 2);
     painter.drawLine(QPointF(3, 6.5), QPointF(13, 6.5));
     painter.drawLine(QPointF(3, 9.5), QPointF(13, 9.5));
+    return QIcon(picture);
+}
+
+// The picture of a mounted archive that shares files with others: the drum with a second one
+// behind it.
+QIcon sharedArchiveIcon() {
+    QPixmap picture(16, 16);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QColor(0x5a, 0x3c, 0x08));
+    painter.setBrush(QColor(0xc0, 0x40, 0x20));
+    painter.drawRoundedRect(QRectF(5.5, 0.5, 10, 10), 2, 2);
+    painter.setBrush(QColor(0xd9, 0xb0, 0x48));
+    painter.drawRoundedRect(QRectF(0.5, 5.5, 10, 10), 2, 2);
+    painter.drawLine(QPointF(1, 9), QPointF(10, 9));
+    painter.drawLine(QPointF(1, 12), QPointF(10, 12));
     return QIcon(picture);
 }
 
@@ -135,6 +157,10 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     m_counterBar->setGeometry(ui::twipsRect(kButtonLeft, 180 + 8 * kButtonPitch + 450, kButtonWidth, 240, this));
     connect(&m_mounter, &Mounter::counterChanged, this, &MounterPane::showCounter);
 
+    m_conflicts = new ConflictTracker(m_services.files, m_session.location, m_mounter.mounted(), this);
+    m_conflicts->setParent(this);
+    connect(m_conflicts, &ConflictTracker::reportChanged, this, &MounterPane::markConflicts);
+
     buildMenus();
     m_anchors = std::make_unique<ui::Anchors>(*this, QSize(kPaneWidth, kPaneHeight));
     for (QWidget* control : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
@@ -193,6 +219,9 @@ void MounterPane::buildMenus() {
     QAction* bottom = makeAction(m_mountedMenu, "mnuBottom", QStringLiteral("Move to &Bottom"));
     m_mountedMenu->addSeparator();
     QAction* refreshMounted = makeAction(m_mountedMenu, "mnuRefreshMounted", QStringLiteral("&Refresh"));
+    m_mountedMenu->addSeparator();
+    QAction* conflicts = makeAction(m_mountedMenu, "mnuConflictsMounted", QStringLiteral("&Conflicts..."));
+    connect(conflicts, &QAction::triggered, this, &MounterPane::showConflicts);
     connect(unmount, &QAction::triggered, this, &MounterPane::unmountSelected);
     connect(top, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedToTop); });
     connect(up, &QAction::triggered, this, [this] { moveSelected(&Mounter::MoveSelectedUp); });
@@ -365,6 +394,46 @@ bool MounterPane::settleUnsavedList() {
     const Status saved = saveMountedList();
     run(saved);
     return saved.ok();
+}
+
+void MounterPane::showConflicts() {
+    if (!m_conflictsWindow)
+        m_conflictsWindow = new ConflictsWindow(*m_conflicts, window());
+    if (!m_conflicts->following())
+        m_conflicts->start();
+    const Mounter::Rows rows = selectedRows(m_mountedList);
+    if (!rows.empty())
+        m_conflictsWindow->selectArchive(m_mounter.mounted().at(rows.front()).path);
+    m_conflictsWindow->show();
+    m_conflictsWindow->raise();
+    m_conflictsWindow->activateWindow();
+}
+
+void MounterPane::markConflicts() {
+    static const QIcon shared = sharedArchiveIcon();
+    m_mountedModel->setMarks(m_conflicts->conflictingPaths(), shared,
+                             QStringLiteral("Holds files that other mounted PODs also hold"));
+}
+
+void MounterPane::checkMountedPods() {
+    std::vector<std::string> stored;
+    for (const MountedEntry& row : m_mounter.mounted().rows())
+        stored.push_back(row.path);
+    Result<std::vector<MountedCheck>> checks = [&] {
+        ui::ProgressWindow progress(window(), QStringLiteral("Check PODs"), QStringLiteral("Checking the mounted PODs..."));
+        return checkMountedArchives(m_services.files, m_session.location, stored, progress.callback());
+    }();
+    if (!checks) {
+        if (checks.failure().message != cancelledText())
+            run(Status(checks.failure()));
+        return;
+    }
+    if (!m_checkWindow)
+        m_checkWindow = new CheckPodsWindow(window());
+    m_checkWindow->setChecks(std::move(*checks));
+    m_checkWindow->show();
+    m_checkWindow->raise();
+    m_checkWindow->activateWindow();
 }
 
 bool MounterPane::listKey(QTreeView* list, QKeyEvent* key) {

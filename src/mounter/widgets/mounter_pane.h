@@ -18,6 +18,9 @@ namespace korvel {
 
 struct Services;
 struct Session;
+class CheckPodsWindow;
+class ConflictTracker;
+class ConflictsWindow;
 class MountedModel;
 class SettingsStore;
 class SplitterBar;
@@ -59,6 +62,16 @@ public:
     // answers; false (the window stays open) on Cancel or a failed save, which has been shown.
     bool settleUnsavedList();
 
+    // "Conflicts...": the window of the paths two or more mounted archives hold, showing the archive
+    // selected in the mounted list. From then on the conflicts follow every change of the list, and
+    // the rows of archives that share files carry a mark (an icon and a note in the tooltip).
+    void showConflicts();
+    // "Check PODs": checks every mounted archive (with a progress window) and shows the findings.
+    void checkMountedPods();
+    ConflictTracker& conflicts() const { return *m_conflicts; }
+    ConflictsWindow* conflictsWindow() const { return m_conflictsWindow; }
+    CheckPodsWindow* checkPodsWindow() const { return m_checkWindow; }
+
     // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
     // row of the window's own buttons).
     static constexpr int kListsBottom = 5520;
@@ -89,6 +102,7 @@ private:
     void deleteSelected();
     void showCounter(const QString& text, int bar);
     void dropFiles(const QStringList& hostPaths, int row);
+    void markConflicts();
 
     void barPressed();
     void barDragged(int pointerY);
@@ -108,6 +122,9 @@ private:
     QMenu* m_unmountedMenu = nullptr;
     int m_splitterTop = 3070;
     std::unique_ptr<ui::Anchors> m_anchors;
+    ConflictTracker* m_conflicts = nullptr;
+    ConflictsWindow* m_conflictsWindow = nullptr;
+    CheckPodsWindow* m_checkWindow = nullptr;
 };
 
 } // namespace korvel

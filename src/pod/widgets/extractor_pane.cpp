@@ -1,5 +1,6 @@
 #include "extractor_pane.h"
 
+#include "create_pod_dialog.h"
 #include "file_browser.h"
 #include "listing_model.h"
 #include "recent_archives_box.h"
@@ -11,11 +12,14 @@
 #include "platform/services.h"
 #include "pod/extraction.h"
 #include "pod/listing_export.h"
+#include "pod/pod_check.h"
+#include "pod/pod_pack.h"
 #include "startup/session.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
 #include "ui/kit/anchors.h"
 #include "ui/kit/gold_button.h"
+#include "ui/kit/progress_window.h"
 #include "ui/kit/twips.h"
 
 #include <QAction>
@@ -497,6 +501,59 @@ void ExtractorPane::exportClicked() {
         return;
     m_services.dialogs.message(QStringLiteral("Information"), exportCreatedText(fromGameText(*written)),
                                MessageIcon::Information);
+}
+
+void ExtractorPane::createPod() {
+    if (m_working || m_busy)
+        return;
+    CreatePodDialog dialog(m_services.dialogs, m_browser->path(), window());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    CreatePodRequest request = dialog.request();
+    if (m_services.files.fileSize(request.target)) {
+        const QString question = QStringLiteral("%1 already exists. Replace it with a new POD of the files in %2?")
+                                     .arg(fromGameText(request.target), fromGameText(request.folder));
+        if (m_services.dialogs.message(QStringLiteral("Create POD"), question, MessageIcon::Question,
+                                       MessageButtons::YesNo) != MessageAnswer::Yes)
+            return;
+        request.options.replaceExisting = true;
+    }
+    m_busy = true;
+    const Result<PackSummary> packed = [&] {
+        ui::ProgressWindow progress(window(), QStringLiteral("Create POD"),
+                                    QStringLiteral("Packing %1...").arg(fromGameText(request.folder)));
+        return packFolder(m_services.files, request.folder, request.target, request.options, progress.callback());
+    }();
+    m_busy = false;
+    if (!packed) {
+        if (packed.failure().message != cancelledText())
+            report(packed.failure());
+        return;
+    }
+    m_services.dialogs.message(QStringLiteral("Create POD"),
+                               QStringLiteral("%1 was created: %2 files, %3 bytes.")
+                                   .arg(fromGameText(request.target))
+                                   .arg(packed->entries)
+                                   .arg(fromGameText(AddCommas(static_cast<double>(packed->bytes)))),
+                               MessageIcon::Information);
+    ListPOD(FolderOf(request.target), FileNameOf(request.target));
+}
+
+void ExtractorPane::checkListedPod() {
+    if (m_working)
+        return;
+    if (m_file.empty()) {
+        m_services.dialogs.message(QStringLiteral("Check POD"),
+                                   QStringLiteral("List a POD first: double-click it in the file box."),
+                                   MessageIcon::Information);
+        return;
+    }
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const ArchiveCheck check = checkArchive(m_services.files, listedArchive());
+    QApplication::restoreOverrideCursor();
+    m_services.dialogs.message(QStringLiteral("Check POD"),
+                               fromGameText(listedArchive()) + QStringLiteral(": ") + check.summary(),
+                               check.fine() ? MessageIcon::Information : MessageIcon::Exclamation);
 }
 
 void ExtractorPane::convertTo(int index) {

@@ -75,6 +75,12 @@ public:
     // `mnuMass`: asks, then lists and extracts every archive of the game folder into it.
     void massExtract();
 
+    // File > Create POD...: packs a folder into a new archive with a progress window (asking first
+    // before an existing file is replaced), then lists the new archive.
+    void createPod();
+    // File > Check POD: checks the listed archive and shows what was found.
+    void checkListedPod();
+
     // Lists an archive; false when the listing failed (the failure has been shown).
     bool ListPOD(const std::string& folder, const std::string& file);
 

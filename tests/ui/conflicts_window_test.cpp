@@ -1,0 +1,281 @@
+#include "app_rig.h"
+#include "mounter/widgets/check_pods_window.h"
+#include "mounter/widgets/check_results_model.h"
+#include "mounter/widgets/conflict_models.h"
+#include "mounter/widgets/conflict_tracker.h"
+#include "mounter/widgets/conflicts_window.h"
+#include "mounter/widgets/mounted_model.h"
+#include "pod_writer.h"
+#include "ui/main_menus.h"
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTreeView>
+
+#include <gtest/gtest.h>
+
+namespace korvel::testing {
+namespace {
+
+constexpr const char* kGame = "MTM2";
+
+// Mounted in this order: A and B hold the same sky picture (B spells it in other case, with "/" and
+// a trailing blank) and the same shared text; C holds a sky of the same size with other bytes;
+// BROKEN cannot be listed, GONE is not there, E shares nothing.
+GameLayout overlappingGame() {
+    const std::string sky(999, 'k');
+    const std::string shared(1000, 's');
+    GameLayout layout;
+    layout.podIni = {"A.POD", "B.POD", "C.POD", "BROKEN.POD", "GONE.POD", "E.POD"};
+    layout.archives = {
+        {"A.POD", PodWriter().add("ART\\SKY.RAW", sky).add("SHARED.TXT", shared).add("A.TRK", "a").pod1()},
+        {"B.POD", PodWriter().add("art/sky.raw ", sky).add("shared.txt", shared).add("UNIQUE.BIN", "b").pod1()},
+        {"C.POD", PodWriter().add("Art\\Sky.raw", std::string(999, 'K')).pod2()},
+        {"BROKEN.POD", "POD"},
+        {"E.POD", PodWriter().add("ONLY.E", "e").pod1()},
+    };
+    return layout;
+}
+
+class ConflictsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        rig.addGame(kGame, overlappingGame());
+        for (std::string_view name : {settings::kAsPod, settings::kAsChange, settings::kAsExit})
+            rig.store.writeProfile(kGame, name, "0");
+        ASSERT_TRUE(rig.start());
+        mounted = rig.list("lstMounted");
+        ASSERT_NE(mounted, nullptr);
+    }
+
+    MounterPane& pane() { return rig.pane(); }
+    void selectMounted(int row) {
+        mounted->setFocus();
+        mounted->selectionModel()->setCurrentIndex(mounted->model()->index(row, 0),
+                                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    // Opens the window from the mounted list's context menu, for the row selected there.
+    ConflictsWindow* openFromContextMenu(int row) {
+        selectMounted(row);
+        auto* entry = pane().findChild<QAction*>(QStringLiteral("mnuConflictsMounted"));
+        EXPECT_NE(entry, nullptr);
+        entry->trigger();
+        return pane().conflictsWindow();
+    }
+    void settle() {
+        for (int i = 0; i < 3; ++i)
+            QCoreApplication::processEvents();
+    }
+    // The rows of the paths view as the user sees them: "path | size | earlier | later | content".
+    static std::vector<std::string> shownPaths(const ConflictsWindow& window) {
+        std::vector<std::string> rows;
+        const QAbstractItemModel* model = window.pathsView()->model();
+        for (int row = 0; row < model->rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < model->columnCount(); ++column)
+                cells << model->index(row, column).data().toString();
+            rows.push_back(cells.join(QStringLiteral(" | ")).toStdString());
+        }
+        return rows;
+    }
+    static QString archiveCell(const ConflictsWindow& window, int row, int column) {
+        return window.archivesModel().index(row, column).data().toString();
+    }
+    static QString selectedArchive(const ConflictsWindow& window) {
+        const QModelIndex current = window.archivesView()->currentIndex();
+        return current.isValid() ? archiveCell(window, current.row(), ConflictArchivesModel::ArchiveColumn) : QString();
+    }
+    std::vector<bool> marks() {
+        std::vector<bool> out;
+        for (int row = 0; row < mounted->model()->rowCount(); ++row)
+            out.push_back(mounted->model()->index(row, 0).data(MountedModel::MarkedRole).toBool());
+        return out;
+    }
+
+    AppRig rig;
+    QAbstractItemView* mounted = nullptr;
+};
+
+TEST_F(ConflictsTest, showsEachArchivesSharedFilesAndThePathsOfTheArchiveSelectedInTheMountedList) {
+    ConflictsWindow* window = openFromContextMenu(1);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(window->objectName(), QStringLiteral("frmConflicts"));
+    // Every mounted row, in mount order, with its count, or why it has none.
+    const std::vector<std::pair<QString, QString>> archives = {
+        {"A.POD", "2"}, {"B.POD", "2"}, {"C.POD", "1"}, {"BROKEN.POD", "Damaged"}, {"GONE.POD", "Not found"},
+        {"E.POD", "0"}};
+    ASSERT_EQ(window->archivesModel().rowCount(), int(archives.size()));
+    for (size_t row = 0; row < archives.size(); ++row) {
+        SCOPED_TRACE(row);
+        EXPECT_EQ(archiveCell(*window, int(row), ConflictArchivesModel::OrderColumn), QString::number(row + 1));
+        EXPECT_EQ(archiveCell(*window, int(row), ConflictArchivesModel::ArchiveColumn), archives[row].first);
+        EXPECT_EQ(archiveCell(*window, int(row), ConflictArchivesModel::SharedColumn), archives[row].second);
+    }
+    EXPECT_EQ(archiveCell(*window, 0, ConflictArchivesModel::AlsoInColumn), "B.POD (2), C.POD (1)");
+    // The archive selected in the mounted list is the one shown; its paths sorted, holders split by
+    // mount order, the same size with other bytes told apart from the same bytes.
+    EXPECT_EQ(selectedArchive(*window), "B.POD");
+    EXPECT_EQ(shownPaths(*window), (std::vector<std::string>{"ART\\SKY.RAW | 999 | A.POD | C.POD | differs",
+                                                             "SHARED.TXT | 1,000 | A.POD |  | identical"}));
+    EXPECT_TRUE(window->findChild<QLabel*>(QStringLiteral("lblConflicts"))->text().startsWith("2 files are in more"));
+    // Sizes sort as numbers, not as their texts ("1,000" before "999").
+    window->pathsView()->sortByColumn(ConflictPathsModel::SizeColumn, Qt::AscendingOrder);
+    EXPECT_EQ(shownPaths(*window).front().substr(0, 11), "ART\\SKY.RAW");
+    window->pathsView()->sortByColumn(ConflictPathsModel::SizeColumn, Qt::DescendingOrder);
+    EXPECT_EQ(shownPaths(*window).front().substr(0, 10), "SHARED.TXT");
+    // Choosing another archive on the left shows its paths.
+    window->archivesView()->setCurrentIndex(window->archivesModel().index(2, 0));
+    EXPECT_EQ(shownPaths(*window), std::vector<std::string>{"ART\\SKY.RAW | 999 | A.POD, B.POD |  | differs"});
+    window->archivesView()->setCurrentIndex(window->archivesModel().index(5, 0));
+    EXPECT_TRUE(shownPaths(*window).empty());
+}
+
+TEST_F(ConflictsTest, theFilterKeepsRowsWithTheTextInAnyColumnWithoutRegardToCase) {
+    ConflictsWindow* window = openFromContextMenu(0);
+    const struct {
+        const char* typed;
+        std::vector<std::string> paths;
+    } cases[] = {
+        {"shared", {"SHARED.TXT"}},    {"sky", {"ART\\SKY.RAW"}}, {"c.pod", {"ART\\SKY.RAW"}}, // a holder's name
+        {"DIFFERS", {"ART\\SKY.RAW"}}, {"nothing like it", {}},   {"", {"ART\\SKY.RAW", "SHARED.TXT"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.typed);
+        window->filterBox()->clear();
+        QTest::keyClicks(window->filterBox(), QString::fromLatin1(c.typed));
+        std::vector<std::string> paths;
+        for (const std::string& row : shownPaths(*window))
+            paths.push_back(row.substr(0, row.find(" | ")));
+        EXPECT_EQ(paths, c.paths);
+    }
+}
+
+TEST_F(ConflictsTest, aReorderRefreshesTheOpenWindowFromCachedListingsKeepingTheSelectedArchive) {
+    ConflictsWindow* window = openFromContextMenu(1);
+    QSignalSpy refreshed(&pane().conflicts(), &ConflictTracker::reportChanged);
+    selectMounted(1);
+    QTest::keyClick(mounted, Qt::Key_T, Qt::ControlModifier); // B to the top
+    settle();
+    EXPECT_EQ(refreshed.count(), 1);
+    EXPECT_EQ(pane().conflicts().listingsRead(), 0);
+    EXPECT_EQ(archiveCell(*window, 0, ConflictArchivesModel::ArchiveColumn), "B.POD");
+    EXPECT_EQ(selectedArchive(*window), "B.POD");
+    // The path is named as the archive loaded earliest spells it: now B.
+    EXPECT_EQ(shownPaths(*window), (std::vector<std::string>{"art/sky.raw | 999 |  | A.POD, C.POD | differs",
+                                                             "shared.txt | 1,000 |  | A.POD | identical"}));
+    // Unmounting C leaves the skies of A and B, which are the same bytes.
+    selectMounted(2);
+    ASSERT_EQ(mounted->model()->index(2, 0).data().toString(), "C.POD");
+    QTest::keyClick(mounted, Qt::Key_Delete);
+    settle();
+    EXPECT_EQ(shownPaths(*window), (std::vector<std::string>{"art/sky.raw | 999 |  | A.POD | identical",
+                                                             "shared.txt | 1,000 |  | A.POD | identical"}));
+    // A changed archive is read again; the others come from the cache.
+    rig.drive.write("C:\\Games\\MTM2\\E.POD", PodWriter().add("SHARED.TXT", "other").pod1());
+    window->findChild<QPushButton*>(QStringLiteral("cmdConflictsRefresh"))->click();
+    EXPECT_EQ(pane().conflicts().listingsRead(), 1);
+    EXPECT_EQ(shownPaths(*window).back(), "shared.txt | 1,000 |  | A.POD, E.POD | differs");
+}
+
+TEST_F(ConflictsTest, mountedRowsThatShareFilesAreMarkedOnceAskedWithoutChangingTheList) {
+    const std::string podIni = rig.podIni();
+    EXPECT_EQ(marks(), std::vector<bool>(6, false));
+    // The keyboard's way in: the Mounter menu's key, wherever the focus is in the window.
+    rig.window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&rig.window()));
+    QTest::keyClick(&rig.window(), Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_NE(pane().conflictsWindow(), nullptr);
+    EXPECT_TRUE(pane().conflictsWindow()->isVisible());
+    EXPECT_EQ(marks(), (std::vector<bool>{true, true, true, false, false, false}));
+    const QModelIndex a = mounted->model()->index(0, 0), e = mounted->model()->index(5, 0);
+    EXPECT_NE(a.data(Qt::DecorationRole).value<QIcon>().cacheKey(),
+              e.data(Qt::DecorationRole).value<QIcon>().cacheKey());
+    EXPECT_TRUE(a.data(Qt::ToolTipRole).toString().contains("other mounted PODs also hold"));
+    EXPECT_FALSE(e.data(Qt::ToolTipRole).toString().contains("other mounted PODs also hold"));
+    EXPECT_EQ(a.data().toString(), "A.POD"); // the texts stay
+    // The marks follow the list after the window is closed: without B and C, A shares nothing.
+    pane().conflictsWindow()->reject();
+    for (int row : {2, 1}) {
+        selectMounted(row);
+        QTest::keyClick(mounted, Qt::Key_Delete);
+        settle();
+    }
+    EXPECT_EQ(marks(), (std::vector<bool>{false, false, false, false}));
+    EXPECT_EQ(rig.podIni(), podIni); // nothing was saved along the way
+}
+
+TEST_F(ConflictsTest, theWindowsModelsPassTheModelTesterThroughRefreshesAndSelections) {
+    ConflictsWindow* window = openFromContextMenu(0);
+    QAbstractItemModelTester archives(&window->archivesModel(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester paths(&window->pathsModel(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester shown(window->pathsView()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    for (int row = 0; row < window->archivesModel().rowCount(); ++row)
+        window->archivesView()->setCurrentIndex(window->archivesModel().index(row, 0));
+    selectMounted(2);
+    QTest::keyClick(mounted, Qt::Key_T, Qt::ControlModifier);
+    settle();
+    QTest::keyClicks(window->filterBox(), QStringLiteral("sky"));
+    ASSERT_TRUE(rig.pane().mounter().UnmountAll().ok());
+    settle();
+    EXPECT_EQ(window->archivesModel().rowCount(), 0);
+    EXPECT_EQ(window->pathsModel().rowCount(), 0);
+}
+
+// Mounted: a sound archive, one that cannot be listed, one whose entry runs past its end, one that
+// is not there.
+GameLayout checkedGame() {
+    PodWriter truncated;
+    truncated.add(PodWriter::Entry{"BIG.BIN", "short", 50000, {}});
+    GameLayout layout;
+    layout.podIni = {"FINE.POD", "BROKEN.POD", "CUT.POD", "GONE.POD"};
+    layout.archives = {
+        {"FINE.POD", PodWriter().add("A.TXT", "a").pod1()}, {"BROKEN.POD", "POD"}, {"CUT.POD", truncated.pod1()}};
+    return layout;
+}
+
+TEST(CheckPods, listsEveryMountedArchiveWithWhatIsWrongAndCanLeaveOnlyTheProblems) {
+    AppRig rig;
+    rig.addGame(kGame, checkedGame());
+    ASSERT_TRUE(rig.start());
+    rig.window().menus().checkPods()->trigger();
+    CheckPodsWindow* window = rig.pane().checkPodsWindow();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->isVisible());
+    QAbstractItemModelTester tester(&window->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    auto results = [window] {
+        QStringList rows;
+        const QAbstractItemModel* shown = window->view()->model();
+        for (int row = 0; row < shown->rowCount(); ++row)
+            rows << shown->index(row, CheckResultsModel::ArchiveColumn).data().toString() + QStringLiteral(": ") +
+                        shown->index(row, CheckResultsModel::ResultColumn).data().toString();
+        return rows;
+    };
+    const QStringList all = results();
+    ASSERT_EQ(all.size(), 4);
+    EXPECT_EQ(all[0], "FINE.POD: Fine");
+    EXPECT_TRUE(all[1].startsWith("BROKEN.POD: ") && all[1] != "BROKEN.POD: Fine") << all[1].toStdString();
+    EXPECT_TRUE(all[2].startsWith("CUT.POD: Truncated")) << all[2].toStdString();
+    EXPECT_EQ(all[3], "GONE.POD: Not found");
+    EXPECT_EQ(window->summary()->text(), "3 of the 4 mounted PODs are not fine.");
+    window->problemsOnly()->click();
+    EXPECT_EQ(results(), all.mid(1));
+    window->problemsOnly()->click();
+    EXPECT_EQ(results(), all);
+    // Checking again after a repair shows the new findings in the same window.
+    rig.drive.write("C:\\Games\\MTM2\\CUT.POD", PodWriter().add("BIG.BIN", "whole").pod1());
+    rig.window().menus().checkPods()->trigger();
+    EXPECT_EQ(rig.pane().checkPodsWindow(), window);
+    EXPECT_EQ(results()[2], "CUT.POD: Fine");
+    EXPECT_EQ(window->summary()->text(), "2 of the 4 mounted PODs are not fine.");
+}
+
+} // namespace
+} // namespace korvel::testing
