@@ -25,7 +25,6 @@ public:
     QMenu* fileMenu() const { return m_file; }
     QMenu* viewMenu() const { return m_view; }
     QMenu* tracksMenu() const { return m_tracks; }
-    QMenu* helpMenu() const { return m_help; }
     QMenu* configuratorMenu() const { return m_configurator; }
 
     QAction* switchGame() const { return m_switch; }
@@ -50,7 +49,6 @@ private:
     QMenu* m_file;
     QMenu* m_view;
     QMenu* m_tracks;
-    QMenu* m_help;
     QMenu* m_configurator;
     QAction* m_switch;
     QAction* m_associate;

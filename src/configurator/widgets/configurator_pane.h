@@ -49,7 +49,6 @@ public:
 
     // The window has finished opening: from now on changes save as the autosave settings say.
     // Happens by itself when the pane is first shown in a visible window.
-    void finishOpening() { m_opened = true; }
     bool hasFinishedOpening() const { return m_opened; }
 
     // monster.ini: loads the controls from the file, and writes the file from the controls. A
