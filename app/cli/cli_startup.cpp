@@ -253,8 +253,9 @@ int runAssociate(const QStringList& args) {
     FileAssociation association(settings.store, paths, options);
     {
         SettingsStore::OneSave together(settings.store);
-        settings.store.CreateKey(std::string(settings::kProgramKey));
-        ProgramSettings(settings.store).setAssociate(on);
+        ProgramSettings program(settings.store);
+        program.createKey();
+        program.setAssociate(on);
         if (on)
             association.Register();
         else

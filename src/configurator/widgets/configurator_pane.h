@@ -62,7 +62,7 @@ public:
     bool LoadDrivers();
     int RemoveSelectedDriver();
     bool SaveDrivers();
-    const DriverList& drivers() const { return m_drivers; }
+    const DriverRecords& drivers() const { return m_drivers; }
 
     // `cmdSave`: monster.ini, then player.pro; stops at the first failure.
     bool save();
@@ -83,7 +83,7 @@ protected:
 
 private:
     void buildControls();
-    void localizationClicked(int index);
+    void optLocalization_Click(int index);
     void selectLocalization(int index);
     void settingChanged();
     void showSelectedDriver();
@@ -94,7 +94,7 @@ private:
     SettingsStore& m_store;
     Services& m_services;
     bool m_opened = false;
-    DriverList m_drivers;
+    DriverRecords m_drivers;
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;

@@ -84,8 +84,8 @@ public:
     void extractTo();          // `mnuExtractTo`
     void extractFromList();    // double click or Enter on `lstFiles`
     void exportClicked();      // `cmdExport`
-    void convertTo(int index); // `mnuConvertTo` 1-5
-    void compatiblize();       // `mnuCompatiblize`
+    void mnuConvertTo_Click(int index); // 1-5
+    void mnuCompatiblize_Click();
     // `mnuFileS` at a global position, with the track tools shown as the selected entry allows.
     QMenu* showFileMenu(const QPoint& globalPos);
 
