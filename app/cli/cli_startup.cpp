@@ -141,7 +141,7 @@ int runProfiles(const QStringList& args) {
     if (found == games.end())
         return refusedWith(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
     profiles.select(int(found - games.begin()));
-    profiles.Remove();
+    profiles.remove();
     profiles.saveList();
     together.reset();
     return settings.saved();
@@ -257,9 +257,9 @@ int runAssociate(const QStringList& args) {
         program.createKey();
         program.setAssociate(on);
         if (on)
-            association.Register();
+            association.associate();
         else
-            association.Unregister();
+            association.dissociate();
     }
     if (const int status = settings.saved(); status != kExitOk)
         return status;

@@ -122,9 +122,9 @@ void KorvelApplication::connectCommands() {
     });
     connect(&window, &ui::MainWindow::associationToggled, this, [this](bool associate) {
         if (associate)
-            m_association.Register();
+            m_association.associate();
         else
-            m_association.Unregister();
+            m_association.dissociate();
     });
     connect(menus.palette(), &QAction::triggered, parts.palette, &PaletteViewer::show);
     connect(menus.mass(), &QAction::triggered, parts.extractor, &ExtractorPane::massExtract);

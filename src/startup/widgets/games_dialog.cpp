@@ -133,19 +133,19 @@ void GamesDialog::add() {
 void GamesDialog::remove() {
     if (!m_logic)
         return;
-    m_logic->Remove();
+    m_logic->remove();
     showList();
 }
 
 void GamesDialog::load() {
-    if (m_logic && m_logic->Load())
+    if (m_logic && m_logic->load())
         accept();
 }
 
 void GamesDialog::exitProgram() {
     if (!m_logic)
         return;
-    m_logic->Exit();
+    m_logic->exit();
     reject();
 }
 
