@@ -10,8 +10,8 @@
 namespace korvel {
 
 struct ScanInputs {
-    std::string gameFolder;      // no trailing "\"
-    std::string shortGameFolder; // with a trailing "\"
+    std::string gameFolder;             // no trailing "\"
+    std::string shortGameFolder;        // with a trailing "\"
     std::vector<std::string> extraDirs; // the extra folders, in the order they are scanned
 };
 

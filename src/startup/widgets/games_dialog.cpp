@@ -67,10 +67,10 @@ GamesDialog::GamesDialog(QWidget* parent) : QDialog(parent) {
     m_gameList->setSelectionMode(QAbstractItemView::SingleSelection);
     m_gameList->installEventFilter(this);
     m_addButton = pictureButton("cmdAdd", true, QStringLiteral("Add Game"),
-                             QStringLiteral("Add a game (hold Shift to type its path)"), this);
+                                QStringLiteral("Add a game (hold Shift to type its path)"), this);
     m_addButton->installEventFilter(this);
     m_removeButton = pictureButton("cmdRemove", false, QStringLiteral("Remove Game"),
-                                QStringLiteral("Remove the selected game"), this);
+                                   QStringLiteral("Remove the selected game"), this);
     m_loadButton = new QPushButton(QStringLiteral("&Load Game"), this);
     m_loadButton->setObjectName(QStringLiteral("cmdLoad"));
     m_loadButton->setDefault(true);
