@@ -10,10 +10,10 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     korvel::DriverLoad load = korvel::parsePlayerProfile(text);
-    if (load.list.state != korvel::DriverList::State::Read)
+    if (load.list.state != korvel::DriverRecords::State::Read)
         return 0;
     const korvel::DriverLoad again = korvel::parsePlayerProfile(korvel::playerProfileText(load.list));
-    if (again.list.state != korvel::DriverList::State::Read || again.list.entries != load.list.entries)
+    if (again.list.state != korvel::DriverRecords::State::Read || again.list.entries != load.list.entries)
         std::abort();
     // Removing drivers may change how the records after them read (saving refuses that), so only
     // the count of removed entries is checked here.

@@ -8,7 +8,6 @@
 #include "platform/game_text.h"
 #include "platform/path_map.h"
 #include "platform/services.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "tracklist/track_fetch_module.h"
 #include "startup/web_addresses.h"
@@ -220,10 +219,10 @@ int runDrivers(const QStringList& args) {
     DriverLoad load = LoadDrivers(files, *folder);
     if (load.failure)
         return refusedWith(*load.failure);
-    if (load.list.state == DriverList::State::Unread)
+    if (load.list.state == DriverRecords::State::Unread)
         return refusedWith(refused(QStringLiteral("%1\n\nThis is not a driver file: its first line is not \"103\".")
                                        .arg(fromGameText(playerProfilePath(*folder)))));
-    DriverList& list = load.list;
+    DriverRecords& list = load.list;
 
     if (action == QLatin1String("list")) {
         if (json) {
@@ -361,7 +360,7 @@ int runTracks(const QStringList& args) {
     const TrackListReply reply = fetchTrackListThroughModule(site.listUrl, site.timeout);
     // The store only takes values in a key that exists; a fresh store has none yet.
     if (reply.ok)
-        store.CreateKey(std::string(settings::kProgramKey));
+        ProgramSettings(store).createKey();
     const Result<std::string> stored = storeTrackListReply(store, reply);
     if (!stored)
         return refusedWith(stored.failure());

@@ -10,7 +10,6 @@
 #include "platform/services.h"
 #include "platform/short_path.h"
 #include "startup/session.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
 
@@ -177,8 +176,9 @@ int runMounter(const QStringList& args) {
     ProcessShell shell(paths);
     Services services{paths, files, registry, dialogs, shell};
     SettingsStore settings(registry, dialogs);
-    settings.CreateKey(settings::profileKey(kProfile));
-    ProfileSettings(settings, kProfile).setExtraDirs({});
+    ProfileSettings profile(settings, kProfile);
+    profile.createKey();
+    profile.setExtraDirs({});
     Mounter mounter(session, settings, services);
     if (parser.isSet(QStringLiteral("extra-dirs"))) {
         std::vector<std::string> folders;
@@ -190,7 +190,7 @@ int runMounter(const QStringList& args) {
                 return refusedWith(game.failure().message);
             folders.push_back(*game);
         }
-        mounter.setExtraDirsOverride(joinText(folders, '|'));
+        mounter.setExtraDirsOverride(std::move(folders));
     }
 
     if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)

@@ -141,7 +141,7 @@ int runProfiles(const QStringList& args) {
     if (found == games.end())
         return refusedWith(QStringLiteral("There is no game profile named %1.").arg(positional[1]));
     profiles.select(int(found - games.begin()));
-    profiles.Remove();
+    profiles.remove();
     profiles.saveList();
     together.reset();
     return settings.saved();
@@ -253,12 +253,13 @@ int runAssociate(const QStringList& args) {
     FileAssociation association(settings.store, paths, options);
     {
         SettingsStore::OneSave together(settings.store);
-        settings.store.CreateKey(std::string(settings::kProgramKey));
-        ProgramSettings(settings.store).setAssociate(on);
+        ProgramSettings program(settings.store);
+        program.createKey();
+        program.setAssociate(on);
         if (on)
-            association.Register();
+            association.associate();
         else
-            association.Unregister();
+            association.dissociate();
     }
     if (const int status = settings.saved(); status != kExitOk)
         return status;

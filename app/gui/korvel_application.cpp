@@ -12,7 +12,6 @@
 #include "platform/widgets/qt_dialogs.h"
 #include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/startup.h"
 #include "startup/store_warnings.h"
@@ -100,7 +99,7 @@ void KorvelApplication::openWindow() {
     createPanes();
     connectCommands();
     emit windowChanged(m_parts->window.get());
-    runOpenSequence();
+    Form_Load();
     m_parts->window->show();
 }
 
@@ -147,9 +146,9 @@ void KorvelApplication::connectCommands() {
     });
     connect(&window, &ui::MainWindow::associationToggled, this, [this](bool associate) {
         if (associate)
-            m_association.Register();
+            m_association.associate();
         else
-            m_association.Unregister();
+            m_association.dissociate();
     });
     connect(menus.palette(), &QAction::triggered, parts.palette, &PaletteViewer::show);
     connect(menus.mass(), &QAction::triggered, parts.extractor, &ExtractorPane::massExtract);
@@ -170,7 +169,7 @@ void KorvelApplication::connectCommands() {
     connect(window.playButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(true); });
     connect(window.continueButton(), &ui::GoldButton::clicked, this, [this] { saveBeforePlaying(false); });
     connect(&window, &ui::MainWindow::optionsSaved, this, &KorvelApplication::applyAddresses);
-    window.setCloseSequence([this] { return closeSequence(); });
+    window.setCloseSequence([this] { return Form_Unload(); });
     connect(&window, &ui::MainWindow::closed, this, [this] {
         if (!m_switching)
             end(0);
@@ -181,7 +180,7 @@ void KorvelApplication::connectCommands() {
 // the mounted and the unmounted list, the information panel and the buttons' looks, monster.ini and
 // the track list, the recent archives, the first mode (or the archive named on the command line),
 // and last the Mounter's splitter.
-void KorvelApplication::runOpenSequence() {
+void KorvelApplication::Form_Load() {
     WindowParts& parts = *m_parts;
     ui::MainWindow& window = *parts.window;
     window.prepareFrame();
@@ -207,7 +206,7 @@ void KorvelApplication::runOpenSequence() {
 
 // Closing the window: refused while the Extractor is busy or while the changes of the mounted
 // list, monster.ini or player.pro are not settled; then the window's state and the recent archives are saved.
-bool KorvelApplication::closeSequence() {
+bool KorvelApplication::Form_Unload() {
     WindowParts& parts = *m_parts;
     if (parts.extractor->archiveBusy()) {
         parts.extractor->explainBusy();

@@ -31,7 +31,7 @@ namespace korvel::app {
 //
 // The window knows none of its panes: this object makes each pane, puts it into the window, and
 // runs the window's open and close sequences, calling the window's own steps and each pane's in
-// their order (openWindow(), closeSequence()). The menu entries and the Play and Continue buttons
+// their order (openWindow(), Form_Unload()). The menu entries and the Play and Continue buttons
 // are connected here to the pane that owns what they do.
 class KorvelApplication : public QObject {
     Q_OBJECT
@@ -65,8 +65,9 @@ private:
     void createPanes();
     void connectCommands();
     void applyAddresses();
-    void runOpenSequence();
-    bool closeSequence();
+    // `frmMain`'s open sequence, and its close sequence (false: the close is cancelled).
+    void Form_Load();
+    bool Form_Unload();
     // `cmdPlay` (launch) and `cmdContinue`: the mounted list is written first when it has changed.
     void saveBeforePlaying(bool launch);
     void closeWindow();

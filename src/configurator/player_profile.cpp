@@ -55,7 +55,7 @@ DriverLoad parsePlayerProfile(std::string_view text) {
         return load;
 
     auto damaged = [&](const QString& why) {
-        load.list.state = DriverList::State::Damaged;
+        load.list.state = DriverRecords::State::Damaged;
         load.failure = readError(why);
         return load;
     };
@@ -103,11 +103,11 @@ DriverLoad parsePlayerProfile(std::string_view text) {
         }
         load.list.entries.push_back(std::move(entry));
     }
-    load.list.state = DriverList::State::Read;
+    load.list.state = DriverRecords::State::Read;
     return load;
 }
 
-std::string playerProfileText(const DriverList& list) {
+std::string playerProfileText(const DriverRecords& list) {
     std::string text(kPlayerProfileMark);
     text.append(kLineEnd).append(std::to_string(list.count())).append(kLineEnd).append("1").append(kLineEnd);
     for (const DriverEntry& entry : list.entries)
@@ -129,7 +129,7 @@ DriverLoad LoadDrivers(const FileServices& files, std::string_view gameFolder) {
     return load;
 }
 
-int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected) {
+int RemoveSelectedDriver(DriverRecords& list, std::vector<bool> selected) {
     selected.resize(list.entries.size(), false);
     int removed = 0;
     while (true) {
@@ -144,16 +144,16 @@ int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected) {
     }
 }
 
-Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverList& list) {
+Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverRecords& list) {
     const std::string path = playerProfilePath(gameFolder);
-    if (list.state == DriverList::State::Unread) {
+    if (list.state == DriverRecords::State::Unread) {
         return refused(QStringLiteral("%1\n\nThis file was not read as a driver file (it is missing, or its first "
                                       "line is not \"103\"), and writing it now could replace something that is "
                                       "not a driver file. Nothing was written.\n\nStart the game once so that it "
                                       "writes player.pro, then read the drivers again.")
                            .arg(fromGameText(path)));
     }
-    if (list.state != DriverList::State::Read) {
+    if (list.state != DriverRecords::State::Read) {
         return refused(QStringLiteral("%1\n\nThe drivers were not read completely from this file, so saving now "
                                       "would lose drivers. Nothing was written.\n\nPut back a good copy of "
                                       "player.pro (the game's \"backup\" folder may hold one from Korvel's first "
@@ -164,7 +164,7 @@ Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameF
     // leave a text that reads back differently; such a file is never written.
     const std::string text = playerProfileText(list);
     const DriverLoad check = parsePlayerProfile(text);
-    if (check.list.state != DriverList::State::Read || check.list.entries != list.entries) {
+    if (check.list.state != DriverRecords::State::Read || check.list.entries != list.entries) {
         return refused(QStringLiteral("%1\n\nWithout the removed drivers the remaining ones could not be read back "
                                       "from the file. Nothing was written.\n\nRead the drivers again to get the "
                                       "removed ones back, then remove other drivers, or fewer.")

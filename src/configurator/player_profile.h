@@ -24,7 +24,7 @@ struct DriverEntry {
 };
 
 // The drivers read from player.pro, in file order.
-struct DriverList {
+struct DriverRecords {
     enum class State {
         Unread,  // never read, or the file does not start with the mark: nothing was loaded
         Read,    // every record the count announces was read
@@ -38,7 +38,7 @@ struct DriverList {
 };
 
 struct DriverLoad {
-    DriverList list;
+    DriverRecords list;
     std::optional<Failure> failure; // why the list is not Read; none for a file without the mark
 };
 
@@ -51,7 +51,7 @@ std::string playerProfilePath(std::string_view gameFolder);
 DriverLoad parsePlayerProfile(std::string_view text);
 // The file text for the list: "103", the count, "1", then every record, each line ending in
 // "\r\n" and nothing after the last record.
-std::string playerProfileText(const DriverList& list);
+std::string playerProfileText(const DriverRecords& list);
 
 // Reads the game's player.pro.
 DriverLoad LoadDrivers(const FileServices& files, std::string_view gameFolder);
@@ -59,13 +59,13 @@ DriverLoad LoadDrivers(const FileServices& files, std::string_view gameFolder);
 // Removes every selected entry that is not bold (`selected` runs parallel to the entries; missing
 // flags count as unselected) and returns how many went. The walk restarts from the first entry
 // after each removal, as the list is renumbered.
-int RemoveSelectedDriver(DriverList& list, std::vector<bool> selected);
+int RemoveSelectedDriver(DriverRecords& list, std::vector<bool> selected);
 
 // Writes the list to the game's player.pro (atomically) and reads it back. Refused unless the list
 // was read completely from the file, so a save never drops drivers the program could not read, and
 // refused when the text would not read back as the same records (a record without data lines
 // that would follow one whose last line no longer ends in ".TRK"). Every refusal and failure says
 // why and what the user can do about it.
-Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverList& list);
+Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverRecords& list);
 
 } // namespace korvel

@@ -100,10 +100,10 @@ Mounter::Outcome Mounter::withCounter() {
     return {UpdateMountCounter(), {}, {}};
 }
 
-std::string Mounter::extraDirs() {
+std::vector<std::string> Mounter::extraDirs() {
     if (m_extraDirsOverride)
         return *m_extraDirsOverride;
-    return ProfileSettings(m_settings, m_session.currentGame).extraDirsText();
+    return ProfileSettings(m_settings, m_session.currentGame).extraDirs();
 }
 
 Mounter::Outcome Mounter::ScanUnmounted() {

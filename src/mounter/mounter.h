@@ -61,8 +61,10 @@ public:
     // True when the mounted list changed since it was last loaded or saved.
     bool isModified() const { return m_modified; }
 
-    // Folders joined by "|" used instead of the "ExtraDirs" setting (the command line's option).
-    void setExtraDirsOverride(std::optional<std::string> extraDirs) { m_extraDirsOverride = std::move(extraDirs); }
+    // Folders scanned instead of the "ExtraDirs" setting (the command line's option).
+    void setExtraDirsOverride(std::optional<std::vector<std::string>> extraDirs) {
+        m_extraDirsOverride = std::move(extraDirs);
+    }
 
     enum class LoadMode {
         Rewrite,  // as the window loads it: POD.INI is written back in its canonical form
@@ -130,7 +132,7 @@ private:
     bool autosaveOnChange() const { return m_session.autosave.podOnChange(); }
     void showCounter();
     Status saveIfAutosave();
-    std::string extraDirs();
+    std::vector<std::string> extraDirs();
     MountedEntry mountedRow(const std::string& storedPath) const;
     static void removeRows(EntryList& list, const Rows& rows);
     // The given rows of `list`, sorted, each once, those out of range left out.
@@ -152,7 +154,7 @@ private:
     QString m_counterText;
     int m_counterBar = 0;
     bool m_modified = false;
-    std::optional<std::string> m_extraDirsOverride;
+    std::optional<std::vector<std::string>> m_extraDirsOverride;
 };
 
 } // namespace korvel

@@ -97,17 +97,14 @@ std::vector<MountedEntry> ScanUnmounted(const FileServices& files, const ScanInp
             collector.scan(game + "\\" + folder, folder + "\\");
     }
 
-    const std::string& extra = inputs.extraDirs;
-    if (!extra.empty() && extra != "Error") {
-        const std::string gamePrefix = upperGame(game) + "\\";
-        for (std::string folder : splitText(extra, '|')) {
-            if (!folder.empty() && folder.back() == '\\')
-                folder.pop_back();
-            const std::string prefix = replaceAll(upperGame(folder), gamePrefix, "") + "\\";
-            if (folder.empty() || folder.find('\0') != std::string::npos)
-                continue; // names no folder (the one-NUL empty form)
-            collector.scan(folder, prefix);
-        }
+    const std::string gamePrefix = upperGame(game) + "\\";
+    for (std::string folder : inputs.extraDirs) {
+        if (!folder.empty() && folder.back() == '\\')
+            folder.pop_back();
+        if (folder.empty() || folder.find('\0') != std::string::npos)
+            continue; // names no folder
+        const std::string prefix = replaceAll(upperGame(folder), gamePrefix, "") + "\\";
+        collector.scan(folder, prefix);
     }
 
     std::vector<MountedEntry> rows = collector.take();

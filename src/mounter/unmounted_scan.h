@@ -10,9 +10,9 @@
 namespace korvel {
 
 struct ScanInputs {
-    std::string gameFolder;      // no trailing "\"
-    std::string shortGameFolder; // with a trailing "\"
-    std::string extraDirs;       // the "ExtraDirs" value: folders joined by "|"; "Error", "" or one NUL for none
+    std::string gameFolder;             // no trailing "\"
+    std::string shortGameFolder;        // with a trailing "\"
+    std::vector<std::string> extraDirs; // the extra folders, in the order they are scanned
 };
 
 // Upper-cased stored paths, for look-ups that ignore case.

@@ -92,7 +92,7 @@ QString FileAssociation::desktopEntryPath() const {
     return dataHome() + QStringLiteral("/applications/korvel.desktop");
 }
 
-void FileAssociation::Register() {
+void FileAssociation::associate() {
     m_store.CreateKey(classesKey(".pod"));
     m_store.CreateKey(classesKey("Korvel\\shell\\open\\command"));
     m_store.WriteValue(classesKey(".pod"), "", kProgId);
@@ -123,12 +123,12 @@ void FileAssociation::Register() {
         runTool(QStringLiteral("update-desktop-database"), dataHome() + QStringLiteral("/applications"));
 }
 
-void FileAssociation::Unregister() {
+void FileAssociation::dissociate() {
     m_store.DeleteKey(classesKey(".pod"));
     m_store.DeleteKey(classesKey("Korvel"));
     if (!m_options.desktopEntries || dataHome().isEmpty())
         return;
-    // What Register installed goes again, so nothing of ours is left claiming ".pod" files.
+    // What associate() installed goes again, so nothing of ours is left claiming ".pod" files.
     if (QFile::exists(mimePackagePath()) && QFile::remove(mimePackagePath()))
         runTool(QStringLiteral("update-mime-database"), dataHome() + QStringLiteral("/mime"));
     if (QFile::exists(desktopEntryPath()) && QFile::remove(desktopEntryPath()))

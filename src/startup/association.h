@@ -38,8 +38,8 @@ class FileAssociation {
 public:
     FileAssociation(SettingsStore& store, const PathMap& paths, AssociationOptions options);
 
-    void Register();
-    void Unregister();
+    void associate();
+    void dissociate();
 
     // The classes-root open command: the program path as "folder\name.exe" in double quotes, a
     // blank, and "%1" in double quotes.

@@ -123,7 +123,7 @@ void GameProfiles::saveList() {
     ProgramSettings(m_store).setInstalledGames(m_games);
 }
 
-bool GameProfiles::Load() {
+bool GameProfiles::load() {
     if (m_selected < 0 || m_selected >= int(m_games.size()))
         return false;
     m_session.currentGame = m_games[size_t(m_selected)];
@@ -132,7 +132,7 @@ bool GameProfiles::Load() {
     return true;
 }
 
-void GameProfiles::Remove() {
+void GameProfiles::remove() {
     if (m_selected < 0 || m_selected >= int(m_games.size()))
         return;
     m_store.DeleteKey(settings::profileKey(m_games[size_t(m_selected)]));
@@ -141,7 +141,7 @@ void GameProfiles::Remove() {
     m_loadEnabled = !m_games.empty();
 }
 
-void GameProfiles::Exit() {
+void GameProfiles::exit() {
     saveList();
     m_state = State::Exited;
 }

@@ -56,12 +56,12 @@ public:
 
     // Load (button or double click): the selected profile becomes the current one and the list is
     // saved. False when nothing is selected.
-    bool Load();
+    bool load();
     // Remove (button or Delete key): drops the selected profile from the working list. Its subkey
     // stays in the store. Nothing happens when no entry is selected.
-    void Remove();
+    void remove();
     // Exit: saves the list; the program then ends.
-    void Exit();
+    void exit();
     // Writes the working list to "InstalledGames" ("Error" when it is empty).
     void saveList();
 

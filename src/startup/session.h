@@ -23,7 +23,7 @@ struct AutosaveSwitches {
 //
 // Who may change it:
 //   - its owner (the desktop application, or a command-line command that builds its own) creates it;
-//   - `Startup` fills it, with the profile that the games dialog's logic (`GameProfiles::Load`)
+//   - `Startup` fills it, with the profile that the games dialog's logic (`GameProfiles::load`)
 //     names, and clears the opened archive on a game switch;
 //   - while the program runs, the one change is the game folder that the registry repair chose
 //     (`RepairGameRegistry` returns it, the owner applies it).

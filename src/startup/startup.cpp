@@ -169,9 +169,9 @@ StartupResult Startup::Main(const std::string& commandLine) {
     if (!associate)
         program.setAssociate(false);
     else if (*associate)
-        m_association.Register();
+        m_association.associate();
     else
-        m_association.Unregister();
+        m_association.dissociate();
 
     if (!hasTrackList)
         program.setTrackList(std::string(kDefaultTrackList));

@@ -43,8 +43,6 @@ public:
     Startup(Services& services, SettingsStore& store, Session& session, ProfileChooser& chooser,
             FileAssociation& association);
 
-    void setVersion(const ProgramVersion& version) { m_version = version; }
-
     // `commandLine` is the whole request text; it is used on the first entry only.
     StartupResult Main(const std::string& commandLine = std::string());
     // Game switching: forgets the opened archive and enters `Main` again.
@@ -63,7 +61,7 @@ private:
     Session& m_session;
     ProfileChooser& m_chooser;
     FileAssociation& m_association;
-    ProgramVersion m_version = ProgramVersion::current();
+    const ProgramVersion m_version = ProgramVersion::current();
     bool m_offeringRepair = false; // the profiles dialog follows a damaged sole profile's message
 };
 

@@ -121,6 +121,10 @@ std::optional<bool> ProgramSettings::associateChoice() const {
     return stored == kFlagOn;
 }
 
+void ProgramSettings::createKey() {
+    m_store.CreateKey(std::string(kProgramKey));
+}
+
 void ProgramSettings::setAssociate(bool on) {
     m_store.writeProgram(kAssociate, flagText(on));
 }
@@ -184,6 +188,10 @@ void ProgramSettings::setAddress(WebAddress which, const QString& address) {
 
 std::string ProfileSettings::text(std::string_view name) const {
     return m_store.readProfile(m_profile, name);
+}
+
+void ProfileSettings::createKey() {
+    m_store.CreateKey(profileKey(m_profile));
 }
 
 void ProfileSettings::setText(std::string_view name, const std::string& text) {
@@ -331,10 +339,6 @@ bool ProfileSettings::browse() const {
 std::string ProfileSettings::browseDir() const {
     return text(kBrowseDir);
 }
-std::string ProfileSettings::extraDirsText() const {
-    return text(kExtraDirs);
-}
-
 std::vector<std::string> ProfileSettings::extraDirs() const {
     std::vector<std::string> folders;
     for (std::string& folder : splitText(text(kExtraDirs), kListSeparator)) {

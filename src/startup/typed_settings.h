@@ -53,6 +53,9 @@ class ProgramSettings {
 public:
     explicit ProgramSettings(SettingsStore& store) : m_store(store) {}
 
+    // Makes the program key when it is missing: the store keeps values only in a key that exists.
+    void createKey();
+
     // "Associate" = "1".
     bool associate() const;
     // The stored "Associate" as a choice: nullopt when it is neither "0" nor "1" (start-up then
@@ -84,6 +87,8 @@ public:
     ProfileSettings(SettingsStore& store, std::string profile) : m_store(store), m_profile(std::move(profile)) {}
 
     const std::string& profile() const { return m_profile; }
+    // Makes the profile's key when it is missing, so its values can be written.
+    void createKey();
 
     // The profile itself, as the profiles dialog wrote it. A path or text that cannot be read is
     // nullopt.
@@ -110,7 +115,6 @@ public:
     bool browse() const;                        // anything but "0"
     std::string browseDir() const;              // as stored
     std::vector<std::string> extraDirs() const; // the list, without empty entries
-    std::string extraDirsText() const;          // the list as stored, for the archive scan
     bool firstRun() const;                      // "FirstRun" anything but "0"
     std::string codePage() const;               // "CodePage": empty when not set (the system's)
     std::string launchCommand() const;          // "LaunchCommand": empty when the game starts itself

@@ -74,8 +74,8 @@ MainMenus::MainMenus(QMainWindow& window) : QObject(&window) {
     m_tracksSep = named(m_tracks->addSeparator(), "mnuTracksSep1");
     m_update = named(m_tracks->addAction(QStringLiteral("&Update Track List")), "mnuUpdate");
 
-    m_help = namedMenu(bar->addMenu(QStringLiteral("&Help")), "mnuHelp");
-    m_about = named(m_help->addAction(QStringLiteral("&About Korvel...")), "mnuAbout");
+    QMenu* help = namedMenu(bar->addMenu(QStringLiteral("&Help")), "mnuHelp");
+    m_about = named(help->addAction(QStringLiteral("&About Korvel...")), "mnuAbout");
 
     m_configurator = namedMenu(new QMenu(&window), "mnuConfigurator");
     m_fixRegistry = named(m_configurator->addAction(QStringLiteral("&Fix Game Registry Entries")), "mnuFixRegistry");

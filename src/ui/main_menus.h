@@ -27,7 +27,6 @@ public:
     QMenu* viewMenu() const { return m_view; }
     QMenu* mounterMenu() const { return m_mounter; }
     QMenu* tracksMenu() const { return m_tracks; }
-    QMenu* helpMenu() const { return m_help; }
     QMenu* configuratorMenu() const { return m_configurator; }
 
     QAction* switchGame() const { return m_switch; }
@@ -57,7 +56,6 @@ private:
     QMenu* m_view;
     QMenu* m_mounter;
     QMenu* m_tracks;
-    QMenu* m_help;
     QMenu* m_configurator;
     QAction* m_switch;
     QAction* m_associate;

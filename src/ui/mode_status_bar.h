@@ -35,7 +35,6 @@ public:
 
     // Without the Configurator its panel is hidden and panel 1 takes its width.
     void setConfiguratorAvailable(bool available);
-    bool configuratorAvailable() const { return m_configuratorAvailable; }
 
     // Panels are numbered 1 to 4 as on screen.
     void setPanelText(int panel, const QString& text);

@@ -2,7 +2,6 @@
 
 #include "kit/twips.h"
 #include "platform/game_text.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 
 #include <QGuiApplication>

@@ -119,7 +119,7 @@ TEST(PlayerProfileRead, keepsRecordsVerbatimWhateverTheCaseOfTheTrackLine) {
     const Names records = {record("Alice"), record("Bob", "SUB\\Big.Trk", "a\r\nb.sit\r\n"),
                            record("Carol", "x.trk", ""), record("Mr.Trk")};
     const DriverLoad load = parsePlayerProfile(file(records, "old.TRK")); // line 3 never counts
-    ASSERT_EQ(load.list.state, DriverList::State::Read);
+    ASSERT_EQ(load.list.state, DriverRecords::State::Read);
     EXPECT_EQ(names(load), (Names{"Alice", "Bob", "Carol", "Mr.Trk"}));
     EXPECT_EQ(load.list.entries[1].record, records[1]);
     EXPECT_EQ(playerProfileText(load.list), file(records));
@@ -130,7 +130,7 @@ TEST(PlayerProfileRead, fileEndingInsideARecordKeepsTheRecordsBeforeIt) {
     const DriverLoad noTrack = parsePlayerProfile(file({record("Alice"), record("Bob", "", "a\r\nb\r\n")}));
     ASSERT_TRUE(noTrack.failure);
     EXPECT_EQ(noTrack.failure->title(), "Read Error");
-    EXPECT_EQ(noTrack.list.state, DriverList::State::Damaged);
+    EXPECT_EQ(noTrack.list.state, DriverRecords::State::Damaged);
     EXPECT_EQ(names(noTrack), Names{"Alice"});
     std::string cut = file({record("Alice"), record("Bob")});
     cut.resize(cut.size() - 14); // Bob's last line gone, his fourth cut short
@@ -139,9 +139,9 @@ TEST(PlayerProfileRead, fileEndingInsideARecordKeepsTheRecordsBeforeIt) {
     more[5] = '2';
     for (const std::string& text :
          {more, std::string("103\r\nmany\r\n1\r\n"), std::string("103\r\n99999999999999999999\r\n1\r\n")})
-        EXPECT_EQ(parsePlayerProfile(text).list.state, DriverList::State::Damaged) << text;
+        EXPECT_EQ(parsePlayerProfile(text).list.state, DriverRecords::State::Damaged) << text;
     for (const std::string& text : {"102\r\n1\r\n1\r\n" + record("Alice"), std::string(), std::string("103 \r\n0\r\n")})
-        EXPECT_EQ(parsePlayerProfile(text).list.state, DriverList::State::Unread) << text;
+        EXPECT_EQ(parsePlayerProfile(text).list.state, DriverRecords::State::Unread) << text;
 }
 
 TEST(PlayerProfileFile, removesSeveralAtOnceSkippingBoldOnesAndSavesWithLineThreeOne) {
@@ -186,8 +186,8 @@ TEST(DISABLED_SaveChild, savesUntilKilled) {
     PathMap paths;
     paths.mapDrive('C', folder);
     FileServices files(paths);
-    const DriverList all = parsePlayerProfile(file({record("Alice"), record("Bob")})).list;
-    DriverList fewer = all;
+    const DriverRecords all = parsePlayerProfile(file({record("Alice"), record("Bob")})).list;
+    DriverRecords fewer = all;
     RemoveSelectedDriver(fewer, {true});
     std::puts("ready");
     std::fflush(stdout);

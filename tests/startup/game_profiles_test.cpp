@@ -92,19 +92,19 @@ TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
     rig.add("C:\\Games\\MTM2\\monster.exe", QStringLiteral("MTM2"));
     rig.add("C:\\Games\\MTM2\\monster.exe", QStringLiteral("MTM2"));
     rig.logic.select(1);
-    ASSERT_TRUE(rig.logic.Load());
+    ASSERT_TRUE(rig.logic.load());
     EXPECT_EQ(rig.program(settings::kInstalledGames), "MTM2|MTM2");
 
     rig.setList("A|B");
     rig.logic.open();
     rig.logic.select(1);
-    rig.logic.Remove();
+    rig.logic.remove();
     EXPECT_EQ(rig.logic.games(), std::vector<std::string>{"A"});
     EXPECT_EQ(rig.program(settings::kInstalledGames), "A|B");
     rig.logic.select(0);
-    rig.logic.Remove();
+    rig.logic.remove();
     EXPECT_FALSE(rig.logic.loadEnabled());
-    rig.logic.Exit();
+    rig.logic.exit();
     EXPECT_EQ(rig.program(settings::kInstalledGames), "Error");
     EXPECT_EQ(rig.profile("MTM2", settings::kLocation), "C:\\Games\\MTM2"); // removed profiles keep their values
 }

@@ -13,7 +13,7 @@ namespace korvel::testing {
 // By default presses Load in the profiles dialog.
 class ScriptedChooser : public ProfileChooser {
 public:
-    std::function<void(GameProfiles&)> play = [](GameProfiles& logic) { logic.Load(); };
+    std::function<void(GameProfiles&)> play = [](GameProfiles& logic) { logic.load(); };
     int shown = 0;
     void choose(GameProfiles& logic) override { ++shown, play(logic); }
 };

@@ -42,7 +42,7 @@ TEST(Startup, firstUserIsWelcomedAndFirstStartOfAProfileMakesBackupsAndRemindsOn
     layout.monsterIni = false;
     buildGameFolder(rig.drive, layout);
     rig.drive.dialogs().chooseFiles({"C:\\Games\\MTM2\\monster.exe"}).typeInput(QStringLiteral("MTM2"));
-    rig.chooser.play = [](GameProfiles& logic) { logic.AddGame(false), logic.Load(); };
+    rig.chooser.play = [](GameProfiles& logic) { logic.AddGame(false), logic.load(); };
     ASSERT_EQ(rig.relaunch("\"C:\\Downloads\\track.pod\""), StartupResult::ShowMainWindow);
     EXPECT_EQ(rig.session.openedFile, "track.pod"); // opened once the first profile exists
     EXPECT_EQ(rig.drive.read("C:\\Games\\MTM2\\backup\\player.pro"), samplePlayerPro());
@@ -143,10 +143,10 @@ TEST(FileAssociation, desktopEntryQuotesTheProgramAndUnregisteringStopsClaimingT
         QFile file(association.desktopEntryPath());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
-    association.Register();
+    association.associate();
     EXPECT_TRUE(entry().contains("Exec=\"/opt/My \\\\\"Tools\\\\\"/korvel\" %f\n"));
     EXPECT_TRUE(entry().contains("MimeType=application/x-pod-archive;"));
-    association.Unregister();
+    association.dissociate();
     EXPECT_FALSE(QFile::exists(association.mimePackagePath()));
     EXPECT_FALSE(QFile::exists(association.desktopEntryPath()));
 }
@@ -156,7 +156,7 @@ TEST(FileAssociation, claimsGameArchivesByTheirSignatureAndLeavesPerlDocumentati
     QTemporaryDir home;
     SettingsStore store(drive.registry(), drive.dialogs());
     FileAssociation association(store, drive.paths(), {"/opt/korvel", true, home.path(), true});
-    association.Register();
+    association.associate();
     QFile package(association.mimePackagePath());
     ASSERT_TRUE(package.open(QIODevice::ReadOnly));
     const QByteArray xml = package.readAll();
@@ -190,7 +190,7 @@ TEST(FileAssociation, claimsGameArchivesByTheirSignatureAndLeavesPerlDocumentati
         EXPECT_NE(contentType("perlfunc.pod", "=head1 NAME\n\nperlfunc - Perl builtin functions\n\n=cut\n"),
                   "application/x-pod-archive");
     }
-    association.Unregister();
+    association.dissociate();
     globs.close();
     ASSERT_TRUE(globs.open(QIODevice::ReadOnly));
     EXPECT_FALSE(globs.readAll().contains("application/x-pod-archive"));

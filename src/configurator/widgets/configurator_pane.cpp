@@ -68,7 +68,7 @@ void ConfiguratorPane::buildControls() {
         option->setObjectName(QStringLiteral("optLocalization_%1").arg(index));
         option->setProperty("index", index);
         option->setGeometry(places[i]);
-        connect(option, &QRadioButton::clicked, this, [this, index] { localizationClicked(index); });
+        connect(option, &QRadioButton::clicked, this, [this, index] { optLocalization_Click(index); });
         m_localizationOptions[i] = option;
     }
     // As designed, the standard file is chosen until monster.ini says otherwise.
@@ -185,7 +185,7 @@ void ConfiguratorPane::selectLocalization(int index) {
     m_customFileBox->setEnabled(index == 4);
 }
 
-void ConfiguratorPane::localizationClicked(int index) {
+void ConfiguratorPane::optLocalization_Click(int index) {
     if (index < 4)
         m_customFileBox->setText(fromGameText(builtInLanguageFile(index)));
     selectLocalization(index);

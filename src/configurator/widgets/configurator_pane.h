@@ -50,7 +50,6 @@ public:
 
     // The window has finished opening: from now on changes save as the autosave settings say.
     // Happens by itself when the pane is first shown in a visible window.
-    void finishOpening() { m_opened = true; }
     bool hasFinishedOpening() const { return m_opened; }
 
     // monster.ini: loads the controls from the file, and writes the file from the controls. A
@@ -64,7 +63,7 @@ public:
     bool LoadDrivers();
     int RemoveSelectedDriver();
     bool SaveDrivers();
-    const DriverList& drivers() const { return m_drivers; }
+    const DriverRecords& drivers() const { return m_drivers; }
 
     // `cmdSave`: monster.ini, then player.pro; stops at the first failure.
     bool save();
@@ -94,7 +93,7 @@ protected:
 
 private:
     void buildControls();
-    void localizationClicked(int index);
+    void optLocalization_Click(int index);
     void selectLocalization(int index);
     void settingChanged();
     void showSelectedDriver();
@@ -105,7 +104,7 @@ private:
     SettingsStore& m_store;
     Services& m_services;
     bool m_opened = false;
-    DriverList m_drivers;
+    DriverRecords m_drivers;
     // monster.ini as last read or written; while it is unknown (it could not be read), any change
     // made by the user counts as unsaved.
     std::optional<MonsterSettings> m_monsterOnDisk;

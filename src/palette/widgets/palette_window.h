@@ -26,8 +26,6 @@ public:
     // Loads and shows the palette file at a host path.
     void ShowPalette(const QString& hostPath);
 
-    QFrame* colorBox(int index) const { return m_boxes[static_cast<size_t>(index)]; }
-
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;

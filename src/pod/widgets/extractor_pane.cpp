@@ -217,7 +217,7 @@ void ExtractorPane::buildFileMenu() {
         QAction* action = m_convertMenu->addAction(QString::fromLatin1(caption.text));
         action->setObjectName(QString::fromLatin1(caption.name));
         action->setProperty("index", index);
-        connect(action, &QAction::triggered, this, [this, index] { convertTo(index); });
+        connect(action, &QAction::triggered, this, [this, index] { mnuConvertTo_Click(index); });
         ++index;
     }
     m_compatiblizeAction = m_fileMenu->addAction(QStringLiteral("C&ompatiblize"));
@@ -225,7 +225,7 @@ void ExtractorPane::buildFileMenu() {
 
     connect(m_extractHereAction, &QAction::triggered, this, &ExtractorPane::extractHere);
     connect(m_extractToAction, &QAction::triggered, this, &ExtractorPane::extractTo);
-    connect(m_compatiblizeAction, &QAction::triggered, this, &ExtractorPane::compatiblize);
+    connect(m_compatiblizeAction, &QAction::triggered, this, &ExtractorPane::mnuCompatiblize_Click);
     connect(m_fileMenu, &QMenu::aboutToHide, this, &ExtractorPane::restoreFileMenu);
 }
 
@@ -556,7 +556,7 @@ void ExtractorPane::checkListedPod() {
                                check.fine() ? MessageIcon::Information : MessageIcon::Exclamation);
 }
 
-void ExtractorPane::convertTo(int index) {
+void ExtractorPane::mnuConvertTo_Click(int index) {
     const std::optional<int> row = selectedRow();
     if (!row || index < 1 || index > 5 || m_working)
         return;
@@ -569,7 +569,7 @@ void ExtractorPane::convertTo(int index) {
     ListPOD(m_folder, m_file);
 }
 
-void ExtractorPane::compatiblize() {
+void ExtractorPane::mnuCompatiblize_Click() {
     const std::optional<int> row = selectedRow();
     if (!row || m_working)
         return;

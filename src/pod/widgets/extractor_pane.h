@@ -85,13 +85,14 @@ public:
     bool ListPOD(const std::string& folder, const std::string& file);
 
     // The commands.
-    void extractClicked();     // `cmdExtract`
-    void extractHere();        // `mnuExtract`, into the folder box's folder
-    void extractTo();          // `mnuExtractTo`
-    void extractFromList();    // double click or Enter on `lstFiles`
-    void exportClicked();      // `cmdExport`
-    void convertTo(int index); // `mnuConvertTo` 1-5
-    void compatiblize();       // `mnuCompatiblize`
+    void extractClicked();  // `cmdExtract`
+    void extractHere();     // `mnuExtract`, into the folder box's folder
+    void extractTo();       // `mnuExtractTo`
+    void extractFromList(); // double click or Enter on `lstFiles`
+    void exportClicked();   // `cmdExport`
+    // The track tools: a race-type conversion (index 1-5) and the truck version patch.
+    void mnuConvertTo_Click(int index);
+    void mnuCompatiblize_Click();
     // `mnuFileS` at a global position, with the track tools shown as the selected entry allows.
     QMenu* showFileMenu(const QPoint& globalPos);
 

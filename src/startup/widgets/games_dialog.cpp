@@ -61,45 +61,45 @@ GamesDialog::GamesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle(QStringLiteral("My Game Profiles"));
     setModal(true);
 
-    m_lstGames = new QListWidget(this);
-    m_lstGames->setObjectName(QStringLiteral("lstGames"));
-    m_lstGames->setAccessibleName(QStringLiteral("My Game Profiles"));
-    m_lstGames->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_lstGames->installEventFilter(this);
-    m_cmdAdd = pictureButton("cmdAdd", true, QStringLiteral("Add Game"),
-                             QStringLiteral("Add a game (hold Shift to type its path)"), this);
-    m_cmdAdd->installEventFilter(this);
-    m_cmdRemove = pictureButton("cmdRemove", false, QStringLiteral("Remove Game"),
-                                QStringLiteral("Remove the selected game"), this);
-    m_cmdLoad = new QPushButton(QStringLiteral("&Load Game"), this);
-    m_cmdLoad->setObjectName(QStringLiteral("cmdLoad"));
-    m_cmdLoad->setDefault(true);
-    m_cmdExit = new QPushButton(QStringLiteral("E&xit"), this);
-    m_cmdExit->setObjectName(QStringLiteral("cmdExit"));
+    m_gameList = new QListWidget(this);
+    m_gameList->setObjectName(QStringLiteral("lstGames"));
+    m_gameList->setAccessibleName(QStringLiteral("My Game Profiles"));
+    m_gameList->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_gameList->installEventFilter(this);
+    m_addButton = pictureButton("cmdAdd", true, QStringLiteral("Add Game"),
+                                QStringLiteral("Add a game (hold Shift to type its path)"), this);
+    m_addButton->installEventFilter(this);
+    m_removeButton = pictureButton("cmdRemove", false, QStringLiteral("Remove Game"),
+                                   QStringLiteral("Remove the selected game"), this);
+    m_loadButton = new QPushButton(QStringLiteral("&Load Game"), this);
+    m_loadButton->setObjectName(QStringLiteral("cmdLoad"));
+    m_loadButton->setDefault(true);
+    m_exitButton = new QPushButton(QStringLiteral("E&xit"), this);
+    m_exitButton->setObjectName(QStringLiteral("cmdExit"));
 
     auto* layout = new QGridLayout(this);
-    layout->addWidget(m_lstGames, 0, 0, 3, 1);
-    layout->addWidget(m_cmdAdd, 0, 1);
-    layout->addWidget(m_cmdRemove, 1, 1);
+    layout->addWidget(m_gameList, 0, 0, 3, 1);
+    layout->addWidget(m_addButton, 0, 1);
+    layout->addWidget(m_removeButton, 1, 1);
     layout->setRowStretch(2, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    buttons->addWidget(m_cmdLoad);
-    buttons->addWidget(m_cmdExit);
+    buttons->addWidget(m_loadButton);
+    buttons->addWidget(m_exitButton);
     layout->addLayout(buttons, 3, 0, 1, 2);
     resize(360, 240);
 
-    connect(m_cmdAdd, &QAbstractButton::clicked, this, &GamesDialog::add);
-    connect(m_cmdRemove, &QAbstractButton::clicked, this, &GamesDialog::remove);
-    connect(m_cmdLoad, &QAbstractButton::clicked, this, &GamesDialog::load);
-    connect(m_cmdExit, &QAbstractButton::clicked, this, &GamesDialog::exitProgram);
-    connect(m_lstGames, &QListWidget::itemDoubleClicked, this, &GamesDialog::load);
-    connect(m_lstGames, &QListWidget::currentRowChanged, this, [this](int row) {
+    connect(m_addButton, &QAbstractButton::clicked, this, &GamesDialog::add);
+    connect(m_removeButton, &QAbstractButton::clicked, this, &GamesDialog::remove);
+    connect(m_loadButton, &QAbstractButton::clicked, this, &GamesDialog::load);
+    connect(m_exitButton, &QAbstractButton::clicked, this, &GamesDialog::exitProgram);
+    connect(m_gameList, &QListWidget::itemDoubleClicked, this, &GamesDialog::load);
+    connect(m_gameList, &QListWidget::currentRowChanged, this, [this](int row) {
         if (m_logic && !m_filling)
             m_logic->select(row);
     });
-    connect(m_lstGames, &QListWidget::itemSelectionChanged, this, [this] {
-        if (m_logic && !m_filling && m_lstGames->selectedItems().isEmpty())
+    connect(m_gameList, &QListWidget::itemSelectionChanged, this, [this] {
+        if (m_logic && !m_filling && m_gameList->selectedItems().isEmpty())
             m_logic->select(-1);
     });
 }
@@ -114,12 +114,12 @@ void GamesDialog::choose(GameProfiles& logic) {
 
 void GamesDialog::showList() {
     m_filling = true;
-    m_lstGames->clear();
+    m_gameList->clear();
     for (const std::string& name : m_logic->games())
-        m_lstGames->addItem(fromGameText(name));
+        m_gameList->addItem(fromGameText(name));
     if (m_logic->selectedIndex() >= 0)
-        m_lstGames->setCurrentRow(m_logic->selectedIndex());
-    m_cmdLoad->setEnabled(m_logic->loadEnabled());
+        m_gameList->setCurrentRow(m_logic->selectedIndex());
+    m_loadButton->setEnabled(m_logic->loadEnabled());
     m_filling = false;
 }
 
@@ -133,26 +133,26 @@ void GamesDialog::add() {
 void GamesDialog::remove() {
     if (!m_logic)
         return;
-    m_logic->Remove();
+    m_logic->remove();
     showList();
 }
 
 void GamesDialog::load() {
-    if (m_logic && m_logic->Load())
+    if (m_logic && m_logic->load())
         accept();
 }
 
 void GamesDialog::exitProgram() {
     if (!m_logic)
         return;
-    m_logic->Exit();
+    m_logic->exit();
     reject();
 }
 
 bool GamesDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_cmdAdd && event->type() == QEvent::MouseButtonPress && m_logic)
+    if (watched == m_addButton && event->type() == QEvent::MouseButtonPress && m_logic)
         m_logic->setAddShiftState(shiftState(static_cast<QMouseEvent*>(event)->modifiers()));
-    if (watched == m_lstGames && event->type() == QEvent::KeyPress &&
+    if (watched == m_gameList && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Delete) {
         remove();
         return true;

@@ -39,11 +39,11 @@ private:
 
     GameProfiles* m_logic = nullptr;
     std::optional<GameProfiles::State> m_lastState;
-    QListWidget* m_lstGames = nullptr;
-    QAbstractButton* m_cmdAdd = nullptr;
-    QAbstractButton* m_cmdRemove = nullptr;
-    QPushButton* m_cmdLoad = nullptr;
-    QPushButton* m_cmdExit = nullptr;
+    QListWidget* m_gameList = nullptr;
+    QAbstractButton* m_addButton = nullptr;
+    QAbstractButton* m_removeButton = nullptr;
+    QPushButton* m_loadButton = nullptr;
+    QPushButton* m_exitButton = nullptr;
     bool m_filling = false;
 };
 

@@ -6,7 +6,6 @@
 #include "platform/path_map.h"
 #include "startup/session.h"
 #include "startup/setting_limits.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/typed_settings.h"
 #include "web_addresses_page.h"
@@ -95,15 +94,15 @@ QCheckBox* OptionsDialog::check(const char* name, const QString& caption, QWidge
 
 QWidget* OptionsDialog::buildGeneral() {
     QGroupBox* page = frame("fraGeneral", QStringLiteral("General Settings"));
-    m_chkConfigurator = check(
+    m_configuratorBox = check(
         "chkConfigurator",
         QStringLiteral("Enable the Configurator and all associated \"Monster Truck Madness 2\"-only options"), page);
-    m_chkAutosort = check("chkAutosort", QStringLiteral("Sort the Extractor listing by name"), page);
-    m_chkSlide = check("chkSlide", QStringLiteral("Enable sliding screens"), page);
-    m_chkFlat = check("chkFlat", QStringLiteral("Enable flat buttons"), page);
-    connect(m_chkConfigurator, &QCheckBox::clicked, this, &OptionsDialog::confirmConfigurator);
+    m_autosortBox = check("chkAutosort", QStringLiteral("Sort the Extractor listing by name"), page);
+    m_slideBox = check("chkSlide", QStringLiteral("Enable sliding screens"), page);
+    m_flatBox = check("chkFlat", QStringLiteral("Enable flat buttons"), page);
+    connect(m_configuratorBox, &QCheckBox::clicked, this, &OptionsDialog::confirmConfigurator);
     auto* layout = new QVBoxLayout(page);
-    for (QCheckBox* box : {m_chkConfigurator, m_chkAutosort, m_chkSlide, m_chkFlat})
+    for (QCheckBox* box : {m_configuratorBox, m_autosortBox, m_slideBox, m_flatBox})
         layout->addWidget(box);
     layout->addStretch(1);
     return page;
@@ -111,19 +110,19 @@ QWidget* OptionsDialog::buildGeneral() {
 
 QWidget* OptionsDialog::buildAutosave() {
     QGroupBox* page = frame("fraAutosave", QStringLiteral("Autosave Settings"));
-    m_chkPod = check("chkPOD", QStringLiteral("Mounted PODs list (POD.INI)"), page);
-    m_chkPlayer = check("chkPlayer", QStringLiteral("Driver profiles (PLAYER.PRO)"), page);
-    m_chkMonster = check("chkMonster", QStringLiteral("Game settings (MONSTER.INI)"), page);
-    m_chkChange = check("chkChange", QStringLiteral("The file is changed"), page);
-    m_chkExit = check("chkExit", QStringLiteral("Korvel exits"), page);
+    m_podAutosaveBox = check("chkPOD", QStringLiteral("Mounted PODs list (POD.INI)"), page);
+    m_playerAutosaveBox = check("chkPlayer", QStringLiteral("Driver profiles (PLAYER.PRO)"), page);
+    m_monsterAutosaveBox = check("chkMonster", QStringLiteral("Game settings (MONSTER.INI)"), page);
+    m_saveOnChangeBox = check("chkChange", QStringLiteral("The file is changed"), page);
+    m_saveOnExitBox = check("chkExit", QStringLiteral("Korvel exits"), page);
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(heading(QStringLiteral("Save automatically"), page));
-    for (QCheckBox* box : {m_chkPod, m_chkPlayer, m_chkMonster})
+    for (QCheckBox* box : {m_podAutosaveBox, m_playerAutosaveBox, m_monsterAutosaveBox})
         layout->addWidget(box);
     layout->addSpacing(8);
     layout->addWidget(heading(QStringLiteral("Autosave when..."), page));
-    layout->addWidget(m_chkChange);
-    layout->addWidget(m_chkExit);
+    layout->addWidget(m_saveOnChangeBox);
+    layout->addWidget(m_saveOnExitBox);
     layout->addStretch(1);
     return page;
 }
@@ -148,13 +147,13 @@ QWidget* OptionsDialog::buildLock() {
 
 QWidget* OptionsDialog::buildPaths() {
     QGroupBox* page = frame("fraPaths", QStringLiteral("Path Settings"));
-    m_chkBrowse = check("chkBrowse", QStringLiteral("\"Browse\" starts in this directory:"), page);
+    m_browseBox = check("chkBrowse", QStringLiteral("\"Browse\" starts in this directory:"), page);
     m_browseDir = new QLineEdit(page);
     m_browseDir->setObjectName(QStringLiteral("txtBrowseDir"));
     m_browseDir->setAccessibleName(QStringLiteral("\"Browse\" starts in this directory"));
-    m_cmdBrowseDir = button("cmdBrowseDir", QStringLiteral("..."), page);
-    m_cmdBrowseDir->setToolTip(kFolderPrompt);
-    m_cmdBrowseDir->setAccessibleName(QStringLiteral("Choose the directory"));
+    m_browseDirButton = button("cmdBrowseDir", QStringLiteral("..."), page);
+    m_browseDirButton->setToolTip(kFolderPrompt);
+    m_browseDirButton->setAccessibleName(QStringLiteral("Choose the directory"));
     m_extraDirs = new QListWidget(page);
     m_extraDirs->setObjectName(QStringLiteral("lstExtraDirs"));
     m_extraDirs->setAccessibleName(QStringLiteral("Extra Search Directories"));
@@ -162,8 +161,8 @@ QWidget* OptionsDialog::buildPaths() {
     auto* remove = button("cmdRemove", QStringLiteral("&Remove"), page);
     auto* show = button("cmdShow", QStringLiteral("Show"), page);
 
-    connect(m_chkBrowse, &QCheckBox::toggled, this, &OptionsDialog::updateBrowseEnabled);
-    connect(m_cmdBrowseDir, &QPushButton::clicked, this, &OptionsDialog::browseDir);
+    connect(m_browseBox, &QCheckBox::toggled, this, &OptionsDialog::updateBrowseEnabled);
+    connect(m_browseDirButton, &QPushButton::clicked, this, &OptionsDialog::browseDir);
     connect(add, &QPushButton::clicked, this, &OptionsDialog::addExtraDir);
     connect(remove, &QPushButton::clicked, this, &OptionsDialog::removeExtraDir);
     connect(show, &QPushButton::clicked, this, &OptionsDialog::showExtraDir);
@@ -171,7 +170,7 @@ QWidget* OptionsDialog::buildPaths() {
 
     auto* browseRow = new QHBoxLayout;
     browseRow->addWidget(m_browseDir, 1);
-    browseRow->addWidget(m_cmdBrowseDir);
+    browseRow->addWidget(m_browseDirButton);
     auto* listButtons = new QVBoxLayout;
     listButtons->addWidget(add);
     listButtons->addWidget(remove);
@@ -205,7 +204,7 @@ QWidget* OptionsDialog::buildPaths() {
     gameRows->addWidget(m_launchCommand, 1);
 
     auto* layout = new QVBoxLayout(page);
-    layout->addWidget(m_chkBrowse);
+    layout->addWidget(m_browseBox);
     layout->addLayout(browseRow);
     layout->addSpacing(8);
     layout->addWidget(heading(QStringLiteral("Extra Search Directories"), page));
@@ -216,23 +215,23 @@ QWidget* OptionsDialog::buildPaths() {
 
 void OptionsDialog::load() {
     if (!m_configurator) {
-        m_chkPlayer->setEnabled(false);
-        m_chkMonster->setEnabled(false);
+        m_playerAutosaveBox->setEnabled(false);
+        m_monsterAutosaveBox->setEnabled(false);
         m_lockOptions[1]->setEnabled(false);
     }
     const ProfileSettings profile(m_store, m_profile);
     const AutosaveSwitches autosave = profile.autosave();
-    m_chkPod->setChecked(autosave.pod);
-    m_chkPlayer->setChecked(autosave.player);
-    m_chkMonster->setChecked(autosave.monster);
-    m_chkChange->setChecked(autosave.onChange);
-    m_chkExit->setChecked(autosave.onExit);
+    m_podAutosaveBox->setChecked(autosave.pod);
+    m_playerAutosaveBox->setChecked(autosave.player);
+    m_monsterAutosaveBox->setChecked(autosave.monster);
+    m_saveOnChangeBox->setChecked(autosave.onChange);
+    m_saveOnExitBox->setChecked(autosave.onExit);
     // A check box shows "1" as checked and anything else as not.
-    m_chkFlat->setChecked(profile.flatButtons().value_or(false));
-    m_chkSlide->setChecked(profile.slide());
-    m_chkAutosort->setChecked(profile.autosort());
-    m_chkBrowse->setChecked(profile.browse());
-    m_chkConfigurator->setChecked(profile.configurator());
+    m_flatBox->setChecked(profile.flatButtons().value_or(false));
+    m_slideBox->setChecked(profile.slide());
+    m_autosortBox->setChecked(profile.autosort());
+    m_browseBox->setChecked(profile.browse());
+    m_configuratorBox->setChecked(profile.configurator());
     if (const std::optional<ScreenLock> lock = profile.lock())
         m_lockOptions[static_cast<size_t>(*lock)]->setChecked(true);
     m_browseDir->setText(fromGameText(profile.browseDir()));
@@ -244,9 +243,9 @@ void OptionsDialog::load() {
 }
 
 void OptionsDialog::updateBrowseEnabled() {
-    const bool on = m_chkBrowse->isChecked();
+    const bool on = m_browseBox->isChecked();
     m_browseDir->setEnabled(on);
-    m_cmdBrowseDir->setEnabled(on);
+    m_browseDirButton->setEnabled(on);
 }
 
 void OptionsDialog::confirmConfigurator(bool checked) {
@@ -258,7 +257,7 @@ void OptionsDialog::confirmConfigurator(bool checked) {
                        "Monster Truck Madness 2! Are you sure you wish to enable it?"),
         MessageIcon::Exclamation, MessageButtons::YesNo);
     if (answer != MessageAnswer::Yes)
-        m_chkConfigurator->setChecked(false);
+        m_configuratorBox->setChecked(false);
 }
 
 void OptionsDialog::addExtraDir() {
@@ -306,17 +305,17 @@ void OptionsDialog::focusPage(int index) {
     QWidget* target = nullptr;
     switch (index) {
     case 0:
-        target = m_chkConfigurator;
+        target = m_configuratorBox;
         break;
     case 1:
-        target = m_chkPod;
+        target = m_podAutosaveBox;
         break;
     case 2:
         target = m_lock->checkedButton() && m_lock->checkedButton()->isEnabled() ? m_lock->checkedButton()
                                                                                  : m_lockOptions[0];
         break;
     case 3:
-        target = m_chkBrowse;
+        target = m_browseBox;
         break;
     case 4:
         target = m_web->firstBox();
@@ -363,20 +362,20 @@ void OptionsDialog::save() {
         unusable->setFocus();
         return;
     }
-    m_store.CreateKey(settings::profileKey(m_profile));
     ProfileSettings profile(m_store, m_profile);
+    profile.createKey();
     AutosaveSwitches autosave;
-    autosave.pod = m_chkPod->isChecked();
-    autosave.player = m_chkPlayer->isChecked();
-    autosave.monster = m_chkMonster->isChecked();
-    autosave.onChange = m_chkChange->isChecked();
-    autosave.onExit = m_chkExit->isChecked();
+    autosave.pod = m_podAutosaveBox->isChecked();
+    autosave.player = m_playerAutosaveBox->isChecked();
+    autosave.monster = m_monsterAutosaveBox->isChecked();
+    autosave.onChange = m_saveOnChangeBox->isChecked();
+    autosave.onExit = m_saveOnExitBox->isChecked();
     profile.setAutosave(autosave);
-    profile.setFlatButtons(m_chkFlat->isChecked());
-    profile.setSlide(m_chkSlide->isChecked());
-    profile.setConfigurator(m_chkConfigurator->isChecked());
-    profile.setAutosort(m_chkAutosort->isChecked());
-    profile.setBrowse(m_chkBrowse->isChecked());
+    profile.setFlatButtons(m_flatBox->isChecked());
+    profile.setSlide(m_slideBox->isChecked());
+    profile.setConfigurator(m_configuratorBox->isChecked());
+    profile.setAutosort(m_autosortBox->isChecked());
+    profile.setBrowse(m_browseBox->isChecked());
     profile.setBrowseDir(*browseDir);
     profile.setExtraDirs(extraDirs());
     const int lock = m_lock->checkedId();

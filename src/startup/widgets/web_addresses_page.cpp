@@ -1,7 +1,6 @@
 #include "web_addresses_page.h"
 
 #include "platform/dialogs.h"
-#include "startup/settings_names.h"
 #include "startup/settings_store.h"
 #include "startup/web_addresses.h"
 
@@ -82,7 +81,7 @@ QLineEdit* WebAddressesPage::refuseUnusable(Dialogs& dialogs) const {
 
 void WebAddressesPage::save() {
     ProgramSettings settings(m_store);
-    m_store.CreateKey(std::string(settings::kProgramKey));
+    settings.createKey();
     for (size_t i = 0; i < kOrder.size(); ++i) {
         const QString address = m_boxes[i]->text().trimmed();
         if (address != m_loaded[i]) {
