@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -15,6 +16,8 @@
 
 #ifdef Q_OS_WIN
 #include <windows.h>
+#else
+#include <dirent.h>
 #endif
 
 namespace korvel {
@@ -30,6 +33,18 @@ bool isHiddenName(const QFileInfo& info) {
     return info.fileName().startsWith(QLatin1Char('.'));
 #endif
 }
+
+#ifndef Q_OS_WIN
+// What a search needs to know of a directory entry whose name already passed the hidden-name test.
+struct TypedEntry {
+    bool file = false;
+    bool dir = false;
+    bool isFile() const { return file; }
+    bool isDir() const { return dir; }
+};
+
+bool isHiddenName(const TypedEntry&) { return false; }
+#endif
 
 // The six letters QSaveFile appends to a temporary's name, unless they read as a word in one case.
 bool isTemporarySuffix(QStringView suffix) {
@@ -91,7 +106,7 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
     if (!dir.exists())
         return names;
 
-    auto accepts = [&](const QFileInfo& info) {
+    auto accepts = [&](const auto& info) {
         if (isHiddenName(info))
             return false;
         switch (filter) {
@@ -114,15 +129,47 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
         return names;
     }
 
-    const auto entries = dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& info : entries) {
+    // Unsorted from the system, sorted once below on keys made once per name (a folder of thousands
+    // of archives is searched often).
+    std::vector<std::pair<std::string, std::string>> found; // upper-case key, name
+    auto consider = [&](const QString& fileName, auto&& info) {
         // A name the game's code page cannot hold is one the game cannot open either.
-        const std::optional<std::string> name = encodeGameText(info.fileName());
-        if (name && accepts(info) && wildcardMatch(last, *name))
-            names.push_back(*name);
+        std::optional<std::string> name = encodeGameText(fileName);
+        if (name && wildcardMatch(last, *name) && accepts(info())) {
+            std::string key = upperGame(*name);
+            found.emplace_back(std::move(key), std::move(*name));
+        }
+    };
+#ifdef Q_OS_WIN
+    QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QFileInfo info = it.nextFileInfo();
+        consider(info.fileName(), [&] { return info; });
     }
-    std::sort(names.begin(), names.end(),
-              [](const std::string& a, const std::string& b) { return upperGame(a) < upperGame(b); });
+#else
+    // The directory's own entry types spare a status call per name; links and file systems that
+    // do not give a type are asked the full question.
+    const QByteArray nativeFolder = QFile::encodeName(hostFolder);
+    if (DIR* stream = ::opendir(nativeFolder.constData())) {
+        while (const dirent* entry = ::readdir(stream)) {
+            const char* raw = entry->d_name;
+            if (raw[0] == '.')
+                continue; // hidden here, "." and ".." included
+            const QString fileName = QFile::decodeName(raw);
+            consider(fileName, [&] {
+                if (entry->d_type == DT_REG || entry->d_type == DT_DIR)
+                    return TypedEntry{entry->d_type == DT_REG, entry->d_type == DT_DIR};
+                const QFileInfo info(hostFolder + QLatin1Char('/') + fileName);
+                return TypedEntry{info.isFile(), info.isDir()};
+            });
+        }
+        ::closedir(stream);
+    }
+#endif
+    std::sort(found.begin(), found.end());
+    names.reserve(found.size());
+    for (auto& [key, name] : found)
+        names.push_back(std::move(name));
     if (filter == SearchFilter::Folders && wildcardMatch(last, ".")) {
         const std::string gameFolder = withoutTrailingBackslash(folder);
         if (!PathMap::isDriveRoot(gameFolder) && dir.absolutePath() != QLatin1String("/"))
