@@ -56,12 +56,20 @@ void printState(const Mounter& mounter, bool json) {
         return;
     }
     out() << mounter.counterText() << '\n';
+    // The rows are joined as game text and converted once: thousands of rows print at once.
+    std::string lines;
     for (const EntryList* list :
          {static_cast<const EntryList*>(&mounter.mounted()), static_cast<const EntryList*>(&mounter.unmounted())}) {
-        for (const MountedEntry& row : list->rows())
-            out() << fromGameText(row.text) << '\t' << fromGameText(row.status) << '\t' << fromGameText(row.path)
-                  << '\n';
+        for (const MountedEntry& row : list->rows()) {
+            lines += row.text;
+            lines += '\t';
+            lines += row.status;
+            lines += '\t';
+            lines += row.path;
+            lines += '\n';
+        }
     }
+    out() << fromGameText(lines);
 }
 
 // The rows named by their stored paths (ignoring case), every row that carries a name; the names

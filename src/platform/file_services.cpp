@@ -1,6 +1,7 @@
 #include "file_services.h"
 
 #include "diagnostics.h"
+#include "game_codec.h"
 #include "game_path.h"
 #include "game_text.h"
 
@@ -132,9 +133,8 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
     // Unsorted from the system, sorted once below on keys made once per name (a folder of thousands
     // of archives is searched often).
     std::vector<std::pair<std::string, std::string>> found; // upper-case key, name
-    auto consider = [&](const QString& fileName, auto&& info) {
+    auto consider = [&](std::optional<std::string> name, auto&& info) {
         // A name the game's code page cannot hold is one the game cannot open either.
-        std::optional<std::string> name = encodeGameText(fileName);
         if (name && wildcardMatch(last, *name) && accepts(info())) {
             std::string key = upperGame(*name);
             found.emplace_back(std::move(key), std::move(*name));
@@ -144,22 +144,26 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
     QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     while (it.hasNext()) {
         const QFileInfo info = it.nextFileInfo();
-        consider(info.fileName(), [&] { return info; });
+        consider(encodeGameText(info.fileName()), [&] { return info; });
     }
 #else
     // The directory's own entry types spare a status call per name; links and file systems that
-    // do not give a type are asked the full question.
+    // do not give a type are asked the full question. Plain ASCII names are the same bytes in the
+    // file system and in Windows-1252, so they skip both conversions.
+    const bool asciiAsIs = GameCodec::active().codePage() == 1252;
     const QByteArray nativeFolder = QFile::encodeName(hostFolder);
     if (DIR* stream = ::opendir(nativeFolder.constData())) {
         while (const dirent* entry = ::readdir(stream)) {
-            const char* raw = entry->d_name;
-            if (raw[0] == '.')
+            const std::string_view raw(entry->d_name);
+            if (raw.front() == '.')
                 continue; // hidden here, "." and ".." included
-            const QString fileName = QFile::decodeName(raw);
-            consider(fileName, [&] {
+            const bool ascii = asciiAsIs && std::all_of(raw.begin(), raw.end(), [](char c) {
+                                   return static_cast<unsigned char>(c) < 0x80;
+                               });
+            consider(ascii ? std::optional<std::string>(raw) : encodeGameText(QFile::decodeName(entry->d_name)), [&] {
                 if (entry->d_type == DT_REG || entry->d_type == DT_DIR)
                     return TypedEntry{entry->d_type == DT_REG, entry->d_type == DT_DIR};
-                const QFileInfo info(hostFolder + QLatin1Char('/') + fileName);
+                const QFileInfo info(hostFolder + QLatin1Char('/') + QFile::decodeName(entry->d_name));
                 return TypedEntry{info.isFile(), info.isDir()};
             });
         }
