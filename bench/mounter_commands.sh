@@ -23,12 +23,14 @@ median() {
     peak=0
     for ((i = 0; i < runs; i++)); do
         start=$(date +%s%N)
-        /usr/bin/time -f '%M %U %S' -o "$timing" "$@" >/dev/null 2>&1
+        /usr/bin/time -f %M -o "$timing" "$@" >/dev/null 2>&1
         end=$(date +%s%N)
         times+=($(((end - start) / 1000)))
-        read -r rss user sys < <(tail -n 1 "$timing")
-        cpus+=($(awk -v u="$user" -v s="$sys" 'BEGIN { printf "%d", (u + s) * 1000 }'))
+        rss=$(tail -n 1 "$timing")
         ((rss > peak)) && peak=$rss
+        # bash's own 'times' gives the children's user and system time to the millisecond.
+        cpus+=($(bash -c '"$@" >/dev/null 2>&1; times' _ "$@" | tail -n 1 |
+            awk '{ split($1, u, /[ms]/); split($2, s, /[ms]/); printf "%d", (u[1] * 60 + u[2] + s[1] * 60 + s[2]) * 1000 }'))
     done
     echo "$peak" >"$peakfile"
     printf '%s\n' "${cpus[@]}" | sort -n | sed -n "$(((runs + 1) / 2))p" >"$cpufile"
@@ -52,6 +54,6 @@ for scale in 1 4 16; do
     find_ms=$(median "$runs" sh -c "find '$base/GAME' '$base/EXTRA1' '$base/EXTRA2' -maxdepth 2 -iname '*.pod'; cat '$base/GAME/POD.INI'")
     find_cpu=$(cat "$cpufile")
     ratio=$(awk -v a="$show_ms" -v b="$find_ms" 'BEGIN { printf "%.2f", a / b }')
-    cpu_ratio=$(awk -v a="$show_cpu" -v b="$find_cpu" 'BEGIN { printf "%.2f", b > 0 ? a / b : 0 }')
+    cpu_ratio=$(awk -v a="$show_cpu" -v b="$find_cpu" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }')
     echo "| ${scale}x | $((5000 * scale + 200 * scale)) | $((2000 * scale)) | $show_ms | $find_ms | $ratio | $show_cpu | $find_cpu | $cpu_ratio | $(mib "$show_peak") |"
 done

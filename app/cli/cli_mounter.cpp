@@ -56,8 +56,11 @@ void printState(const Mounter& mounter, bool json) {
         return;
     }
     out() << mounter.counterText() << '\n';
-    // The rows are joined as game text and converted once: thousands of rows print at once.
+    // Rows are joined as game text and converted a block at a time: one conversion per block of
+    // rows rather than three per row, with memory bounded by the block.
+    constexpr size_t kBlock = 64 * 1024;
     std::string lines;
+    lines.reserve(kBlock + 1024);
     for (const EntryList* list :
          {static_cast<const EntryList*>(&mounter.mounted()), static_cast<const EntryList*>(&mounter.unmounted())}) {
         for (const MountedEntry& row : list->rows()) {
@@ -67,6 +70,10 @@ void printState(const Mounter& mounter, bool json) {
             lines += '\t';
             lines += row.path;
             lines += '\n';
+            if (lines.size() >= kBlock) {
+                out() << fromGameText(lines);
+                lines.clear();
+            }
         }
     }
     out() << fromGameText(lines);
