@@ -59,19 +59,24 @@ public:
 
     // Every name of `folder`\*.pod; `prefix` turns a name into the candidate path.
     void scan(const std::string& folder, const std::string& prefix) {
+        // `prefix` is empty or ends in "\", which is never the first byte of a two-byte character:
+        // the folder part upper-cases and shortens once for all its names.
+        const std::string upperPrefix = upperGame(prefix);
+        const std::string* shortFolder = m_paths.foldersAlone() ? &m_paths.shortFolder(upperPrefix) : nullptr;
         for (const std::string& name : m_files.search(folder + "\\*.pod", SearchFilter::NormalFiles)) {
             if (!hasPodSuffix(name))
                 continue;
-            add(upperGame(prefix + name));
+            const std::string upperName = upperGame(name);
+            add(shortFolder ? *shortFolder + upperName : m_paths.shortPath(upperPrefix + upperName));
         }
     }
 
     std::vector<MountedEntry> take() { return std::move(m_rows); }
 
 private:
-    void add(const std::string& candidate) {
+    void add(std::string path) {
         MountedEntry row;
-        row.path = m_paths.shortPath(candidate);
+        row.path = std::move(path);
         if (m_mounted.contains(upperGame(row.path)))
             return;
         row.text = ArchiveDisplayName(row.path);
