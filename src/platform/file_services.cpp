@@ -69,8 +69,8 @@ QString nativeFolderOf(const QString& hostPath) {
 } // namespace
 
 bool wildcardMatch(std::string_view pattern, std::string_view name) {
-    if (pattern == "*.*")
-        pattern = "*";
+    if (pattern == "*.*" || pattern == "*")
+        return true; // every name, the common case of a folder listing
     // Iterative match with one back-track point: linear in practice, no recursion.
     size_t p = 0, n = 0, starP = std::string_view::npos, starN = 0;
     while (n < name.size()) {
