@@ -97,7 +97,6 @@ struct Setup {
         session.location = "C:\\GAME";
         session.locationIni = "C:\\GAME\\POD.INI";
         session.mmpa = "99";
-        session.asPod = session.asChange = "0";
         session.shortGameFolder = ShortPath(files, "", session.location, true) + "\\";
         settings.CreateKey(korvel::settings::profileKey("Bench"));
         settings.writeProfile("Bench", korvel::settings::kExtraDirs, "C:\\EXTRA1|C:\\EXTRA2\\");

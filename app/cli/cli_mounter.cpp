@@ -55,12 +55,27 @@ void printState(const Mounter& mounter, bool json) {
         return;
     }
     out() << mounter.counterText() << '\n';
+    // Rows are joined as game text and converted a block at a time: one conversion per block of
+    // rows rather than three per row, with memory bounded by the block.
+    constexpr size_t kBlock = 64 * 1024;
+    std::string lines;
+    lines.reserve(kBlock + 1024);
     for (const EntryList* list :
          {static_cast<const EntryList*>(&mounter.mounted()), static_cast<const EntryList*>(&mounter.unmounted())}) {
-        for (const MountedEntry& row : list->rows())
-            out() << fromGameText(row.text) << '\t' << fromGameText(row.status) << '\t' << fromGameText(row.path)
-                  << '\n';
+        for (const MountedEntry& row : list->rows()) {
+            lines += row.text;
+            lines += '\t';
+            lines += row.status;
+            lines += '\t';
+            lines += row.path;
+            lines += '\n';
+            if (lines.size() >= kBlock) {
+                out() << fromGameText(lines);
+                lines.clear();
+            }
+        }
     }
+    out() << fromGameText(lines);
 }
 
 // The rows named by their stored paths (ignoring case), every row that carries a name; the names

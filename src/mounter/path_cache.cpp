@@ -13,13 +13,16 @@ PathCache::PathCache(const FileServices& files, std::string shortGameFolder)
 std::string PathCache::shortPath(const std::string& path) {
     // Shortening only ever changes the folder part, and the game folder's short form ends in "\",
     // so it can only be found (and taken out) inside the folder part: the folder can be done alone.
-    if (!m_shortGameFolder.empty() && m_shortGameFolder.back() != '\\')
+    if (!foldersAlone())
         return ShortPath(m_files, m_shortGameFolder, path, false);
-    const std::string folder = FolderOf(path);
+    return shortFolder(FolderOf(path)) + FileNameOf(path);
+}
+
+const std::string& PathCache::shortFolder(const std::string& folder) {
     auto it = m_shortFolders.find(folder);
     if (it == m_shortFolders.end())
         it = m_shortFolders.emplace(folder, ShortPath(m_files, m_shortGameFolder, folder, true)).first;
-    return it->second + FileNameOf(path);
+    return it->second;
 }
 
 bool PathCache::listed(const std::string& path) {

@@ -17,6 +17,10 @@ public:
 
     // ShortPath(path, false): the folder part in short form, the file name as written.
     std::string shortPath(const std::string& path);
+    // The same for many names of one folder ("FOLDER\" or ""): shortPath(folder + name) is
+    // shortFolder(folder) + name when foldersAlone(), which holds for a game folder given with its "\".
+    bool foldersAlone() const { return m_shortGameFolder.empty() || m_shortGameFolder.back() == '\\'; }
+    const std::string& shortFolder(const std::string& folder);
 
     // The existence test of a POD.INI entry: game folder + "\" + entry, or the entry itself,
     // names an existing file or folder (ignoring case).

@@ -8,10 +8,49 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 
 namespace korvel {
 
 namespace {
+
+// The mounted paths' keys in one flat open-addressing table. The scan asks once per archive found;
+// a node-based set answers with several dependent cache misses (bucket, node, text), which made the
+// scan of a large game folder grow faster than the folder once the set outgrew the cache.
+class KeyTable {
+public:
+    explicit KeyTable(const PathKeySet& keys) {
+        size_t size = 16;
+        while (size < keys.size() * 2)
+            size *= 2;
+        m_slots.resize(size);
+        m_mask = size - 1;
+        for (const std::string& key : keys) {
+            const size_t hash = std::hash<std::string>{}(key);
+            size_t i = hash & m_mask;
+            while (m_slots[i].key)
+                i = (i + 1) & m_mask;
+            m_slots[i] = {hash, &key}; // the set's elements stay where they are while it lives
+        }
+    }
+
+    bool contains(const std::string& key) const {
+        const size_t hash = std::hash<std::string>{}(key);
+        for (size_t i = hash & m_mask; m_slots[i].key; i = (i + 1) & m_mask) {
+            if (m_slots[i].hash == hash && *m_slots[i].key == key)
+                return true;
+        }
+        return false;
+    }
+
+private:
+    struct Slot {
+        size_t hash = 0;
+        const std::string* key = nullptr;
+    };
+    std::vector<Slot> m_slots;
+    size_t m_mask = 0;
+};
 
 class Collector {
 public:
@@ -20,20 +59,25 @@ public:
 
     // Every name of `folder`\*.pod; `prefix` turns a name into the candidate path.
     void scan(const std::string& folder, const std::string& prefix) {
+        // `prefix` is empty or ends in "\", which is never the first byte of a two-byte character:
+        // the folder part upper-cases and shortens once for all its names.
+        const std::string upperPrefix = upperGame(prefix);
+        const std::string* shortFolder = m_paths.foldersAlone() ? &m_paths.shortFolder(upperPrefix) : nullptr;
         for (const std::string& name : m_files.search(folder + "\\*.pod", SearchFilter::NormalFiles)) {
             if (!hasPodSuffix(name))
                 continue;
-            add(upperGame(prefix + name));
+            const std::string upperName = upperGame(name);
+            add(shortFolder ? *shortFolder + upperName : m_paths.shortPath(upperPrefix + upperName));
         }
     }
 
     std::vector<MountedEntry> take() { return std::move(m_rows); }
 
 private:
-    void add(const std::string& candidate) {
+    void add(std::string path) {
         MountedEntry row;
-        row.path = m_paths.shortPath(candidate);
-        if (m_mounted.count(upperGame(row.path)))
+        row.path = std::move(path);
+        if (m_mounted.contains(upperGame(row.path)))
             return;
         row.text = ArchiveDisplayName(row.path);
         row.status = std::string(kStatusUnmounted);
@@ -41,7 +85,7 @@ private:
     }
 
     const FileServices& m_files;
-    const PathKeySet& m_mounted;
+    KeyTable m_mounted;
     PathCache m_paths;
     std::vector<MountedEntry> m_rows;
 };

@@ -1,11 +1,13 @@
 #include "file_services.h"
 
 #include "diagnostics.h"
+#include "game_codec.h"
 #include "game_path.h"
 #include "game_text.h"
 
 #include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -15,6 +17,8 @@
 
 #ifdef Q_OS_WIN
 #include <windows.h>
+#else
+#include <dirent.h>
 #endif
 
 namespace korvel {
@@ -30,6 +34,18 @@ bool isHiddenName(const QFileInfo& info) {
     return info.fileName().startsWith(QLatin1Char('.'));
 #endif
 }
+
+#ifndef Q_OS_WIN
+// What a search needs to know of a directory entry whose name already passed the hidden-name test.
+struct TypedEntry {
+    bool file = false;
+    bool dir = false;
+    bool isFile() const { return file; }
+    bool isDir() const { return dir; }
+};
+
+bool isHiddenName(const TypedEntry&) { return false; }
+#endif
 
 // The six letters QSaveFile appends to a temporary's name, unless they read as a word in one case.
 bool isTemporarySuffix(QStringView suffix) {
@@ -53,8 +69,8 @@ QString nativeFolderOf(const QString& hostPath) {
 } // namespace
 
 bool wildcardMatch(std::string_view pattern, std::string_view name) {
-    if (pattern == "*.*")
-        pattern = "*";
+    if (pattern == "*.*" || pattern == "*")
+        return true; // every name, the common case of a folder listing
     // Iterative match with one back-track point: linear in practice, no recursion.
     size_t p = 0, n = 0, starP = std::string_view::npos, starN = 0;
     while (n < name.size()) {
@@ -91,7 +107,7 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
     if (!dir.exists())
         return names;
 
-    auto accepts = [&](const QFileInfo& info) {
+    auto accepts = [&](const auto& info) {
         if (isHiddenName(info))
             return false;
         switch (filter) {
@@ -114,15 +130,50 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
         return names;
     }
 
-    const auto entries = dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& info : entries) {
+    // Unsorted from the system, sorted once below on keys made once per name (a folder of thousands
+    // of archives is searched often).
+    std::vector<std::pair<std::string, std::string>> found; // upper-case key, name
+    auto consider = [&](std::optional<std::string> name, auto&& info) {
         // A name the game's code page cannot hold is one the game cannot open either.
-        const std::optional<std::string> name = encodeGameText(info.fileName());
-        if (name && accepts(info) && wildcardMatch(last, *name))
-            names.push_back(*name);
+        if (name && wildcardMatch(last, *name) && accepts(info())) {
+            std::string key = upperGame(*name);
+            found.emplace_back(std::move(key), std::move(*name));
+        }
+    };
+#ifdef Q_OS_WIN
+    QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QFileInfo info = it.nextFileInfo();
+        consider(encodeGameText(info.fileName()), [&] { return info; });
     }
-    std::sort(names.begin(), names.end(),
-              [](const std::string& a, const std::string& b) { return upperGame(a) < upperGame(b); });
+#else
+    // The directory's own entry types spare a status call per name; links and file systems that
+    // do not give a type are asked the full question. Plain ASCII names are the same bytes in the
+    // file system and in Windows-1252, so they skip both conversions.
+    const bool asciiAsIs = GameCodec::active().codePage() == 1252;
+    const QByteArray nativeFolder = QFile::encodeName(hostFolder);
+    if (DIR* stream = ::opendir(nativeFolder.constData())) {
+        while (const dirent* entry = ::readdir(stream)) {
+            const std::string_view raw(entry->d_name);
+            if (raw.front() == '.')
+                continue; // hidden here, "." and ".." included
+            const bool ascii = asciiAsIs && std::all_of(raw.begin(), raw.end(), [](char c) {
+                                   return static_cast<unsigned char>(c) < 0x80;
+                               });
+            consider(ascii ? std::optional<std::string>(raw) : encodeGameText(QFile::decodeName(entry->d_name)), [&] {
+                if (entry->d_type == DT_REG || entry->d_type == DT_DIR)
+                    return TypedEntry{entry->d_type == DT_REG, entry->d_type == DT_DIR};
+                const QFileInfo info(hostFolder + QLatin1Char('/') + QFile::decodeName(entry->d_name));
+                return TypedEntry{info.isFile(), info.isDir()};
+            });
+        }
+        ::closedir(stream);
+    }
+#endif
+    std::sort(found.begin(), found.end());
+    names.reserve(found.size());
+    for (auto& [key, name] : found)
+        names.push_back(std::move(name));
     if (filter == SearchFilter::Folders && wildcardMatch(last, ".")) {
         const std::string gameFolder = withoutTrailingBackslash(folder);
         if (!PathMap::isDriveRoot(gameFolder) && dir.absolutePath() != QLatin1String("/"))

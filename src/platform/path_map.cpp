@@ -130,7 +130,22 @@ QString PathMap::matchComponent(const QString& dir, const QString& name) const {
 }
 
 QString PathMap::resolveComponents(QString base, const std::string& rest) const {
-    for (const std::string& piece : splitText(rest, '\\')) {
+    const std::vector<std::string> pieces = splitText(rest, '\\');
+    // When the path exists as written, every component matches as written: one status call
+    // answers for all of them (".." is left to the walk below, which takes it textually).
+    if (std::none_of(pieces.begin(), pieces.end(), [](const std::string& piece) { return piece == ".."; })) {
+        QString joined = base;
+        for (const std::string& piece : pieces) {
+            if (piece.empty() || piece == ".")
+                continue;
+            if (!joined.endsWith(QLatin1Char('/')))
+                joined += QLatin1Char('/');
+            joined += win32ComponentName(fromGameText(piece));
+        }
+        if (joined != base && QFileInfo::exists(joined))
+            return joined;
+    }
+    for (const std::string& piece : pieces) {
         if (piece.empty() || piece == ".")
             continue;
         if (piece == "..") {

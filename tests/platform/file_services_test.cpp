@@ -39,6 +39,29 @@ TEST(FileServices, searchesWithAttributeFiltersSortedByName) {
     EXPECT_TRUE(files.search("C:\\Missing\\*.pod", SearchFilter::NormalFiles).empty());
 }
 
+#ifndef Q_OS_WIN
+TEST(FileServices, searchesFollowLinksAndSkipNamesTheCodePageCannotHold) {
+    TempDrive drive;
+    drive.write("C:\\Game\\real.pod", "r");
+    drive.write("C:\\Game\\caf\xE9.pod", "c");
+    drive.makeFolder("C:\\Game\\Folder");
+    const QString game = drive.host("C:\\Game");
+    ASSERT_TRUE(QFile::link(game + "/real.pod", game + "/linked.pod"));
+    ASSERT_TRUE(QFile::link(game + "/Folder", game + "/LinkedFolder"));
+    ASSERT_TRUE(QFile::link(game + "/nothing.pod", game + "/dangling.pod"));
+    QFile foreign(game + QStringLiteral("/\u65E5\u672C.pod"));
+    ASSERT_TRUE(foreign.open(QIODevice::WriteOnly));
+    foreign.close();
+    auto& files = drive.files();
+    // A link counts as what it names (a dangling one as nothing); a name outside the code page is
+    // left out, one inside it comes back in the game's bytes.
+    EXPECT_EQ(files.search("C:\\Game\\*.pod", SearchFilter::NormalFiles),
+              (std::vector<std::string>{"caf\xE9.pod", "linked.pod", "real.pod"}));
+    EXPECT_EQ(files.search("C:\\Game\\*", SearchFilter::Folders),
+              (std::vector<std::string>{".", "..", "Folder", "LinkedFolder"}));
+}
+#endif
+
 TEST(FileServices, drivesRootsYieldNoDotEntries) {
     TempDrive drive;
     drive.makeFolder("C:\\Game");
