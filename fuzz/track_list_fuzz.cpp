@@ -18,7 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (entry.caption.find("\t<") == std::string::npos || entry.caption.back() != '>')
             std::abort();
     }
-    if (const auto list = korvel::trackListFromReply(text); list && list->size() + 6 != text.size())
+    // A reply's list is the text after its six-character mark, less the line breaks around it.
+    if (const auto list = korvel::trackListFromReply(text);
+        list && (list->size() + 6 > text.size() || text.substr(6).find(*list) == std::string_view::npos ||
+                 (!list->empty() && (list->back() == '\n' || list->back() == '\r'))))
         std::abort();
     return 0;
 }

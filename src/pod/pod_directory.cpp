@@ -175,7 +175,9 @@ struct PodReader {
         entries.m_rows.reserve(static_cast<size_t>(count));
         // The table is read straight into the name buffer, its NUL bytes left between the names.
         std::string& names = entries.m_names;
-        names.reserve(size_t(std::min(length, count * (kMaxPodNameLength + 1)))); // address space until used
+        // Room for the first piece only: a table grows the buffer as its bytes really arrive, never
+        // by what the header claims.
+        names.reserve(size_t(std::min({length, count * (kMaxPodNameLength + 1), kNameChunk})));
         size_t nameStart = 0;
         const auto addName = [&](size_t end) {
             entries.m_rows.push_back(
