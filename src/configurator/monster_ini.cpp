@@ -113,26 +113,39 @@ Result<std::string> applyMonsterSettings(std::string_view original, const Monste
     return text;
 }
 
-Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder) {
+Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder,
+                                       LoadedFileStamp* loaded) {
     const std::string path = monsterIniPath(gameFolder);
     Result<std::string> text = files.readAll(path);
     if (!text)
         return text.failure();
+    if (loaded)
+        *loaded = files.stampFor(path, *text);
     Result<MonsterSettings> settings = parseMonsterIni(*text);
     if (!settings)
         return inFile(settings.failure(), path);
     return settings;
 }
 
-Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings) {
+Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings,
+                      const LoadedFileStamp* loaded, LoadedFileStamp* written) {
     const std::string path = monsterIniPath(gameFolder);
+    Result<FileLock> lock = files.lockForChange(path);
+    if (!lock)
+        return lock.failure();
     Result<std::string> text = files.readAll(path);
     if (!text)
         return text.failure();
     Result<std::string> changed = applyMonsterSettings(*text, settings);
     if (!changed)
         return inFile(changed.failure(), path, QStringLiteral("The file was left unchanged."));
-    return files.writeAll(path, *changed);
+    // The check of `loaded` runs under the lock taken above, which the write holds as well.
+    Result<LoadedFileStamp> saved = files.writeChecked(path, *changed, loaded);
+    if (!saved)
+        return saved.failure();
+    if (written)
+        *written = *saved;
+    return {};
 }
 
 std::string customLanguagePath(std::string_view chosenPath, std::string_view gameFolder) {

@@ -2,11 +2,14 @@
 
 #include "configurator/monster_ini.h"
 #include "configurator/player_profile.h"
+#include "platform/dialogs.h"
 #include "platform/result.h"
 
 #include <QWidget>
 
 #include <array>
+#include <optional>
+#include <string>
 
 class QCheckBox;
 class QGroupBox;
@@ -90,12 +93,16 @@ private:
     void showSelectedDriver();
     void fillDriverList();
     bool report(const Failure& failure);
+    // A save found `file` changed by another program: Yes reads it again, No saves over it.
+    MessageAnswer askAboutChangedFile(const std::string& file);
 
     const Session& m_session;
     SettingsStore& m_store;
     Services& m_services;
     bool m_opened = false;
     DriverList m_drivers;
+    // What monster.ini held when the controls were loaded from it or saved to it.
+    std::optional<LoadedFileStamp> m_monsterStamp;
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;

@@ -8,10 +8,12 @@
 #include <memory>
 
 class QAction;
+class QFileSystemWatcher;
 class QLabel;
 class QMenu;
 class QProgressBar;
 class QResizeEvent;
+class QTimer;
 class QTreeView;
 
 namespace korvel {
@@ -59,6 +61,11 @@ public:
     // answers; false (the window stays open) on Cancel or a failed save, which has been shown.
     bool settleUnsavedList();
 
+    // POD.INI changed on disk (the pane watches it from loadGameLists on): without unsaved changes
+    // the lists are read again; with some, the user chooses between reading it again and saving the
+    // list over it. Nothing happens when the file still holds what the list was loaded from.
+    void checkPodIniOnDisk();
+
     // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
     // row of the window's own buttons).
     static constexpr int kListsBottom = 5520;
@@ -90,6 +97,13 @@ private:
     void showCounter(const QString& text, int bar);
     void dropFiles(const QStringList& hostPaths, int row);
 
+    // POD.INI holds a change the list has not seen, and the list has changes of its own: the user
+    // reads the file again (Yes) or saves the list over it (No). Cancel answers `unresolved`.
+    Status resolveChangedPodIni(const Status& unresolved);
+    // Shows a failure, except the refusal to write over a change (the user has just answered it).
+    void showFailure(const Status& status);
+    void watchPodIni();
+
     void barPressed();
     void barDragged(int pointerY);
     void barReleased(bool rightButton);
@@ -108,6 +122,9 @@ private:
     QMenu* m_unmountedMenu = nullptr;
     int m_splitterTop = 3070;
     std::unique_ptr<ui::Anchors> m_anchors;
+    QFileSystemWatcher* m_podIniWatcher = nullptr;
+    QTimer* m_podIniSettle = nullptr;
+    bool m_askingAboutPodIni = false;
 };
 
 } // namespace korvel
