@@ -4,6 +4,8 @@
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 
+#include <optional>
+
 namespace korvel {
 
 namespace {
@@ -130,16 +132,20 @@ Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_vi
 Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings,
                       const LoadedFileStamp* loaded, LoadedFileStamp* written) {
     const std::string path = monsterIniPath(gameFolder);
-    Result<FileLock> lock = files.lockForChange(path);
-    if (!lock)
-        return lock.failure();
+    // Checking `loaded` and writing happen under the lock; without it the lines are written over.
+    std::optional<FileLock> lock;
+    if (loaded) {
+        Result<FileLock> locked = files.lockForChange(path);
+        if (!locked)
+            return locked.failure();
+        lock = std::move(*locked);
+    }
     Result<std::string> text = files.readAll(path);
     if (!text)
         return text.failure();
     Result<std::string> changed = applyMonsterSettings(*text, settings);
     if (!changed)
         return inFile(changed.failure(), path, QStringLiteral("The file was left unchanged."));
-    // The check of `loaded` runs under the lock taken above, which the write holds as well.
     Result<LoadedFileStamp> saved = files.writeChecked(path, *changed, loaded);
     if (!saved)
         return saved.failure();

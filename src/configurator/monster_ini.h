@@ -41,10 +41,10 @@ Result<std::string> applyMonsterSettings(std::string_view text, const MonsterSet
 // Reads the settings from the game's monster.ini; `loaded`, when given, gets the file's stamp.
 Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder,
                                        LoadedFileStamp* loaded = nullptr);
-// Rewrites the game's monster.ini from `settings` (atomically), holding its lock from the read to
-// the rename. With `loaded`, refused (ChangedOnDisk) when the file no longer holds what that stamp
-// describes; `written`, when given, gets the stamp of the new file. A failure leaves the file as
-// it was.
+// Rewrites the game's monster.ini from `settings` (atomically). With `loaded`, refused
+// (ChangedOnDisk) when the file no longer holds what that stamp describes, checked under the
+// file's lock, held from the read to the rename; `written`, when given, gets the stamp of the new
+// file. A failure leaves the file as it was.
 Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings,
                       const LoadedFileStamp* loaded = nullptr, LoadedFileStamp* written = nullptr);
 

@@ -213,10 +213,12 @@ Result<LoadedFileStamp> FileServices::currentStamp(const std::string& path, qint
 
 Result<LoadedFileStamp> FileServices::writeChecked(const std::string& path, const std::string& bytes,
                                                    const LoadedFileStamp* loaded) const {
-    Result<FileLock> lock = lockForChange(path);
-    if (!lock)
-        return lock.failure();
+    std::optional<FileLock> lock;
     if (loaded) {
+        Result<FileLock> locked = lockForChange(path);
+        if (!locked)
+            return locked.failure();
+        lock = std::move(*locked);
         Result<LoadedFileStamp> now = currentStamp(path);
         if (!now)
             return now.failure();

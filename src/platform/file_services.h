@@ -58,10 +58,11 @@ public:
     // The stamp of the file as it is now; a missing file has a stamp too. A failure when it exists
     // but cannot be read.
     Result<LoadedFileStamp> currentStamp(const std::string& path, qint64 limit = qint64(256) << 20) const;
-    // Saves `bytes` as writeAll does, holding the file's lock from the check to the rename. With
-    // `loaded`, the file must still hold what that stamp describes: otherwise nothing is written and
-    // the failure (FailureKind::ChangedOnDisk) says that another program changed it. Without it the
-    // file is written over whatever it holds. Answers the stamp of what was written.
+    // Saves `bytes` as writeAll does. With `loaded`, the file must still hold what that stamp
+    // describes, checked under the file's lock, which is held through the rename: otherwise nothing
+    // is written and the failure (FailureKind::ChangedOnDisk) says that another program changed it.
+    // Without it the file is written over whatever it holds, as writeAll does. Answers the stamp of
+    // what was written.
     Result<LoadedFileStamp> writeChecked(const std::string& path, const std::string& bytes,
                                          const LoadedFileStamp* loaded) const;
 
