@@ -31,7 +31,9 @@ inline Failure readError(QString message) { return {FailureKind::ReadError, std:
 inline Failure unexpectedError(QString message) { return {FailureKind::UnexpectedError, std::move(message)}; }
 inline Failure writeError(QString message) { return {FailureKind::WriteError, std::move(message)}; }
 inline Failure refused(QString message) { return {FailureKind::Refused, std::move(message)}; }
-inline Failure changedOnDisk(QString message) { return {FailureKind::ChangedOnDisk, std::move(message)}; }
+inline Failure changedOnDisk(QString message) {
+    return {FailureKind::ChangedOnDisk, std::move(message)};
+}
 
 // A value or the failure that prevented it.
 template <typename T> class Result {

@@ -73,7 +73,8 @@ TEST(MonsterIniChange, aSaveWithTheLoadedStampRefusesAnUnseenChangeAndCarriesIts
     ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok());
     settings->horn = true;
     ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok()); // its own change
-    EXPECT_EQ(drive.read(kIni), "[Game]\r\nshowHiddenTrack=666\r\nkookyHornFlag=1\r\ngLocalizationFile=UI\\MTM2.loc\r\n");
+    EXPECT_EQ(drive.read(kIni),
+              "[Game]\r\nshowHiddenTrack=666\r\nkookyHornFlag=1\r\ngLocalizationFile=UI\\MTM2.loc\r\n");
 
     const std::string theirs = "[Game]\r\nshowHiddenTrack=666\r\nkookyHornFlag=0\r\ngLocalizationFile=UI\\MTM2.loc\r\n";
     drive.write(kIni, theirs);
@@ -85,6 +86,7 @@ TEST(MonsterIniChange, aSaveWithTheLoadedStampRefusesAnUnseenChangeAndCarriesIts
     EXPECT_EQ(drive.read(kIni), theirs);
     // Without a stamp (the user chose to overwrite) the three lines are written as before.
     ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, nullptr, &stamp).ok());
-    EXPECT_EQ(drive.read(kIni), "[Game]\r\nshowHiddenTrack=666\r\nkookyHornFlag=1\r\ngLocalizationFile=UI\\MTM2-fun.loc\r\n");
+    EXPECT_EQ(drive.read(kIni),
+              "[Game]\r\nshowHiddenTrack=666\r\nkookyHornFlag=1\r\ngLocalizationFile=UI\\MTM2-fun.loc\r\n");
     EXPECT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok());
 }

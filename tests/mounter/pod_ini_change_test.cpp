@@ -27,11 +27,23 @@ protected:
 
 TEST_F(PodIniChange, aSaveNeverWritesOverAChangeItHasNotSeenUnlessToldTo) {
     const std::vector<BehindTheBack> rows = {
-        {"another mount", [this] { writeIni({"A.POD", "B.POD", "C.POD"}); }, true},
+        {"another mount",
+         [this] {
+             writeIni({"A.POD", "B.POD", "C.POD"});
+         },
+         true},
         // Same size, written within the same instant: only the bytes tell.
-        {"same size, other bytes", [this] { writeIni({"A.POD", "C.POD"}); }, true},
+        {"same size, other bytes",
+         [this] {
+             writeIni({"A.POD", "C.POD"});
+         },
+         true},
         {"removed", [this] { drive.remove(kIni); }, true},
-        {"rewritten with the same bytes", [this] { writeIni({"A.POD", "B.POD"}); }, false},
+        {"rewritten with the same bytes",
+         [this] {
+             writeIni({"A.POD", "B.POD"});
+         },
+         false},
         {"only its time changed", [this] { touch(); }, false},
     };
     for (const BehindTheBack& row : rows) {

@@ -226,7 +226,6 @@ TEST_F(MounterPaneTest, listModelsPassTheModelTesterThroughEveryOperation) {
     EXPECT_EQ(unmountedModel.rowCount(), 6);
 }
 
-
 // Another program (korvel-cli, a second window) rewrites POD.INI while the window is open.
 TEST_F(MounterPaneTest, podIniChangedBehindTheWindowsBackIsReadAgainOrAskedAboutAndNeverSavedOverUnseen) {
     startGame(false);
