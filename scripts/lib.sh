@@ -5,7 +5,7 @@ set -euo pipefail
 KORVEL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 KORVEL_BUILD=${KORVEL_BUILD:-$KORVEL_ROOT/build}
 
-korvel_packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
+korvel_packages=(cmake ninja-build g++ pkg-config clang-format qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
                  libbenchmark-dev xvfb xauth)
 
 korvel_install_deps() {

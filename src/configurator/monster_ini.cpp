@@ -4,6 +4,8 @@
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 
+#include <optional>
+
 namespace korvel {
 
 namespace {
@@ -113,26 +115,43 @@ Result<std::string> applyMonsterSettings(std::string_view original, const Monste
     return text;
 }
 
-Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder) {
+Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder,
+                                       LoadedFileStamp* loaded) {
     const std::string path = monsterIniPath(gameFolder);
     Result<std::string> text = files.readAll(path);
     if (!text)
         return text.failure();
+    if (loaded)
+        *loaded = files.stampFor(path, *text);
     Result<MonsterSettings> settings = parseMonsterIni(*text);
     if (!settings)
         return inFile(settings.failure(), path);
     return settings;
 }
 
-Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings) {
+Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings,
+                      const LoadedFileStamp* loaded, LoadedFileStamp* written) {
     const std::string path = monsterIniPath(gameFolder);
+    // Checking `loaded` and writing happen under the lock; without it the lines are written over.
+    std::optional<FileLock> lock;
+    if (loaded) {
+        Result<FileLock> locked = files.lockForChange(path);
+        if (!locked)
+            return locked.failure();
+        lock = std::move(*locked);
+    }
     Result<std::string> text = files.readAll(path);
     if (!text)
         return text.failure();
     Result<std::string> changed = applyMonsterSettings(*text, settings);
     if (!changed)
         return inFile(changed.failure(), path, QStringLiteral("The file was left unchanged."));
-    return files.writeAll(path, *changed);
+    Result<LoadedFileStamp> saved = files.writeChecked(path, *changed, loaded);
+    if (!saved)
+        return saved.failure();
+    if (written)
+        *written = *saved;
+    return {};
 }
 
 std::string customLanguagePath(std::string_view chosenPath, std::string_view gameFolder) {

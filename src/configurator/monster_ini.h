@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/loaded_file_stamp.h"
 #include "platform/result.h"
 
 #include <string>
@@ -37,10 +38,15 @@ Result<MonsterSettings> parseMonsterIni(std::string_view text);
 // line is replaced wherever its exact old text occurs.
 Result<std::string> applyMonsterSettings(std::string_view text, const MonsterSettings& settings);
 
-// Reads the settings from the game's monster.ini.
-Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder);
-// Rewrites the game's monster.ini from `settings` (atomically). A failure leaves the file as it was.
-Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings);
+// Reads the settings from the game's monster.ini; `loaded`, when given, gets the file's stamp.
+Result<MonsterSettings> LoadMonsterIni(const FileServices& files, std::string_view gameFolder,
+                                       LoadedFileStamp* loaded = nullptr);
+// Rewrites the game's monster.ini from `settings` (atomically). With `loaded`, refused
+// (ChangedOnDisk) when the file no longer holds what that stamp describes, checked under the
+// file's lock, held from the read to the rename; `written`, when given, gets the stamp of the new
+// file. A failure leaves the file as it was.
+Status SaveMonsterIni(const FileServices& files, std::string_view gameFolder, const MonsterSettings& settings,
+                      const LoadedFileStamp* loaded = nullptr, LoadedFileStamp* written = nullptr);
 
 // A chosen custom language file as the game should read it: every occurrence of the game folder
 // + "\" removed, so a file inside the folder becomes relative to it.

@@ -124,6 +124,7 @@ DriverLoad LoadDrivers(const FileServices& files, std::string_view gameFolder) {
         return load;
     }
     DriverLoad load = parsePlayerProfile(*text);
+    load.list.loadedFrom = files.stampFor(path, *text);
     if (load.failure)
         load.failure->message = QStringLiteral("%1\n\n%2").arg(fromGameText(path), load.failure->message);
     return load;
@@ -170,8 +171,11 @@ Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameF
                                       "removed ones back, then remove other drivers, or fewer.")
                            .arg(fromGameText(path)));
     }
-    if (Status written = files.writeAll(path, text); !written) {
+    if (Result<LoadedFileStamp> written = files.writeChecked(path, text, list.loadedFrom ? &*list.loadedFrom : nullptr);
+        !written) {
         Failure failure = written.failure();
+        if (failure.kind == FailureKind::ChangedOnDisk)
+            return failure;
         failure.message += QStringLiteral("\n\nCheck that player.pro is not read-only and that the game is not "
                                           "running, then save again.");
         return failure;

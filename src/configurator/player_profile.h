@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/loaded_file_stamp.h"
 #include "platform/result.h"
 
 #include <optional>
@@ -33,6 +34,9 @@ struct DriverRecords {
     };
     State state = State::Unread;
     std::vector<DriverEntry> entries;
+    // What player.pro held when LoadDrivers read these entries: SaveDrivers writes only over that.
+    // A list made otherwise has none and is written over whatever the file holds.
+    std::optional<LoadedFileStamp> loadedFrom;
 
     int count() const { return static_cast<int>(entries.size()); }
 };
@@ -64,8 +68,9 @@ int RemoveSelectedDriver(DriverRecords& list, std::vector<bool> selected);
 // Writes the list to the game's player.pro (atomically) and reads it back. Refused unless the list
 // was read completely from the file, so a save never drops drivers the program could not read, and
 // refused when the text would not read back as the same records (a record without data lines
-// that would follow one whose last line no longer ends in ".TRK"). Every refusal and failure says
-// why and what the user can do about it.
+// that would follow one whose last line no longer ends in ".TRK"), and refused (ChangedOnDisk) when
+// the file no longer holds what the list was loaded from. Every refusal and failure says why and
+// what the user can do about it.
 Result<DriverLoad> SaveDrivers(const FileServices& files, std::string_view gameFolder, const DriverRecords& list);
 
 } // namespace korvel

@@ -44,6 +44,7 @@ Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
         present ? m_services.files.readAll(ini, kPodIniLimit) : Result<std::string>(std::string());
     std::vector<MountedEntry> rows;
     if (text.ok()) {
+        m_loadedStamp = present ? m_services.files.stampFor(ini, *text) : LoadedFileStamp::missing();
         rows = mountedEntriesFor(m_services.files, m_session.location, m_session.shortGameFolder, podIniEntries(*text));
     }
     m_mounted.assign(std::move(rows));
@@ -70,13 +71,21 @@ std::string Mounter::canonicalText() const {
     return podIniText(paths);
 }
 
-Status Mounter::SaveMountedList() {
-    Status status = m_services.files.writeAll(m_session.locationIni, canonicalText());
-    if (status.ok())
-        m_modified = false;
-    else
-        qCInfo(lcMounter) << "POD.INI not saved:" << status.failure().message;
-    return status;
+Status Mounter::SaveMountedList(SaveMode mode) {
+    Result<LoadedFileStamp> written = m_services.files.writeChecked(
+        m_session.locationIni, canonicalText(), mode == SaveMode::Overwrite ? nullptr : &m_loadedStamp);
+    if (!written) {
+        qCInfo(lcMounter) << "POD.INI not saved:" << written.failure().message;
+        return written.failure();
+    }
+    m_loadedStamp = *written;
+    m_modified = false;
+    return {};
+}
+
+bool Mounter::changedOnDisk() const {
+    const Result<LoadedFileStamp> now = m_services.files.currentStamp(m_session.locationIni, kPodIniLimit);
+    return !now || !now->sameContent(m_loadedStamp);
 }
 
 void Mounter::showCounter() {

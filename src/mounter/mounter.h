@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mounted_list.h"
+#include "platform/loaded_file_stamp.h"
 #include "platform/result.h"
 #include "platform/services.h"
 #include "startup/session.h"
@@ -76,8 +77,17 @@ public:
     // canonical text, and a failure to do so is not reported (a read-only POD.INI still loads
     // quietly); SaveMountedList reports its failures. The first row is to be selected.
     Outcome LoadMountedList(LoadMode mode = LoadMode::Rewrite);
-    // Writes POD.INI from the mounted list (count line, then one stored path per line).
-    Status SaveMountedList();
+    // How a save treats a POD.INI that another program changed after the list was loaded.
+    enum class SaveMode {
+        KeepUnseenChanges, // refused (FailureKind::ChangedOnDisk); nothing is written
+        Overwrite,         // the user chose to write the list over that change
+    };
+    // Writes POD.INI from the mounted list (count line, then one stored path per line), holding
+    // the file's lock from the check of what it holds to the rename.
+    Status SaveMountedList(SaveMode mode = SaveMode::KeepUnseenChanges);
+    // Whether POD.INI now holds something else than what the list was last loaded from or saved
+    // to; a file that cannot be read counts as changed.
+    bool changedOnDisk() const;
     // Counter text and bar; saves when autosave on change is on.
     Status UpdateMountCounter();
     // Fills the unmounted list afresh; its first row is to be selected.
@@ -154,6 +164,8 @@ private:
     QString m_counterText;
     int m_counterBar = 0;
     bool m_modified = false;
+    // What POD.INI held when the list was last loaded or saved.
+    LoadedFileStamp m_loadedStamp;
     std::optional<std::vector<std::string>> m_extraDirsOverride;
 };
 

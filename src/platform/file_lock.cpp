@@ -4,9 +4,11 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QLockFile>
 
 #include <algorithm>
+#include <map>
 #include <thread>
 
 namespace korvel {
@@ -17,11 +19,22 @@ namespace {
 // checked (another machine sharing the folder). Every locked operation is far shorter.
 constexpr int kStaleAfterMs = 30000;
 
+// The locks this thread holds, by the lock file's absolute path.
+std::map<QString, std::weak_ptr<QLockFile>>& heldLocks() {
+    thread_local std::map<QString, std::weak_ptr<QLockFile>> held;
+    return held;
+}
+
 } // namespace
 
 Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::milliseconds wait) {
     const QString lockPath = hostPath + QStringLiteral(".lock");
-    auto lock = std::make_unique<QLockFile>(lockPath);
+    const QString key = QFileInfo(lockPath).absoluteFilePath();
+    auto& held = heldLocks();
+    std::erase_if(held, [](const auto& entry) { return entry.second.expired(); });
+    if (const auto found = held.find(key); found != held.end())
+        return FileLock(found->second.lock());
+    auto lock = std::make_shared<QLockFile>(lockPath);
     lock->setStaleLockTime(kStaleAfterMs);
     // Short pauses first: the holder of a game file's lock lets go within milliseconds, and
     // QLockFile's own wait never sleeps less than a tenth of a second.
@@ -34,8 +47,10 @@ Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::millise
         std::this_thread::sleep_for(pause);
         pause = std::min(pause * 2, std::chrono::milliseconds(100));
     }
-    if (lock->isLocked())
+    if (lock->isLocked()) {
+        held[key] = lock;
         return FileLock(std::move(lock));
+    }
 
     const QString file = QDir::toNativeSeparators(hostPath);
     QString message;
@@ -60,7 +75,7 @@ Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::millise
     return writeError(message);
 }
 
-FileLock::FileLock(std::unique_ptr<QLockFile> lock) : m_lock(std::move(lock)) {}
+FileLock::FileLock(std::shared_ptr<QLockFile> lock) : m_lock(std::move(lock)) {}
 FileLock::FileLock(FileLock&& other) noexcept = default;
 FileLock& FileLock::operator=(FileLock&& other) noexcept = default;
 FileLock::~FileLock() = default;

@@ -15,6 +15,10 @@ namespace korvel {
 // time, so two programs changing the file one after the other never lose each other's change. Take
 // it before reading the file and keep it until the new content is saved. A lock left behind by a
 // process that was killed is taken over (and its file removed) by the next one who asks.
+//
+// Within one thread the lock is shared: asking again for a lock the thread already holds answers
+// at once, and the lock file goes when the last of its holders does. So a save that locks its file
+// runs unchanged inside a command that holds the same lock from its read.
 class FileLock {
 public:
     // Waits up to `wait` for the lock of `hostPath`. The failure names the file and says whether
@@ -28,9 +32,9 @@ public:
     static constexpr std::chrono::milliseconds kDefaultWait{10000};
 
 private:
-    explicit FileLock(std::unique_ptr<QLockFile> lock);
+    explicit FileLock(std::shared_ptr<QLockFile> lock);
 
-    std::unique_ptr<QLockFile> m_lock;
+    std::shared_ptr<QLockFile> m_lock;
 };
 
 } // namespace korvel

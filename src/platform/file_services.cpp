@@ -248,6 +248,43 @@ Result<FileLock> FileServices::lockForChange(const std::string& path) const {
     return FileLock::acquire(host);
 }
 
+LoadedFileStamp FileServices::stampFor(const std::string& path, std::string_view bytes) const {
+    return LoadedFileStamp::of(bytes, QFileInfo(m_paths.toHost(path)).lastModified());
+}
+
+Result<LoadedFileStamp> FileServices::currentStamp(const std::string& path, qint64 limit) const {
+    const QString host = m_paths.toHost(path);
+    if (!host.isEmpty() && !QFileInfo::exists(host) && !QFileInfo(host).isSymLink())
+        return LoadedFileStamp::missing();
+    Result<std::string> bytes = readAll(path, limit);
+    if (!bytes)
+        return bytes.failure();
+    return stampFor(path, *bytes);
+}
+
+Result<LoadedFileStamp> FileServices::writeChecked(const std::string& path, const std::string& bytes,
+                                                   const LoadedFileStamp* loaded) const {
+    std::optional<FileLock> lock;
+    if (loaded) {
+        Result<FileLock> locked = lockForChange(path);
+        if (!locked)
+            return locked.failure();
+        lock = std::move(*locked);
+        Result<LoadedFileStamp> now = currentStamp(path);
+        if (!now)
+            return now.failure();
+        if (!now->sameContent(*loaded)) {
+            qCInfo(lcPlatform) << "save refused, changed on disk:" << m_paths.toHost(path);
+            return changedOnDisk(QStringLiteral("%1 was changed by another program after Korvel read it. Nothing was "
+                                                "saved, so that change is not lost.")
+                                     .arg(fromGameText(path)));
+        }
+    }
+    if (Status written = writeAll(path, bytes); !written)
+        return written.failure();
+    return stampFor(path, bytes);
+}
+
 int removeStaleTemporaries(const QString& hostPath) {
     const QFileInfo target(hostPath);
     const QString prefix = target.fileName() + QLatin1Char('.');

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "file_lock.h"
+#include "loaded_file_stamp.h"
 #include "path_map.h"
 #include "result.h"
 
@@ -51,6 +52,19 @@ public:
     Status writeAll(const std::string& path, const std::string& bytes) const;
     // The lock of a read-modify-write of the file (see FileLock): take it before reading.
     Result<FileLock> lockForChange(const std::string& path) const;
+
+    // The stamp of `bytes` just read from the file (its time taken from the file now).
+    LoadedFileStamp stampFor(const std::string& path, std::string_view bytes) const;
+    // The stamp of the file as it is now; a missing file has a stamp too. A failure when it exists
+    // but cannot be read.
+    Result<LoadedFileStamp> currentStamp(const std::string& path, qint64 limit = qint64(256) << 20) const;
+    // Saves `bytes` as writeAll does. With `loaded`, the file must still hold what that stamp
+    // describes, checked under the file's lock, which is held through the rename: otherwise nothing
+    // is written and the failure (FailureKind::ChangedOnDisk) says that another program changed it.
+    // Without it the file is written over whatever it holds, as writeAll does. Answers the stamp of
+    // what was written.
+    Result<LoadedFileStamp> writeChecked(const std::string& path, const std::string& bytes,
+                                         const LoadedFileStamp* loaded) const;
 
     // Single-level make-directory; fails when the folder exists or its parent does not.
     Status makeDirectory(const std::string& path) const;

@@ -14,6 +14,8 @@ QString Failure::title() const {
         return QStringLiteral("Write Error");
     case FailureKind::Refused:
         return QStringLiteral("Information");
+    case FailureKind::ChangedOnDisk:
+        return QStringLiteral("File Changed");
     }
     return QStringLiteral("Unexpected Error");
 }

@@ -16,6 +16,8 @@ enum class FailureKind {
     FatalError,      // "Fatal Error", critical icon
     WriteError,      // a file could not be saved; the old content is intact
     Refused,         // the input was refused (bad argument, missing entry...)
+    ChangedOnDisk,   // a save found the file changed by another program since it was read; nothing
+                     // was written
 };
 
 struct Failure {
@@ -29,6 +31,9 @@ inline Failure readError(QString message) { return {FailureKind::ReadError, std:
 inline Failure unexpectedError(QString message) { return {FailureKind::UnexpectedError, std::move(message)}; }
 inline Failure writeError(QString message) { return {FailureKind::WriteError, std::move(message)}; }
 inline Failure refused(QString message) { return {FailureKind::Refused, std::move(message)}; }
+inline Failure changedOnDisk(QString message) {
+    return {FailureKind::ChangedOnDisk, std::move(message)};
+}
 
 // A value or the failure that prevented it.
 template <typename T> class Result {

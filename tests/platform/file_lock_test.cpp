@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <thread>
+
 using namespace korvel;
 using namespace korvel::testing;
 
@@ -17,17 +20,42 @@ TEST(FileLock, isHeldByOneHolderAtATimeAndTellsTheSecondWhy) {
     {
         Result<FileLock> first = FileLock::acquire(file);
         ASSERT_TRUE(first.ok()) << first.failure().message.toStdString();
-        QElapsedTimer clock;
-        clock.start();
-        const Result<FileLock> second = FileLock::acquire(file, std::chrono::milliseconds(300));
-        ASSERT_FALSE(second.ok());
-        EXPECT_GE(clock.elapsed(), 290); // it waited for the holder before giving up
-        EXPECT_TRUE(second.failure().message.contains(QDir::toNativeSeparators(file)));
-        EXPECT_TRUE(second.failure().message.contains("another program"));
+        // The second holder is another thread: within one thread the lock is shared.
+        std::optional<Failure> refusal;
+        qint64 waited = 0;
+        std::thread([&] {
+            QElapsedTimer clock;
+            clock.start();
+            const Result<FileLock> second = FileLock::acquire(file, std::chrono::milliseconds(300));
+            waited = clock.elapsed();
+            if (!second)
+                refusal = second.failure();
+        }).join();
+        ASSERT_TRUE(refusal.has_value());
+        EXPECT_GE(waited, 290); // it waited for the holder before giving up
+        EXPECT_TRUE(refusal->message.contains(QDir::toNativeSeparators(file)));
+        EXPECT_TRUE(refusal->message.contains("another program"));
         EXPECT_TRUE(QFile::exists(file + ".lock"));
     }
     EXPECT_FALSE(QFile::exists(file + ".lock")); // released with its holder
     EXPECT_TRUE(FileLock::acquire(file, std::chrono::milliseconds(0)).ok());
+}
+
+TEST(FileLock, isSharedWithinAThreadAndReleasedWithItsLastHolder) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("monster.ini");
+    std::optional<Result<FileLock>> outer = FileLock::acquire(file);
+    ASSERT_TRUE(outer->ok());
+    {
+        const Result<FileLock> inner = FileLock::acquire(file, std::chrono::milliseconds(0));
+        ASSERT_TRUE(inner.ok()); // a save inside a command that holds the lock
+    }
+    EXPECT_TRUE(QFile::exists(file + ".lock")); // the inner holder's end leaves the outer one's lock
+    bool otherThreadGotIt = true;
+    std::thread([&] { otherThreadGotIt = FileLock::acquire(file, std::chrono::milliseconds(50)).ok(); }).join();
+    EXPECT_FALSE(otherThreadGotIt);
+    outer.reset();
+    EXPECT_FALSE(QFile::exists(file + ".lock"));
 }
 
 TEST(FileLock, takesOverTheLockOfAProcessThatWasKilled) {

@@ -149,8 +149,9 @@ TEST(ConfiguratorPaneDrivers, aPlayerProThatCannotBeSavedSaysWhyAndWhatToDoUnder
          "Put back a good copy"},
         {"notADriverFile", "100\r\n" + korvel::testing::samplePlayerPro().substr(5), false, "Information",
          korvel::MessageIcon::Information, "not read as a driver file", "Start the game once"},
+        // A full disk fails the save, or already the lock file the save takes first.
         {"unwritable", korvel::testing::samplePlayerPro(), true, "Write Error", korvel::MessageIcon::Critical,
-         "Could not save", "not read-only"},
+         "Could not", "not read-only"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

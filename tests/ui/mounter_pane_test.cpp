@@ -12,6 +12,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -223,6 +224,70 @@ TEST_F(MounterPaneTest, listModelsPassTheModelTesterThroughEveryOperation) {
     core().UnmountAll();
     EXPECT_EQ(mountedModel.rowCount(), 0);
     EXPECT_EQ(unmountedModel.rowCount(), 6);
+}
+
+// Another program (korvel-cli, a second window) rewrites POD.INI while the window is open.
+TEST_F(MounterPaneTest, podIniChangedBehindTheWindowsBackIsReadAgainOrAskedAboutAndNeverSavedOverUnseen) {
+    startGame(false);
+    ScriptedDialogs& dialogs = rig.drive.dialogs();
+    const std::string ini = "C:\\Games\\MTM2\\POD.INI";
+    const auto changedBehindTheBack = [&](const std::vector<std::string>& entries) {
+        rig.drive.write(ini, iniText(entries));
+    };
+    const auto waitFor = [](const std::function<bool()>& done) { return QTest::qWaitFor(done, 5000); };
+
+    // No unsaved change: read again without a word.
+    changedBehindTheBack({"A.POD", "Z.POD"});
+    ASSERT_TRUE(waitFor([&] { return core().mounted().size() == 2; }));
+    EXPECT_EQ(texts(core().mounted()), (std::vector<std::string>{"A.POD", "Z.POD"}));
+    EXPECT_EQ(unmountedRow("Z.POD"), -1);
+    EXPECT_TRUE(dialogs.messages().empty());
+    EXPECT_EQ(rig.podIni(), iniText({"A.POD", "Z.POD"}));
+
+    // An unsaved change: the question names the file; Yes reads it again, dropping the change.
+    select(mounted, {0});
+    QTest::keyClick(mounted, Qt::Key_B, Qt::ControlModifier);
+    ASSERT_TRUE(rig.pane().mountedListChanged());
+    dialogs.answer(MessageAnswer::Yes);
+    changedBehindTheBack({"B.POD", "A.POD", "Z.POD"});
+    ASSERT_TRUE(waitFor([&] { return dialogs.messages().size() == 1; }));
+    EXPECT_EQ(dialogs.lastMessage().title, "POD.INI Changed");
+    EXPECT_EQ(dialogs.lastMessage().buttons, MessageButtons::YesNoCancel);
+    EXPECT_TRUE(dialogs.lastMessage().text.contains(QStringLiteral("C:\\Games\\MTM2\\POD.INI")));
+    EXPECT_EQ(texts(core().mounted()), (std::vector<std::string>{"B.POD", "A.POD", "Z.POD"}));
+    EXPECT_FALSE(rig.pane().mountedListChanged());
+    EXPECT_EQ(rig.podIni(), iniText({"B.POD", "A.POD", "Z.POD"}));
+
+    // No writes this window's list over the other program's.
+    select(mounted, {0});
+    QTest::keyClick(mounted, Qt::Key_B, Qt::ControlModifier);
+    dialogs.answer(MessageAnswer::No);
+    changedBehindTheBack({"C.POD"});
+    ASSERT_TRUE(waitFor([&] { return dialogs.messages().size() == 2; }));
+    ASSERT_TRUE(waitFor([&] { return rig.podIni() == iniText({"A.POD", "Z.POD", "B.POD"}); }));
+    EXPECT_FALSE(rig.pane().mountedListChanged());
+
+    // Cancel leaves both; the next save asks again instead of writing over the change unseen.
+    select(mounted, {0});
+    QTest::keyClick(mounted, Qt::Key_B, Qt::ControlModifier);
+    dialogs.answer(MessageAnswer::Cancel);
+    changedBehindTheBack({"D.POD"});
+    ASSERT_TRUE(waitFor([&] { return dialogs.messages().size() == 3; }));
+    QTest::qWait(300); // no second question for the same change
+    EXPECT_EQ(dialogs.messages().size(), 3u);
+    dialogs.answer(MessageAnswer::Cancel);
+    clickButton("cmdContinue");
+    ASSERT_EQ(dialogs.messages().size(), 5u); // the question, then why nothing was saved
+    EXPECT_EQ(dialogs.messages()[3].title, "POD.INI Changed");
+    EXPECT_EQ(dialogs.lastMessage().title, "File Changed");
+    EXPECT_EQ(rig.podIni(), iniText({"D.POD"}));
+    EXPECT_TRUE(rig.pane().mountedListChanged());
+    // Closing: Yes to saving, then Cancel to the question keeps the window open.
+    dialogs.answer(MessageAnswer::Yes).answer(MessageAnswer::Cancel);
+    EXPECT_FALSE(rig.pane().settleUnsavedList());
+    EXPECT_EQ(dialogs.lastMessage().title, "POD.INI Changed");
+    EXPECT_EQ(rig.podIni(), iniText({"D.POD"}));
+    EXPECT_EQ(dialogs.unscripted(), 0);
 }
 
 } // namespace

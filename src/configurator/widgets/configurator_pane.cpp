@@ -137,11 +137,13 @@ bool ConfiguratorPane::report(const Failure& failure) {
 // monster.ini
 
 bool ConfiguratorPane::LoadMonsterIni() {
-    const Result<MonsterSettings> loaded = korvel::LoadMonsterIni(m_services.files, m_session.location);
+    LoadedFileStamp stamp;
+    const Result<MonsterSettings> loaded = korvel::LoadMonsterIni(m_services.files, m_session.location, &stamp);
     m_monsterEdited = false;
     m_monsterOnDisk.reset();
     if (!loaded)
         return report(loaded.failure());
+    m_monsterStamp = stamp;
     m_monsterOnDisk = *loaded;
     m_hiddenTrackBox->setChecked(loaded->hiddenTrack);
     m_hornSoundsBox->setChecked(loaded->horn);
@@ -167,9 +169,20 @@ MonsterSettings ConfiguratorPane::monsterSettings() const {
 
 bool ConfiguratorPane::SaveMonsterIni() {
     const MonsterSettings settings = monsterSettings();
-    const Status saved = korvel::SaveMonsterIni(m_services.files, m_session.location, settings);
+    LoadedFileStamp written;
+    const LoadedFileStamp* loaded = m_monsterStamp ? &*m_monsterStamp : nullptr;
+    Status saved = korvel::SaveMonsterIni(m_services.files, m_session.location, settings, loaded, &written);
+    if (!saved && saved.failure().kind == FailureKind::ChangedOnDisk) {
+        const MessageAnswer answer = askAboutChangedFile(monsterIniPath(m_session.location));
+        if (answer == MessageAnswer::Yes)
+            return LoadMonsterIni();
+        if (answer != MessageAnswer::No)
+            return false;
+        saved = korvel::SaveMonsterIni(m_services.files, m_session.location, settings, nullptr, &written);
+    }
     if (!saved)
         return report(saved.failure());
+    m_monsterStamp = written;
     m_monsterOnDisk = settings;
     m_monsterEdited = false;
     return true;
@@ -177,6 +190,16 @@ bool ConfiguratorPane::SaveMonsterIni() {
 
 bool ConfiguratorPane::monsterIniChanged() const {
     return m_monsterOnDisk ? monsterSettings() != *m_monsterOnDisk : m_monsterEdited;
+}
+
+MessageAnswer ConfiguratorPane::askAboutChangedFile(const std::string& file) {
+    return m_services.dialogs.message(
+        QStringLiteral("File Changed"),
+        QStringLiteral("%1 was changed by another program after Korvel read it, so saving now would write over that "
+                       "change.\n\nRead the file again and discard the changes made here?\n\nYes: read it again."
+                       "\nNo: save over the other program's change.\nCancel: save nothing now.")
+            .arg(fromGameText(file)),
+        MessageIcon::Question, MessageButtons::YesNoCancel);
 }
 
 void ConfiguratorPane::selectLocalization(int index) {
@@ -251,6 +274,16 @@ int ConfiguratorPane::RemoveSelectedDriver() {
 
 bool ConfiguratorPane::SaveDrivers() {
     Result<DriverLoad> saved = korvel::SaveDrivers(m_services.files, m_session.location, m_drivers);
+    if (!saved && saved.failure().kind == FailureKind::ChangedOnDisk) {
+        const MessageAnswer answer = askAboutChangedFile(playerProfilePath(m_session.location));
+        if (answer == MessageAnswer::Yes)
+            return LoadDrivers();
+        if (answer != MessageAnswer::No)
+            return false;
+        DriverRecords over = m_drivers;
+        over.loadedFrom.reset();
+        saved = korvel::SaveDrivers(m_services.files, m_session.location, over);
+    }
     if (!saved)
         return report(saved.failure());
     // The list shows what the file holds now.

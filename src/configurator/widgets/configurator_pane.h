@@ -2,12 +2,14 @@
 
 #include "configurator/monster_ini.h"
 #include "configurator/player_profile.h"
+#include "platform/dialogs.h"
 #include "platform/result.h"
 
 #include <QWidget>
 
 #include <array>
 #include <optional>
+#include <string>
 
 class QCheckBox;
 class QGroupBox;
@@ -99,6 +101,8 @@ private:
     void showSelectedDriver();
     void fillDriverList();
     bool report(const Failure& failure);
+    // A save found `file` changed by another program: Yes reads it again, No saves over it.
+    MessageAnswer askAboutChangedFile(const std::string& file);
 
     const Session& m_session;
     SettingsStore& m_store;
@@ -110,6 +114,8 @@ private:
     std::optional<MonsterSettings> m_monsterOnDisk;
     bool m_monsterEdited = false;
     bool m_driversRemoved = false;
+    // What monster.ini held when the controls were loaded from it or saved to it.
+    std::optional<LoadedFileStamp> m_monsterStamp;
     QString m_downloadAddress;
 
     QGroupBox* m_settingsFrame = nullptr;

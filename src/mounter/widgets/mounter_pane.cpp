@@ -6,6 +6,7 @@
 #include "mounted_model.h"
 #include "mounter/mounted_archives.h"
 #include "mounter/splitter_bounds.h"
+#include "platform/game_text.h"
 #include "platform/services.h"
 #include "splitter_bar.h"
 #include "startup/session.h"
@@ -15,6 +16,8 @@
 #include "ui/kit/twips.h"
 
 #include <QDrag>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -23,6 +26,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QProgressBar>
+#include <QTimer>
 #include <QTreeView>
 
 #include <algorithm>
@@ -160,6 +164,13 @@ MounterPane::MounterPane(const Session& session, SettingsStore& store, Services&
     m_conflicts = new ConflictTracker(m_services.files, m_session.location, m_mounter.mounted(), this);
     m_conflicts->setParent(this);
     connect(m_conflicts, &ConflictTracker::reportChanged, this, &MounterPane::markConflicts);
+    m_podIniWatcher = new QFileSystemWatcher(this);
+    m_podIniSettle = new QTimer(this);
+    m_podIniSettle->setSingleShot(true);
+    m_podIniSettle->setInterval(100); // one check for the burst of events a save makes
+    connect(m_podIniWatcher, &QFileSystemWatcher::fileChanged, m_podIniSettle, qOverload<>(&QTimer::start));
+    connect(m_podIniWatcher, &QFileSystemWatcher::directoryChanged, m_podIniSettle, qOverload<>(&QTimer::start));
+    connect(m_podIniSettle, &QTimer::timeout, this, &MounterPane::checkPodIniOnDisk);
 
     buildMenus();
     m_anchors = std::make_unique<ui::Anchors>(*this, QSize(kPaneWidth, kPaneHeight));
@@ -288,9 +299,65 @@ void MounterPane::barReleased(bool rightButton) {
 void MounterPane::run(const Mounter::Outcome& outcome) {
     select(m_mountedList, outcome.mounted);
     select(m_unmountedList, outcome.unmounted);
-    if (!outcome.ok())
-        m_services.dialogs.message(outcome.status.failure().title(), outcome.status.failure().message,
-                                   MessageIcon::Critical);
+    if (!outcome.ok() && outcome.status.failure().kind == FailureKind::ChangedOnDisk)
+        showFailure(resolveChangedPodIni(outcome.status));
+    else
+        showFailure(outcome.status);
+}
+
+void MounterPane::showFailure(const Status& status) {
+    if (!status.ok() && status.failure().kind != FailureKind::ChangedOnDisk)
+        m_services.dialogs.message(status.failure().title(), status.failure().message, MessageIcon::Critical);
+}
+
+Status MounterPane::resolveChangedPodIni(const Status& unresolved) {
+    m_askingAboutPodIni = true;
+    const MessageAnswer answer = m_services.dialogs.message(
+        QStringLiteral("POD.INI Changed"),
+        QStringLiteral("%1 was changed by another program after Korvel read it, and the list of mounted PODs has "
+                       "changes that are not saved yet.\n\nRead POD.INI again and discard the changes made here?"
+                       "\n\nYes: read POD.INI again.\nNo: save this list over the other program's change."
+                       "\nCancel: leave both as they are for now.")
+            .arg(fromGameText(m_session.locationIni)),
+        MessageIcon::Question, MessageButtons::YesNoCancel);
+    m_askingAboutPodIni = false;
+    if (answer == MessageAnswer::Yes) {
+        const Mounter::Outcome reloaded = m_mounter.refreshBoth();
+        select(m_mountedList, reloaded.mounted);
+        select(m_unmountedList, reloaded.unmounted);
+        return reloaded.status;
+    }
+    if (answer == MessageAnswer::No)
+        return m_mounter.SaveMountedList(Mounter::SaveMode::Overwrite);
+    return unresolved;
+}
+
+void MounterPane::watchPodIni() {
+    const QString host = m_services.files.hostPath(m_session.locationIni);
+    if (host.isEmpty())
+        return;
+    if (!m_podIniWatcher->files().isEmpty())
+        m_podIniWatcher->removePaths(m_podIniWatcher->files());
+    if (!m_podIniWatcher->directories().isEmpty())
+        m_podIniWatcher->removePaths(m_podIniWatcher->directories());
+    // A missing POD.INI is waited for in its folder, until it is created.
+    m_podIniWatcher->addPath(QFileInfo::exists(host) ? host : QFileInfo(host).absolutePath());
+}
+
+void MounterPane::checkPodIniOnDisk() {
+    const QString host = m_services.files.hostPath(m_session.locationIni);
+    if (!host.isEmpty() && QFileInfo::exists(host) && !m_podIniWatcher->files().contains(host)) {
+        // An atomic replace ends the watch of the old file; a created one needs no folder watch.
+        if (!m_podIniWatcher->directories().isEmpty())
+            m_podIniWatcher->removePaths(m_podIniWatcher->directories());
+        m_podIniWatcher->addPath(host);
+    }
+    if (m_askingAboutPodIni || !m_mounter.changedOnDisk())
+        return;
+    if (!m_mounter.isModified())
+        refreshBoth();
+    else
+        showFailure(resolveChangedPodIni(Status()));
 }
 
 Mounter::Rows MounterPane::selectedRows(const QTreeView* list) {
@@ -361,6 +428,7 @@ void MounterPane::dropFiles(const QStringList& hostPaths, int row) {
 void MounterPane::loadGameLists() {
     run(m_mounter.LoadMountedList());
     run(m_mounter.ScanUnmounted());
+    watchPodIni();
 }
 
 void MounterPane::restoreSplitter(double sliderTop) {
@@ -372,7 +440,10 @@ bool MounterPane::mountedListChanged() const {
 }
 
 Status MounterPane::saveMountedList() {
-    return m_mounter.SaveMountedList();
+    const Status saved = m_mounter.SaveMountedList();
+    if (!saved.ok() && saved.failure().kind == FailureKind::ChangedOnDisk)
+        return resolveChangedPodIni(saved);
+    return saved;
 }
 
 Status MounterPane::saveMountedListIfChanged() {
@@ -392,7 +463,7 @@ bool MounterPane::settleUnsavedList() {
             return answer == MessageAnswer::No;
     }
     const Status saved = saveMountedList();
-    run(saved);
+    showFailure(saved);
     return saved.ok();
 }
 

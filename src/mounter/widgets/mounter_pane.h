@@ -8,10 +8,12 @@
 #include <memory>
 
 class QAction;
+class QFileSystemWatcher;
 class QLabel;
 class QMenu;
 class QProgressBar;
 class QResizeEvent;
+class QTimer;
 class QTreeView;
 
 namespace korvel {
@@ -71,6 +73,10 @@ public:
     ConflictTracker& conflicts() const { return *m_conflicts; }
     ConflictsWindow* conflictsWindow() const { return m_conflictsWindow; }
     CheckPodsWindow* checkPodsWindow() const { return m_checkWindow; }
+    // POD.INI changed on disk (the pane watches it from loadGameLists on): without unsaved changes
+    // the lists are read again; with some, the user chooses between reading it again and saving the
+    // list over it. Nothing happens when the file still holds what the list was loaded from.
+    void checkPodIniOnDisk();
 
     // The pane's inner height for the lists: the unmounted list ends 225 twips above it (above the
     // row of the window's own buttons).
@@ -104,6 +110,13 @@ private:
     void dropFiles(const QStringList& hostPaths, int row);
     void markConflicts();
 
+    // POD.INI holds a change the list has not seen, and the list has changes of its own: the user
+    // reads the file again (Yes) or saves the list over it (No). Cancel answers `unresolved`.
+    Status resolveChangedPodIni(const Status& unresolved);
+    // Shows a failure, except the refusal to write over a change (the user has just answered it).
+    void showFailure(const Status& status);
+    void watchPodIni();
+
     void barPressed();
     void barDragged(int pointerY);
     void barReleased(bool rightButton);
@@ -125,6 +138,9 @@ private:
     ConflictTracker* m_conflicts = nullptr;
     ConflictsWindow* m_conflictsWindow = nullptr;
     CheckPodsWindow* m_checkWindow = nullptr;
+    QFileSystemWatcher* m_podIniWatcher = nullptr;
+    QTimer* m_podIniSettle = nullptr;
+    bool m_askingAboutPodIni = false;
 };
 
 } // namespace korvel
