@@ -54,6 +54,8 @@ TEST_F(MountOperations, movesAndDropsTheSelectedBlockKeepingItSelectedAndStopsAt
         {{1, 2}, &Mounter::MoveSelectedUp, "3.POD,5.POD,1.POD,2.POD,4.POD", {0, 1}},
         {{1, 2}, &Mounter::MoveSelectedDown, "3.POD,2.POD,5.POD,1.POD,4.POD", {2, 3}},
         {{3, 4}, [](Mounter& m) { return m.dropSelectedRows(0); }, "1.POD,4.POD,3.POD,2.POD,5.POD", {0, 1}},
+        // A row dropped onto itself stays where it is.
+        {{2}, [](Mounter& m) { return m.dropSelectedRows(2); }, "1.POD,4.POD,3.POD,2.POD,5.POD", {2}},
         // Dropping below: the place is corrected for the rows taken out above it.
         {{0, 1}, [](Mounter& m) { return m.dropSelectedRows(4); }, "3.POD,2.POD,1.POD,4.POD,5.POD", {2, 3}},
         {{0}, [](Mounter& m) { return m.dropSelectedRows(-1); }, "2.POD,1.POD,4.POD,5.POD,3.POD", {4}},
@@ -73,16 +75,19 @@ TEST_F(MountOperations, movesAndDropsTheSelectedBlockKeepingItSelectedAndStopsAt
 }
 
 TEST_F(MountOperations, dropsAndBrowsesPodFilesInOrderRelativeToTheGameFolderOnce) {
-    mountedOf({"A.POD", "B.POD"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
-    ASSERT_TRUE(mounter().dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD")}, 1).ok());
-    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,B.POD");
+    mountedOf({"A.POD", "b.pod"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
+    // Archives already mounted, under whatever case, are not mounted twice.
+    ASSERT_TRUE(mounter()
+                    .dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1)
+                    .ok());
+    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod");
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
     ASSERT_TRUE(mounter().dropFiles({"C:\\Elsewhere\\Z.POD"}, 99).ok());
     settings.writeProfile("MTM2", settings::kBrowse, "1");
     settings.writeProfile("MTM2", settings::kBrowseDir, "C:\\Downloads");
-    drive.dialogs().chooseFiles({game("ADDON\\New.pod"), game("NOTES.TXT"), game("a.pod")});
+    drive.dialogs().chooseFiles({game("ADDON\\New.pod"), game("NOTES.TXT"), game("a.pod"), game("B.pod")});
     ASSERT_TRUE(mounter().MountBrowsed().ok());
-    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,B.POD,C:\\ELSEWHERE\\Z.POD,ADDON\\NEW.POD");
+    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod,C:\\ELSEWHERE\\Z.POD,ADDON\\NEW.POD");
     EXPECT_TRUE(mounter().unmounted().empty());
     const auto& asked = drive.dialogs().asked().back();
     EXPECT_TRUE(asked.title == "Open File" && asked.start == "C:\\Downloads" && asked.multiSelect);

@@ -6,6 +6,7 @@ TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhatev
     archives({"zeta.pod", "ADDON\\alpha.pod", "Trucks\\Big.Pod", "ADDON\\DEEP\\HIDDEN.POD", "ADDON\\X.PODX",
               "ADDON\\X.POD.BAK", "README.TXT", "ADDON\\MYTRACK.POD"});
     writeIni({"addon\\MyTrack.pod", "GHOST.POD"});
+    drive.write("C:\\Games\\PARENT.POD", "POD"); // beside the game folder, not in it
     mounter().LoadMountedList();
     mounter().ScanUnmounted();
     const EntryList& list = mounter().unmounted();

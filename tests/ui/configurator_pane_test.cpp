@@ -136,6 +136,7 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     korvel::testing::WindowFixture f;
     korvel::testing::buildGameFolder(f.drive, {});
     f.session.asMonster = f.session.asChange = "1";
+    f.set(korvel::settings::kLock, "1"); // the Configurator is the pane up while the window opens
     korvel::ui::CompositeHooks hooks;
     auto* pane = new ConfiguratorPane(f.session, f.store, f.drive.services());
     hooks.add(pane);
@@ -145,11 +146,16 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     window.open();
     EXPECT_EQ(pane->drivers().count(), 3);
     const std::string before = f.drive.read(kMonsterIni); // changes before the window shows wait for a save
-    pane->findChild<QCheckBox*>("chkTrack")->click();
+    auto* track = pane->findChild<QCheckBox*>("chkTrack");
+    ASSERT_TRUE(track->isEnabled());
+    track->click();
+    ASSERT_TRUE(track->isChecked());
     EXPECT_EQ(f.drive.read(kMonsterIni), before);
-    EXPECT_FALSE(pane->hasFinishedOpening());
     window.show();
-    EXPECT_TRUE(pane->hasFinishedOpening());
+    track->click();
+    EXPECT_EQ(f.drive.read(kMonsterIni), before); // back to what it was, saved at once
+    track->click();
+    EXPECT_NE(f.drive.read(kMonsterIni), before);
     f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     window.menus().fixRegistry()->trigger();
     EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",
