@@ -56,6 +56,7 @@ TEST(MonsterIniLoad, readsEachSettingFromTheEndOfItsLine) {
         {ini("1666", "11", "ui\\mtm2-fun.loc"), {true, true, 2, "ui\\mtm2-fun.loc"}},
         {ini("1", "1 ", "D:\\Other\\UI\\Mtm2-Pig.LOC"), {false, false, 3, "D:\\Other\\UI\\Mtm2-Pig.LOC"}},
         {ini("6660", "0", "MTM2.loc"), {false, false, 4, "MTM2.loc"}}, // the folder is part of the name
+        {ini("16", "0", "UI\\MTM2.loc"), {false, false, 1, "UI\\MTM2.loc"}},
         {"; default: showHiddenTrack=666\r\n" + ini("0", "0", "UI\\x.loc"), {true, false, 4, "UI\\x.loc"}},
     };
     for (const auto& c : cases)

@@ -13,6 +13,7 @@ using namespace korvel::testing;
 TEST(VersionText, keepsTheLastTwoDigitsOfAThreeDigitMinorOnly) {
     EXPECT_EQ(VersionText(1, 5, 12), "1.5 Build 12");
     EXPECT_EQ(VersionText(1, 105, 12), "1.05 Build 12");
+    EXPECT_EQ(VersionText(2, 15, 0), "2.15 Build 0");
 }
 
 TEST(Startup, loadsTheSoleProfileWithoutTheDialogAndRepairsOnlyTheStore) {

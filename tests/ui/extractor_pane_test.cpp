@@ -71,6 +71,7 @@ struct PaneFixture : korvel::testing::WindowFixture {
 
 TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     PaneFixture f;
+    f.drive.makeFolder(kGame + "\\ART");
     f.listTrucks();
     EXPECT_EQ(f.text("txtName"), "My trucks");
     EXPECT_EQ(f.text("txtType"), "Truck");
@@ -84,6 +85,11 @@ TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("Contents of TRUCKS.POD listed in "));
     EXPECT_EQ(f.recent->entries().value(0), "C:\\Games\\MTM2\\TRUCKS.POD");
     EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TRUCKS.POD");
+    // The folder list: the chain down to the archive's folder, then its subfolders, without "." and "..".
+    QStringList folders;
+    for (int i = 0; i < f.child<QListWidget>("dirBox")->count(); ++i)
+        folders << f.child<QListWidget>("dirBox")->item(i)->text().trimmed();
+    EXPECT_EQ(folders, QStringList({"C:\\", "Games", "MTM2", "ART"}));
     PaneFixture unsorted("0");
     unsorted.listTrucks();
     EXPECT_EQ(unsorted.cell(0, 0), "b.trk");
@@ -148,7 +154,8 @@ TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce
     for (int i = 1; i <= 9; ++i) {
         const std::string name = "P" + std::to_string(i) + ".POD";
         f.drive.write(kGame + "\\" + name, PodWriter().add("A.BIN", "a").pod1());
-        ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", name));
+        // The drive letter is shown upper-cased, however the folder was written.
+        ASSERT_TRUE(f.pane->ListPOD(i == 2 ? "c:\\Games\\MTM2\\" : kGame + "\\", name));
     }
     ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "P5.POD")); // listed again: moves to the top
     EXPECT_EQ(f.recent->entries(), QStringList({"C:\\Games\\MTM2\\P5.POD", "C:\\Games\\MTM2\\P9.POD",
@@ -208,6 +215,15 @@ TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
     EXPECT_EQ(shown(0), (std::vector<bool>{true, true, false}));
     EXPECT_EQ(shown(1), (std::vector<bool>{true, true, true}));
     EXPECT_EQ(shown(2), (std::vector<bool>{false, false, false}));
+    // "to Bomb Tag" writes the digit 5 into the track's information.
+    f.drive.write(kGame + "\\TRACK.POD", PodWriter().add("T.TRK", "Track Race Type = 2\r\n").pod1());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "TRACK.POD"));
+    f.selectRows({0});
+    menu->findChild<QAction*>("mnuConvertTo_5")->trigger();
+    const std::string converted = f.drive.read(kGame + "\\TRACK.POD");
+    const size_t marker = converted.find("Track Race Type");
+    ASSERT_NE(marker, std::string::npos);
+    EXPECT_EQ(converted[marker + 17], '5');
 }
 
 TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {

@@ -81,6 +81,7 @@ TEST(MainWindowModes, profileWithoutConfiguratorHidesItsPanelAndMode) {
     clickAt(*window.modeStatusBar(), 5075);
     EXPECT_EQ(window.currentMode(), Mode::Mounter);
     EXPECT_TRUE(window.modeStatusBar()->panelRect(2).isEmpty());
+    EXPECT_EQ(window.playButton()->text(), "&Play Game");
 }
 
 TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAModeChosenMidway) {
@@ -93,6 +94,9 @@ TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAM
     window.slider().setTop(Mode::Extractor, -6050);
     window.ShowExtractor("1.0");
     EXPECT_EQ(window.slider().lastSteps(), 60);
+    window.ShowConfigurator("2"); // only the number one slides
+    EXPECT_EQ(window.slider().lastSteps(), 0);
+    window.ShowExtractor("0");
     EXPECT_EQ(window.slider().top(Mode::Extractor), PaneSlider::kShownTop);
     window.slider().setTop(Mode::Mounter, -40);
     window.ShowMounter("1");
@@ -174,6 +178,16 @@ TEST(MainWindowClose, isRefusedWhileBusyAndUnsavedChangesFollowAutosaveOrTheAnsw
         EXPECT_EQ(f.drive.dialogs().lastMessage().buttons, korvel::MessageButtons::YesNoCancel);
         EXPECT_TRUE(window.close());
         EXPECT_EQ(f.hooks.saves, 0);
+    }
+    {
+        WindowFixture f;
+        f.session.asExit = "1"; // saving at exit needs the POD.INI autosave too
+        auto& window = f.open();
+        f.hooks.changed = true;
+        f.drive.dialogs().answer(MessageAnswer::No);
+        EXPECT_TRUE(window.close());
+        EXPECT_EQ(f.hooks.saves, 0);
+        EXPECT_EQ(f.drive.dialogs().messages().size(), 1u);
     }
     {
         WindowFixture f;
