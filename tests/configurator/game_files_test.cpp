@@ -172,7 +172,7 @@ TEST(PlayerProfileFile, refusesToWriteWhatWasNotReadWholeOrWouldReadBackDifferen
     const std::pair<std::string, std::vector<bool>> cases[] = {
         {"100\r\n1\r\n1\r\n" + record("Alice"), {true}},
         {file({record("Alice"), record("Bob", "")}), {true}},
-        {file({kChained, kBob}), {true}}, // without Alice, Bob's lines would be taken for data lines
+        {file({kChained, kBob}), {true}},               // without Alice, Bob's lines would be taken for data lines
         {file({kChained, kBob, carol}), {false, true}}, // without Bob, Carol's data line would end her record
     };
     for (const auto& [text, selected] : cases) {

@@ -77,9 +77,10 @@ TEST_F(MountOperations, movesAndDropsTheSelectedBlockKeepingItSelectedAndStopsAt
 TEST_F(MountOperations, dropsAndBrowsesPodFilesInOrderRelativeToTheGameFolderOnce) {
     mountedOf({"A.POD", "b.pod"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
     // Archives already mounted, under whatever case, are not mounted twice.
-    ASSERT_TRUE(mounter()
-                    .dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1)
-                    .ok());
+    ASSERT_TRUE(
+        mounter()
+            .dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1)
+            .ok());
     EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod");
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
     ASSERT_TRUE(mounter().dropFiles({"C:\\Elsewhere\\Z.POD"}, 99).ok());

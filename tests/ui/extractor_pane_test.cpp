@@ -158,10 +158,10 @@ TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce
         ASSERT_TRUE(f.pane->ListPOD(i == 2 ? "c:\\Games\\MTM2\\" : kGame + "\\", name));
     }
     ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "P5.POD")); // listed again: moves to the top
-    EXPECT_EQ(f.recent->entries(), QStringList({"C:\\Games\\MTM2\\P5.POD", "C:\\Games\\MTM2\\P9.POD",
-                                                "C:\\Games\\MTM2\\P8.POD", "C:\\Games\\MTM2\\P7.POD",
-                                                "C:\\Games\\MTM2\\P6.POD", "C:\\Games\\MTM2\\P4.POD",
-                                                "C:\\Games\\MTM2\\P3.POD", "C:\\Games\\MTM2\\P2.POD"}));
+    EXPECT_EQ(f.recent->entries(),
+              QStringList({"C:\\Games\\MTM2\\P5.POD", "C:\\Games\\MTM2\\P9.POD", "C:\\Games\\MTM2\\P8.POD",
+                           "C:\\Games\\MTM2\\P7.POD", "C:\\Games\\MTM2\\P6.POD", "C:\\Games\\MTM2\\P4.POD",
+                           "C:\\Games\\MTM2\\P3.POD", "C:\\Games\\MTM2\\P2.POD"}));
     EXPECT_EQ(f.recent->combo()->currentIndex(), 0);
 }
 

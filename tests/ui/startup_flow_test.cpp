@@ -46,9 +46,8 @@ TEST(StartupFlow, theOpenedWindowShowsTheMounterKeysInItsMenuCaptions) {
     rig.addGame("MTM2");
     ASSERT_TRUE(rig.start());
     const std::pair<const char*, const char*> captions[] = {
-        {"mnuTop", "Move to &Top\tCtrl+T"},   {"mnuUp", "Move &Up\tCtrl+U"},
-        {"mnuDown", "Move &Down\tCtrl+D"},    {"mnuBottom", "Move to &Bottom\tCtrl+B"},
-        {"mnuDelete", "&Delete\tDel"},        {"mnuRefreshMounted", "&Refresh\tF5"},
+        {"mnuTop", "Move to &Top\tCtrl+T"},       {"mnuUp", "Move &Up\tCtrl+U"}, {"mnuDown", "Move &Down\tCtrl+D"},
+        {"mnuBottom", "Move to &Bottom\tCtrl+B"}, {"mnuDelete", "&Delete\tDel"}, {"mnuRefreshMounted", "&Refresh\tF5"},
         {"mnuRefreshUnmounted", "&Refresh\tF5"},
     };
     for (const auto& [name, caption] : captions) {
