@@ -98,6 +98,7 @@ TEST(MainWindowModes, profileWithoutConfiguratorHidesItsPanelAndMode) {
     clickAt(*window.modeStatusBar(), 5075);
     EXPECT_EQ(window.currentMode(), Mode::Mounter);
     EXPECT_TRUE(window.modeStatusBar()->panelRect(2).isEmpty());
+    EXPECT_EQ(window.playButton()->text(), "&Play Game");
 }
 
 TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAModeChosenMidway) {
@@ -110,6 +111,9 @@ TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAM
     window.slider().setTop(Mode::Extractor, -6050);
     window.ShowExtractor("1.0");
     EXPECT_EQ(window.slider().lastSteps(), 60);
+    window.ShowConfigurator("2"); // only the number one slides
+    EXPECT_EQ(window.slider().lastSteps(), 0);
+    window.ShowExtractor("0");
     EXPECT_EQ(window.slider().top(Mode::Extractor), PaneSlider::kShownTop);
     window.slider().setTop(Mode::Mounter, -40);
     window.ShowMounter("1");
