@@ -53,6 +53,8 @@ TEST_F(GameCli, monsterPrintsChangesAndRefuses) {
               (QJsonObject{{"hiddenTrack", true}, {"horn", false}, {"language", 4}, {"custom", "UI\\french.loc"}}));
     EXPECT_EQ(read("game/system/monster.ini"), "; settings\r\nshowHiddenTrack=666\r\nkookyHornFlag=0\r\n"
                                                "gLocalizationFile=UI\\french.loc\r\ngDetail=3");
+    ASSERT_EQ(cli({"monster", "--game", game(), "--language", "fun"}).status, 0);
+    EXPECT_TRUE(read("game/system/monster.ini").contains("gLocalizationFile=UI\\MTM2-fun.loc\r\n"));
 
     write("game/system/monster.ini", "showHiddenTrack=0\r\n");
     const CliRun missing = cli({"monster", "--game", game(), "--language", "fun"});

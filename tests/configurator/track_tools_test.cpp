@@ -20,7 +20,10 @@ TEST(TrackTools, changesOnlyTheDigitAfterTheMarkerFollowingTheEntry) {
     pod.add("OTHER.TXT", "Track Race Type =9 version =4\r\n").add("T.DAT", "Track Race Type =2\r\nversion =4\r\n");
     const std::string before = pod.pod2();
     drive.write(kArchive, before);
-    const qint64 start = ListPOD(drive.files(), kArchive).value().entries[1].start;
+    const Result<PodDirectory> listing = ListPOD(drive.files(), kArchive);
+    ASSERT_TRUE(listing.ok());
+    ASSERT_EQ(listing->entries.size(), 2u);
+    const qint64 start = listing->entries[1].start;
     const size_t race = before.find("Track Race Type", static_cast<size_t>(start));
     const size_t version = before.find("version", static_cast<size_t>(start));
     ASSERT_EQ(*convertRaceType(drive.files(), kArchive, start, RaceType::BombTag), static_cast<qint64>(race + 17));
@@ -31,15 +34,24 @@ TEST(TrackTools, changesOnlyTheDigitAfterTheMarkerFollowingTheEntry) {
     EXPECT_EQ(drive.read(kArchive), expected);
 }
 
-TEST(TrackTools, findsAMarkerSpanningTheSearchChunkEdge) {
+TEST(TrackTools, findsAMarkerWhereverItLiesInALargeArchive) {
+    // Markers a little before, across and after each MiB counted from the entry: every one is found.
     korvel::testing::TempDrive drive;
-    std::string bytes(3 << 20, '.');
-    const size_t marker = (1 << 20) - 4; // "version" straddles the first 1 MiB chunk's end
-    bytes.replace(marker, 10, "version =1");
-    drive.write(kArchive, bytes);
-    ASSERT_EQ(*compatiblizeTruck(drive.files(), kArchive, 100), static_cast<qint64>(marker + 9));
-    bytes[marker + 9] = '6';
-    EXPECT_EQ(drive.read(kArchive), bytes);
+    const qint64 entry = 1000;
+    std::vector<qint64> places;
+    for (qint64 mib : {1, 2})
+        for (qint64 offset = -12; offset <= 12; offset += 2)
+            places.push_back(entry - 1 + (mib << 20) + offset);
+    places.push_back(entry - 1); // the search starts one byte before the entry's first byte
+    for (qint64 marker : places) {
+        SCOPED_TRACE(marker);
+        std::string bytes(3 << 20, '.');
+        bytes.replace(static_cast<size_t>(marker), 10, "version =1");
+        drive.write(kArchive, bytes);
+        ASSERT_EQ(*compatiblizeTruck(drive.files(), kArchive, entry), marker + 9);
+        bytes[static_cast<size_t>(marker + 9)] = '6';
+        ASSERT_EQ(drive.read(kArchive), bytes);
+    }
 }
 
 TEST(TrackTools, writesTheFixedByteWhenTheMarkerIsAbsentAfterTheEntry) {

@@ -67,6 +67,8 @@ TEST_F(MountOperations, movesAndDropsTheGivenBlockSelectingItWhereItWentAndStops
         {{1, 2, 9}, &Mounter::MoveSelectedDown, "3.POD,2.POD,5.POD,1.POD,4.POD", "2,3"},
         {{0, 2}, &Mounter::MoveSelectedDown, "2.POD,3.POD,1.POD,5.POD,4.POD", "1,3"},
         {{4, 3}, dropAt(0), "5.POD,4.POD,2.POD,3.POD,1.POD", "0,1"},
+        // A row dropped onto itself stays where it is.
+        {{2}, dropAt(2), "5.POD,4.POD,2.POD,3.POD,1.POD", "2"},
         // Dropping below: the place is corrected for the rows taken out above it.
         {{0, 1}, dropAt(4), "2.POD,3.POD,5.POD,4.POD,1.POD", "2,3"},
         {{0}, dropAt(-1), "3.POD,5.POD,4.POD,1.POD,2.POD", "4"},
@@ -109,19 +111,20 @@ TEST_F(MountOperations, unmountsAndTrashesExactlyTheGivenRowsAfterAReorder) {
 }
 
 TEST_F(MountOperations, dropsAndBrowsesPodFilesInOrderRelativeToTheGameFolderOnce) {
-    mountedOf({"A.POD", "B.POD"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
-    const Mounter::Outcome dropped =
-        mounter().dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD")}, 1);
+    mountedOf({"A.POD", "b.pod"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
+    // Archives already mounted, under whatever case, are not mounted twice.
+    const Mounter::Outcome dropped = mounter().dropFiles(
+        {game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1);
     ASSERT_TRUE(dropped.ok());
-    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,B.POD");
+    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod");
     EXPECT_EQ(selection(dropped.mounted), "+1,2"); // the new rows join the selection
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
     ASSERT_TRUE(mounter().dropFiles({"C:\\Elsewhere\\Z.POD"}, 99).ok());
     settings.writeProfile("MTM2", settings::kBrowse, "1");
     settings.writeProfile("MTM2", settings::kBrowseDir, "C:\\Downloads");
-    drive.dialogs().chooseFiles({game("ADDON\\New.pod"), game("NOTES.TXT"), game("a.pod")});
+    drive.dialogs().chooseFiles({game("ADDON\\New.pod"), game("NOTES.TXT"), game("a.pod"), game("B.pod")});
     ASSERT_TRUE(mounter().MountBrowsed().ok());
-    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,B.POD,C:\\ELSEWHERE\\Z.POD,ADDON\\NEW.POD");
+    EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod,C:\\ELSEWHERE\\Z.POD,ADDON\\NEW.POD");
     EXPECT_TRUE(mounter().unmounted().empty());
     const auto& asked = drive.dialogs().asked().back();
     EXPECT_TRUE(asked.title == "Open File" && asked.start == "C:\\Downloads" && asked.multiSelect);

@@ -41,6 +41,15 @@ TEST_F(LoadMountedList, marksExistingAndMissingArchivesAndRewritesTheFileCanonic
     EXPECT_EQ(mounter().counterText(), "4/99 PODs Mounted");
 }
 
+TEST_F(LoadMountedList, findsEntriesThroughDotFoldersWhateverTheCaseOfTheFileOnDisk) {
+    archives({"trucks.pod", "ADDON\\Track.pod"});
+    writeIni({".\\TRUCKS.POD", "ADDON\\..\\ADDON\\TRACK.POD", ".\\GONE.POD"});
+    ASSERT_TRUE(mounter().LoadMountedList().ok());
+    const EntryList& list = mounter().mounted();
+    ASSERT_EQ(list.size(), 3);
+    EXPECT_EQ(list.at(0).status + "|" + list.at(1).status + "|" + list.at(2).status, "Mounted|Mounted|Not found");
+}
+
 TEST_F(LoadMountedList, findsAbsoluteEntriesOnTheirDriveAndRelativeOnesAlsoInTheCurrentFolder) {
     QTemporaryDir other, cwd;
     drive.paths().mapDrive('D', other.path());

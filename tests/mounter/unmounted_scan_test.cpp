@@ -6,6 +6,7 @@ TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhatev
     archives({"zeta.pod", "ADDON\\alpha.pod", "Trucks\\Big.Pod", "ADDON\\DEEP\\HIDDEN.POD", "ADDON\\X.PODX",
               "ADDON\\X.POD.BAK", "README.TXT", "ADDON\\MYTRACK.POD"});
     writeIni({"addon\\MyTrack.pod", "GHOST.POD"});
+    drive.write("C:\\Games\\PARENT.POD", "POD"); // beside the game folder, not in it
     mounter().LoadMountedList();
     EXPECT_EQ(selection(mounter().ScanUnmounted().unmounted), "0");
     const EntryList& list = mounter().unmounted();
@@ -45,10 +46,10 @@ TEST_F(ScanUnmounted, findsNothingDirectlyInAGameFolderAtADriveRoot) {
 }
 
 TEST(SplitterBounds, keepsTheBarBetween780And5370AndResetsOnRightRelease) {
-    // 670 is below 770, 775 is not, 5970 is above 5380.
+    // 670 is below 770, 775 is not, 5970 is above 5380, 5375 is not.
     EXPECT_EQ((Rows{splitterDragTop(100, 60, 600), splitterDragTop(205, 60, 600), splitterDragTop(3000, 60, 3000),
-                    splitterDragTop(30, 60, 3000)}),
-              (Rows{780, 775, 5370, 3000}));
+                    splitterDragTop(2405, 60, 3000), splitterDragTop(30, 60, 3000)}),
+              (Rows{780, 775, 5370, 5375, 3000}));
     EXPECT_EQ(std::pair(splitterReleaseTop(4000, true), splitterReleaseTop(4000, false)), std::pair(3070, 4000));
     const MounterSplit split = mounterSplit(3070, 60, 7000);
     EXPECT_EQ(std::tuple(split.mountedHeight, split.unmountedTop, split.unmountedHeight),

@@ -17,7 +17,9 @@ TEST(GameText, roundTripsEveryWindows1252Byte) {
 TEST(GameText, upperCasesAccentedLettersOfTheCodePage) {
     EXPECT_EQ(upperGame("addon\\my\xe9track.pod"), "ADDON\\MY\xc9TRACK.POD");
     EXPECT_TRUE(equalsIgnoreCase("Map.Sit", "MAP.SIT"));
+    EXPECT_FALSE(equalsIgnoreCase("MAP", "MAP.SIT"));
     EXPECT_TRUE(endsWithIgnoreCase("x.pod", ".POD"));
+    EXPECT_TRUE(endsWithIgnoreCase(".pod", ".POD"));
     EXPECT_FALSE(endsWithIgnoreCase("od", ".POD"));
 }
 
@@ -43,5 +45,6 @@ TEST(GamePath, splitsFolderAndFileName) {
     EXPECT_EQ(FolderOf("TRUCKS.POD"), "");
     EXPECT_EQ(FileNameOf("TRUCKS.POD"), "TRUCKS.POD");
     EXPECT_TRUE(isAbsoluteGamePath("D:\\X.POD"));
+    EXPECT_TRUE(isAbsoluteGamePath("D:"));
     EXPECT_FALSE(isAbsoluteGamePath("ADDON\\X.POD"));
 }

@@ -72,6 +72,9 @@ TEST(PathMap, mapsHostPathsBackThroughTheClosestDrive) {
     PathMap onlyC;
     onlyC.mapDrive('C', dir.path());
     EXPECT_FALSE(onlyC.toGame("/elsewhere/x.pod").has_value());
+    // A sibling folder whose name merely begins with the drive's folder lies outside that drive.
+    EXPECT_FALSE(onlyC.toGame(dir.path() + "drom/x.pod").has_value());
+    EXPECT_EQ(map.toGame(dir.path() + "drom/x.pod").value_or("").substr(0, 3), "Z:\\");
 }
 
 TEST(PathMap, knowsDriveRoots) {

@@ -134,6 +134,9 @@ TEST(TypedEntryName, acceptsEitherSeparatorAndRefusesNamesThatEscape) {
     EXPECT_NE(refusal(typedEntryName(QString(32, 'N'), PodFormat::Pod1)).find("31 bytes"), std::string::npos);
     EXPECT_NE(refusal(podComment(QString(80, 'c'))).find("79 bytes"), std::string::npos);
     EXPECT_EQ(refusal(podComment(QString::fromUtf8("Caf\u00e9"))), "ok:Caf\xe9");
+    // A NUL would end the comment early when the archive is read back.
+    EXPECT_NE(refusal(podComment(QStringLiteral("My") + QChar(0) + QStringLiteral("mod"))).find("cannot represent"),
+              std::string::npos);
 }
 
 TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats) {

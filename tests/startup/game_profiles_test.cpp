@@ -25,6 +25,7 @@ TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
     rig.logic.open();
     EXPECT_FALSE(rig.logic.loadEnabled());
     ASSERT_EQ(rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("mtm 2")), GameProfiles::AddOutcome::Added);
+    ASSERT_EQ(rig.drive.dialogs().asked().size(), 2u);
     EXPECT_EQ(rig.drive.dialogs().asked()[1].proposal, "4x4");
     EXPECT_EQ(rig.profile("mtm 2", settings::kLocationIni), "D:\\Games\\4x4\\POD.INI");
     EXPECT_EQ(rig.profile("mtm 2", settings::kConfigurator), "True");

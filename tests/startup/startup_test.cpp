@@ -16,6 +16,7 @@ using namespace korvel::testing;
 TEST(VersionText, keepsTheLastTwoDigitsOfAThreeDigitMinorOnly) {
     EXPECT_EQ(VersionText(1, 5, 12), "1.5 Build 12");
     EXPECT_EQ(VersionText(1, 105, 12), "1.05 Build 12");
+    EXPECT_EQ(VersionText(2, 15, 0), "2.15 Build 0");
 }
 
 TEST(Startup, loadsTheSoleProfileWithoutTheDialogAndRepairsOnlyTheStore) {
@@ -62,7 +63,11 @@ TEST(Startup, picksTheProfileFromTheCommandLine) {
     for (const char* name : {"4x4", "mtm2", "A"})
         rig.addProfile(name, std::string("C:\\Games\\") + name);
     rig.setList("4x4|mtm2");
-    EXPECT_EQ(rig.startup.Main("MTM2"), StartupResult::Terminate); // case matters
+    // Without a command line, two profiles are offered in the dialog; the list is no profile's name.
+    ASSERT_EQ(rig.startup.Main(), StartupResult::ShowMainWindow);
+    EXPECT_EQ(rig.chooser.shown, 1);
+    EXPECT_TRUE(rig.drive.dialogs().messages().empty());
+    EXPECT_EQ(rig.relaunch("MTM2"), StartupResult::Terminate); // case matters
     EXPECT_EQ(rig.lastMessage().text, "Sorry, but you have specified an invalid game on the command-line. Please run "
                                       "Korvel with no command-line parameters if you'd like to setup a new game.");
     ASSERT_EQ(rig.relaunch("mtm2"), StartupResult::ShowMainWindow);

@@ -25,6 +25,8 @@ ScriptedDialogs& ScriptedDialogs::chooseFolder(std::optional<std::string> gamePa
 MessageAnswer ScriptedDialogs::message(const QString& title, const QString& text, MessageIcon icon,
                                        MessageButtons buttons) {
     m_messages.push_back({title, text, icon, buttons});
+    if (whileShown)
+        whileShown(m_messages.back());
     if (buttons == MessageButtons::Ok && m_answers.empty())
         return MessageAnswer::Ok;
     if (m_answers.empty()) {

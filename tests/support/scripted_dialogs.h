@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,6 +51,9 @@ public:
     QStringList messageTexts() const;
     int unscripted() const { return m_unscripted; }
     void clear();
+
+    // Runs while a message is up, as if the user did something else meanwhile.
+    std::function<void(const Shown&)> whileShown;
 
 private:
     std::deque<MessageAnswer> m_answers;

@@ -35,7 +35,9 @@ TEST(TrackList, menuEntriesCarryNameRaceTypeAndPath) {
     EXPECT_TRUE(LoadTrackList("").entries.empty());
     EXPECT_FALSE(LoadTrackList("").failure);
     // Fields stand as written: "&" stays, blanks stay, extra columns are ignored.
-    EXPECT_EQ(LoadTrackList("Rock & Roll| Race |x/y.zip|more").entries[0].caption, "Rock & Roll\t< Race >");
+    const TrackMenu extra = LoadTrackList("Rock & Roll| Race |x/y.zip|more");
+    ASSERT_EQ(extra.entries.size(), 1u);
+    EXPECT_EQ(extra.entries[0].caption, "Rock & Roll\t< Race >");
     // A short row stops the rebuild, keeping the rows before it.
     const TrackMenu cut = LoadTrackList("A|Rumble|a.zip*B|Race*C|Rumble|c.zip");
     EXPECT_EQ(captions(cut), Captions{"A\t<Rumble>"});

@@ -76,6 +76,7 @@ TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutos
         {"autosave at exit", "1", "1", {}, false, true, true, false},
         {"autosave off at exit, cancel", "1", "0", {MessageAnswer::Cancel}, false, false, false, true},
         {"asked, no", "0", "0", {MessageAnswer::No}, false, true, false, true},
+        {"saving at exit needs the POD.INI autosave too", "0", "1", {MessageAnswer::No}, false, true, false, true},
         {"asked, yes", "0", "0", {MessageAnswer::Yes}, false, true, true, true},
         {"a failed save keeps the window", "0", "0", {MessageAnswer::Yes}, true, false, false, true},
     };

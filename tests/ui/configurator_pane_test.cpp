@@ -189,15 +189,22 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     ASSERT_TRUE(pane->LoadDrivers());
     ASSERT_TRUE(pane->LoadMonsterIni());
     EXPECT_EQ(pane->drivers().count(), 3);
+    window.ShowConfigurator("0"); // the pane up while the window opens, its controls enabled
     const std::string before = f.drive.read(kMonsterIni); // changes before the window shows wait for a save
-    pane->findChild<QCheckBox*>("chkTrack")->click();
+    auto* track = pane->findChild<QCheckBox*>("chkTrack");
+    ASSERT_TRUE(track->isEnabled());
+    track->click();
+    ASSERT_TRUE(track->isChecked());
     EXPECT_EQ(f.drive.read(kMonsterIni), before);
-    EXPECT_FALSE(pane->hasFinishedOpening());
     window.show();
     EXPECT_TRUE(pane->hasFinishedOpening());
     std::string repaired;
     QObject::connect(pane, &ConfiguratorPane::gameFolderRepaired,
                      [&](const std::string& folder) { repaired = folder; });
+    track->click();
+    EXPECT_EQ(f.drive.read(kMonsterIni), before); // back to what it was, saved at once
+    track->click();
+    EXPECT_NE(f.drive.read(kMonsterIni), before);
     f.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     pane->fixRegistry();
     EXPECT_EQ(f.store.ReadValue("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0",

@@ -78,11 +78,12 @@ struct PaneFixture : korvel::testing::WindowFixture {
 
 TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     PaneFixture f;
+    f.drive.makeFolder(kGame + "\\ART");
     f.listTrucks();
     EXPECT_EQ(f.text("txtName"), "My trucks");
     EXPECT_EQ(f.text("txtType"), "Truck");
     EXPECT_EQ(f.text("txtTotal"), "3");
-    EXPECT_EQ(f.text("txtSize").toStdString(), korvel::AddCommas(double(f.drive.read(kGame + "\\TRUCKS.POD").size())));
+    EXPECT_EQ(f.text("txtSize"), "1,222");
     ASSERT_EQ(f.pane->model().rowCount(), 3);
     // Autosort on: by name, without regard to case.
     EXPECT_EQ(f.cell(0, 0), "A.BIN");
@@ -91,6 +92,11 @@ TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     EXPECT_TRUE(f.child<QLabel>("lblExtract")->text().startsWith("Contents of TRUCKS.POD listed in "));
     EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TRUCKS.POD");
     EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TRUCKS.POD");
+    // The folder list: the chain down to the archive's folder, then its subfolders, without "." and "..".
+    QStringList folders;
+    for (int i = 0; i < f.child<QListWidget>("dirBox")->count(); ++i)
+        folders << f.child<QListWidget>("dirBox")->item(i)->text().trimmed();
+    EXPECT_EQ(folders, QStringList({"C:\\", "Games", "MTM2", "ART"}));
     PaneFixture unsorted("0");
     unsorted.listTrucks();
     EXPECT_EQ(unsorted.cell(0, 0), "b.trk");
@@ -196,7 +202,8 @@ TEST(ExtractorPane, anUnreadableArchiveClearsTheRowsAndKeepsTheBoxes) {
     f.listTrucks();
     f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
     EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
-    EXPECT_EQ(f.drive.dialogs().lastMessage().text, korvel::unreadablePodText());
+    EXPECT_EQ(f.drive.dialogs().lastMessage().text,
+              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
     EXPECT_EQ(f.pane->model().rowCount(), 0);
     EXPECT_EQ(f.text("txtTotal"), "3");
 }
@@ -265,6 +272,51 @@ TEST(ExtractorPane, massExtractionAsksThenExtractsEveryArchiveInListOrderIntoThe
     }
 }
 
+TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce) {
+    PaneFixture f;
+    for (int i = 1; i <= 9; ++i) {
+        const std::string name = "P" + std::to_string(i) + ".POD";
+        f.drive.write(kGame + "\\" + name, PodWriter().add("A.BIN", "a").pod1());
+        // The drive letter is shown upper-cased, however the folder was written.
+        ASSERT_TRUE(f.pane->ListPOD(i == 2 ? "c:\\Games\\MTM2\\" : kGame + "\\", name));
+    }
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "P5.POD")); // listed again: moves to the top
+    EXPECT_EQ(f.recent().entries(),
+              QStringList({"C:\\Games\\MTM2\\P5.POD", "C:\\Games\\MTM2\\P9.POD", "C:\\Games\\MTM2\\P8.POD",
+                           "C:\\Games\\MTM2\\P7.POD", "C:\\Games\\MTM2\\P6.POD", "C:\\Games\\MTM2\\P4.POD",
+                           "C:\\Games\\MTM2\\P3.POD", "C:\\Games\\MTM2\\P2.POD"}));
+    EXPECT_EQ(f.recent().combo()->currentIndex(), 0);
+}
+
+TEST(ExtractorPane, massExtractionUnpacksEveryArchivePastUnreadableOnesAndStopsAtAMissingOne) {
+    PaneFixture f("0");
+    f.drive.write(kGame + "\\A.POD", PodWriter().add("ART\\A.RAW", "first").add("SHARED.TXT", "a").pod1());
+    f.drive.write(kGame + "\\B.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
+    f.drive.write(kGame + "\\C.POD", PodWriter().add("SHARED.TXT", "c").pod2());
+    f.drive.write(kGame + "\\D.POD", PodWriter().add("D.TXT", "d").pod1());
+    f.drive.write(kGame + "\\E.POD", PodWriter().add("E.TXT", "e").pod1());
+    f.drive.write(kGame + "\\ART\\seed", "s");
+    f.pane->browser().refreshFiles();
+    f.drive.dialogs().answer(korvel::MessageAnswer::Yes);
+    // While the report on B.POD is up, D.POD is deleted elsewhere.
+    f.drive.dialogs().whileShown = [&](const korvel::testing::ScriptedDialogs::Shown& shown) {
+        if (shown.text.startsWith("Sorry"))
+            f.drive.remove(kGame + "\\D.POD");
+    };
+    f.pane->massExtract();
+    const QStringList texts = f.messages();
+    ASSERT_EQ(texts.size(), 3);
+    EXPECT_EQ(texts[0], "All 5 PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
+    EXPECT_EQ(texts[1],
+              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
+    EXPECT_EQ(texts[2], "File not found!");
+    EXPECT_EQ(f.drive.dialogs().lastMessage().title, "Read Error");
+    EXPECT_EQ(f.drive.read(kGame + "\\ART\\A.RAW"), "first");
+    EXPECT_EQ(f.drive.read(kGame + "\\SHARED.TXT"), "c"); // the later archive wins
+    EXPECT_FALSE(f.drive.exists(kGame + "\\E.TXT"));
+    EXPECT_FALSE(f.pane->archiveBusy());
+}
+
 TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
     PaneFixture f("0");
     f.drive.write(kGame + "\\MIX.POD", PodWriter()
@@ -286,6 +338,15 @@ TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
     EXPECT_EQ(shown(0), (std::vector<bool>{true, true, false}));
     EXPECT_EQ(shown(1), (std::vector<bool>{true, true, true}));
     EXPECT_EQ(shown(2), (std::vector<bool>{false, false, false}));
+    // "to Bomb Tag" writes the digit 5 into the track's information.
+    f.drive.write(kGame + "\\TRACK.POD", PodWriter().add("T.TRK", "Track Race Type = 2\r\n").pod1());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "TRACK.POD"));
+    f.selectRows({0});
+    menu->findChild<QAction*>("mnuConvertTo_5")->trigger();
+    const std::string converted = f.drive.read(kGame + "\\TRACK.POD");
+    const size_t marker = converted.find("Track Race Type");
+    ASSERT_NE(marker, std::string::npos);
+    EXPECT_EQ(converted[marker + 17], '5');
 }
 
 namespace {

@@ -24,6 +24,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 using korvel::testing::WindowFixture;
 using korvel::ui::Mode;
 using korvel::ui::ModeStatusBar;
@@ -98,6 +100,7 @@ TEST(MainWindowModes, profileWithoutConfiguratorHidesItsPanelAndMode) {
     clickAt(*window.modeStatusBar(), 5075);
     EXPECT_EQ(window.currentMode(), Mode::Mounter);
     EXPECT_TRUE(window.modeStatusBar()->panelRect(2).isEmpty());
+    EXPECT_EQ(window.playButton()->text(), "&Play Game");
 }
 
 TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAModeChosenMidway) {
@@ -110,6 +113,9 @@ TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAM
     window.slider().setTop(Mode::Extractor, -6050);
     window.ShowExtractor("1.0");
     EXPECT_EQ(window.slider().lastSteps(), 60);
+    window.ShowConfigurator("2"); // only the number one slides
+    EXPECT_EQ(window.slider().lastSteps(), 0);
+    window.ShowExtractor("0");
     EXPECT_EQ(window.slider().top(Mode::Extractor), PaneSlider::kShownTop);
     window.slider().setTop(Mode::Mounter, -40);
     window.ShowMounter("1");
@@ -424,4 +430,32 @@ TEST(MainWindowModePanels, areReachedWithTabAndChooseTheirModeWithSpaceOrEnter) 
     EXPECT_FALSE(hidden->isVisibleTo(&other));
     QTest::keyClick(hidden, Qt::Key_Space);
     EXPECT_NE(other.currentMode(), Mode::Configurator);
+}
+
+TEST(MainWindowStartMode, followsTheLockThenTheRememberedScreenAndNeverChoosesAMissingConfigurator) {
+    using korvel::ScreenLock;
+    using korvel::StartScreen;
+    const struct {
+        std::optional<ScreenLock> lock;
+        std::optional<StartScreen> screen;
+        bool configurator;
+        std::optional<Mode> expected;
+    } cases[] = {
+        {ScreenLock::None, StartScreen::Extractor, true, Mode::Extractor},
+        {ScreenLock::None, StartScreen::Mounter, true, Mode::Mounter},
+        {ScreenLock::None, StartScreen::Configurator, true, Mode::Configurator},
+        {ScreenLock::None, StartScreen::Configurator, false, Mode::Mounter},
+        {ScreenLock::None, std::nullopt, true, std::nullopt},
+        {ScreenLock::Configurator, StartScreen::Extractor, true, Mode::Configurator},
+        {ScreenLock::Configurator, StartScreen::Extractor, false, Mode::Mounter},
+        {ScreenLock::Extractor, StartScreen::Mounter, true, Mode::Extractor},
+        {ScreenLock::Extractor, StartScreen::Configurator, false, Mode::Extractor},
+        {ScreenLock::Mounter, StartScreen::Configurator, true, Mode::Mounter},
+        {std::nullopt, StartScreen::Extractor, true, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "lock " << (c.lock ? int(*c.lock) : -1) << ", screen "
+                                          << (c.screen ? int(*c.screen) : -1) << ", configurator " << c.configurator);
+        EXPECT_EQ(korvel::ui::WindowSettings::startMode(c.lock, c.screen, c.configurator), c.expected);
+    }
 }

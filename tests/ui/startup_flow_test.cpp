@@ -55,6 +55,22 @@ TEST(StartupFlow, firstStartWelcomesAddsAProfileLoadsItAndRemindsOnce) {
     EXPECT_TRUE(rig.drive.dialogs().messages().empty());
 }
 
+TEST(StartupFlow, theOpenedWindowShowsTheMounterKeysInItsMenuCaptions) {
+    AppRig rig;
+    rig.addGame("MTM2");
+    ASSERT_TRUE(rig.start());
+    const std::pair<const char*, const char*> captions[] = {
+        {"mnuTop", "Move to &Top\tCtrl+T"},       {"mnuUp", "Move &Up\tCtrl+U"}, {"mnuDown", "Move &Down\tCtrl+D"},
+        {"mnuBottom", "Move to &Bottom\tCtrl+B"}, {"mnuDelete", "&Delete\tDel"}, {"mnuRefreshMounted", "&Refresh\tF5"},
+        {"mnuRefreshUnmounted", "&Refresh\tF5"},
+    };
+    for (const auto& [name, caption] : captions) {
+        QAction* action = rig.find<QAction>(name);
+        ASSERT_TRUE(action) << name;
+        EXPECT_EQ(action->text(), QString::fromLatin1(caption)) << name;
+    }
+}
+
 TEST(StartupFlow, commandLineNamesAProfileOrAnArchive) {
     AppRig rig;
     GameLayout other;

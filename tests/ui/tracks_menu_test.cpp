@@ -62,6 +62,7 @@ TEST(TracksMenuEntries, followTheStoredListOpenTheirAddressesAndReportAShortRow)
     f.storeList(korvel::kDefaultTrackList);
     EXPECT_TRUE(f.tracks->LoadTrackList());
     EXPECT_TRUE(f.shown().starts_with("Carnage!\t<Rumble>|Damage Inc.\t<Rumble>|"));
+    ASSERT_GE(f.tracks->entries().size(), 2u);
     f.tracks->entries()[1]->trigger();
     f.tracks->entries()[0]->trigger();
     EXPECT_EQ(f.drive.shell().urls.join(QLatin1Char(' ')).toStdString(),
