@@ -132,8 +132,7 @@ void runView(const korvel::PodDirectory& listing, std::vector<Step>& steps, size
     view.setModel(nullptr);
 }
 
-template <typename View>
-void report(const char* title, const korvel::PodDirectory& listing, int rows, int runs) {
+template <typename View> void report(const char* title, const korvel::PodDirectory& listing, int rows, int runs) {
     std::vector<Step> steps = {{"setModel", {}, {}},
                                {"first paint", {}, {}},
                                {"scroll to the end + paint", {}, {}},
@@ -149,8 +148,8 @@ void report(const char* title, const korvel::PodDirectory& listing, int rows, in
         std::printf("| %s | %.1f | %.1f |\n", step.name, median(step.wall), median(step.cpu));
         longest = std::max(longest, median(step.wall));
     }
-    std::printf("\nlongest step %.1f ms wall; the view's own memory after the first paint: %.1f bytes a row\n",
-                longest, double(viewBytes) / rows);
+    std::printf("\nlongest step %.1f ms wall; the view's own memory after the first paint: %.1f bytes a row\n", longest,
+                double(viewBytes) / rows);
 }
 
 } // namespace

@@ -20,8 +20,7 @@ namespace {
 class SparseArchive : public QIODevice {
 public:
     SparseArchive(const std::uint8_t* data, std::size_t size)
-        : m_data(data), m_size(qint64(size)),
-          m_length(qint64(size) + (size > 0 ? qint64(data[size - 1]) << 24 : 0)) {}
+        : m_data(data), m_size(qint64(size)), m_length(qint64(size) + (size > 0 ? qint64(data[size - 1]) << 24 : 0)) {}
 
     bool isSequential() const override { return false; }
     qint64 size() const override { return m_length; }

@@ -4,9 +4,9 @@
 #include "platform/file_services.h"
 #include "platform/path_map.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 

@@ -157,8 +157,7 @@ void appendJsonString(std::string& out, std::string_view gameText) {
     for (char c : gameText) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x80) {
-            const QByteArray escaped =
-                QJsonDocument(QJsonArray{fromGameText(gameText)}).toJson(QJsonDocument::Compact);
+            const QByteArray escaped = QJsonDocument(QJsonArray{fromGameText(gameText)}).toJson(QJsonDocument::Compact);
             out.resize(from);
             out.append(escaped.constData() + 1, size_t(escaped.size() - 2));
             return;

@@ -28,8 +28,8 @@ constexpr const char* kProfile = "korvel-cli";
 const QStringList kCommands = {QStringLiteral("show"),        QStringLiteral("mount"),  QStringLiteral("unmount"),
                                QStringLiteral("top"),         QStringLiteral("up"),     QStringLiteral("down"),
                                QStringLiteral("bottom"),      QStringLiteral("delete"), QStringLiteral("mount-all"),
-                               QStringLiteral("unmount-all"), QStringLiteral("clean"),
-                               QStringLiteral("conflicts"),   QStringLiteral("check")};
+                               QStringLiteral("unmount-all"), QStringLiteral("clean"),  QStringLiteral("conflicts"),
+                               QStringLiteral("check")};
 
 int usage(const QString& text) {
     err() << "mounter: " << text << "\nRun 'korvel-cli mounter --help' for the options.\n";
@@ -215,7 +215,7 @@ int runMounter(const QStringList& args) {
         for (const MountedEntry& row : mounter.mounted().rows())
             stored.push_back(row.path);
         return command == QLatin1String("conflicts") ? runMountedConflicts(files, session.location, stored, json)
-                                                      : runMountedCheck(files, session.location, stored, json);
+                                                     : runMountedCheck(files, session.location, stored, json);
     }
     mounter.ScanUnmounted();
 

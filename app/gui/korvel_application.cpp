@@ -227,11 +227,12 @@ void KorvelApplication::saveBeforePlaying(bool launch) {
         return;
     // The game runs in its own folder, where it looks for its archives and settings, whatever folder
     // Korvel itself was started from.
-    const bool started = m_services.shell.launchWith(
-        fromGameText(ProfileSettings(m_store, m_session.currentGame).launchCommand()), m_session.locationExe,
-        m_session.location);
+    const bool started =
+        m_services.shell.launchWith(fromGameText(ProfileSettings(m_store, m_session.currentGame).launchCommand()),
+                                    m_session.locationExe, m_session.location);
     if (!started && !m_services.shell.launchFailure().isEmpty())
-        m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(), MessageIcon::Critical);
+        m_services.dialogs.message(QStringLiteral("Play Game"), m_services.shell.launchFailure(),
+                                   MessageIcon::Critical);
 }
 
 void KorvelApplication::closeWindow() {

@@ -48,7 +48,9 @@ public:
 MessageIcon failureIcon(const Failure& failure);
 
 // The program's own title for messages that have none of their own.
-inline QString programTitle() { return QStringLiteral("Korvel"); }
+inline QString programTitle() {
+    return QStringLiteral("Korvel");
+}
 
 // The general report of an unexpected error.
 QString unexpectedErrorText(int number, const QString& description);

@@ -93,8 +93,8 @@ void FileRegistry::refresh() {
     const QByteArray bytes = file.readAll();
     file.close();
     if (!bytes.trimmed().isEmpty() && !m_tree.deserialize(bytes)) {
-        const QString aside =
-            m_path + QStringLiteral(".damaged-") + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
+        const QString aside = m_path + QStringLiteral(".damaged-") +
+                              QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
         QFile::rename(m_path, aside);
         m_warnings << QStringLiteral("The settings file %1 was damaged. It has been kept as %2 and Korvel starts "
                                      "with fresh settings.")

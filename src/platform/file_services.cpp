@@ -25,7 +25,9 @@ namespace korvel {
 
 namespace {
 
-bool hasWildcard(std::string_view text) { return text.find_first_of("*?") != std::string_view::npos; }
+bool hasWildcard(std::string_view text) {
+    return text.find_first_of("*?") != std::string_view::npos;
+}
 
 bool isHiddenName(const QFileInfo& info) {
 #ifdef Q_OS_WIN
@@ -44,7 +46,9 @@ struct TypedEntry {
     bool isDir() const { return dir; }
 };
 
-bool isHiddenName(const TypedEntry&) { return false; }
+bool isHiddenName(const TypedEntry&) {
+    return false;
+}
 #endif
 
 // The six letters QSaveFile appends to a temporary's name, unless they read as a word in one case.
@@ -157,9 +161,8 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
             const std::string_view raw(entry->d_name);
             if (raw.front() == '.')
                 continue; // hidden here, "." and ".." included
-            const bool ascii = asciiAsIs && std::all_of(raw.begin(), raw.end(), [](char c) {
-                                   return static_cast<unsigned char>(c) < 0x80;
-                               });
+            const bool ascii = asciiAsIs && std::all_of(raw.begin(), raw.end(),
+                                                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
             consider(ascii ? std::optional<std::string>(raw) : encodeGameText(QFile::decodeName(entry->d_name)), [&] {
                 if (entry->d_type == DT_REG || entry->d_type == DT_DIR)
                     return TypedEntry{entry->d_type == DT_REG, entry->d_type == DT_DIR};
@@ -223,8 +226,8 @@ Result<std::string> FileServices::readAll(const std::string& path, qint64 limit)
     QFile file(host);
     if (host.isEmpty() || !file.open(QIODevice::ReadOnly)) {
         return readError(QStringLiteral("Could not open %1: %2")
-                             .arg(fromGameText(path), host.isEmpty() ? QStringLiteral("no drive is mapped for it")
-                                                                     : file.errorString()));
+                             .arg(fromGameText(path),
+                                  host.isEmpty() ? QStringLiteral("no drive is mapped for it") : file.errorString()));
     }
     if (file.size() > limit)
         return readError(QStringLiteral("%1 is too large to read.").arg(fromGameText(path)));

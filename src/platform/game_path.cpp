@@ -12,7 +12,9 @@ std::string FolderOf(std::string_view path) {
     return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
 }
 
-bool isAbsoluteGamePath(std::string_view path) { return path.size() >= 2 && path[1] == ':'; }
+bool isAbsoluteGamePath(std::string_view path) {
+    return path.size() >= 2 && path[1] == ':';
+}
 
 std::string withTrailingBackslash(std::string_view folder) {
     std::string out(folder);

@@ -460,7 +460,7 @@ bool OutputFolder::isOpen() const {
 OutputFolder OutputFolder::open(const QString& hostPath, FolderError& error) {
     OutputFolder folder;
     const QFileInfo info(hostPath);
-    error = !info.exists() ? failure(FolderFault::Missing, QStringLiteral("not found"))
+    error = !info.exists()  ? failure(FolderFault::Missing, QStringLiteral("not found"))
             : !info.isDir() ? failure(FolderFault::NotFolder, QStringLiteral("not a folder"))
                             : FolderError{};
     if (!error)
@@ -474,7 +474,7 @@ std::vector<FolderEntry> OutputFolder::list(FolderError& error) const {
     const QFileInfoList infos =
         QDir(m_path).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo& info : infos) {
-        const EntryKind kind = isLink(info)     ? EntryKind::Link
+        const EntryKind kind = isLink(info)    ? EntryKind::Link
                                : info.isDir()  ? EntryKind::Folder
                                : info.isFile() ? EntryKind::File
                                                : EntryKind::Other;
@@ -486,10 +486,10 @@ std::vector<FolderEntry> OutputFolder::list(FolderError& error) const {
 OutputFolder OutputFolder::child(const QString& name, FolderError& error) const {
     OutputFolder folder;
     const QFileInfo info(m_path + QLatin1Char('/') + name);
-    error = isLink(info)       ? failure(FolderFault::Link, QStringLiteral("a link"))
-            : !info.exists()   ? failure(FolderFault::Missing, QStringLiteral("not found"))
-            : !info.isDir()    ? failure(FolderFault::NotFolder, QStringLiteral("not a folder"))
-                               : FolderError{};
+    error = isLink(info)     ? failure(FolderFault::Link, QStringLiteral("a link"))
+            : !info.exists() ? failure(FolderFault::Missing, QStringLiteral("not found"))
+            : !info.isDir()  ? failure(FolderFault::NotFolder, QStringLiteral("not a folder"))
+                             : FolderError{};
     if (!error)
         folder.m_path = info.absoluteFilePath();
     return folder;

@@ -58,7 +58,7 @@ private:
 #else
     void* m_file = nullptr; // a QFile
 #endif
-    QString m_temporary; // the temporary name beside the target, until committed; empty for none
+    QString m_temporary;      // the temporary name beside the target, until committed; empty for none
     bool m_anonymous = false; // a file without a name yet (linked in by commit)
 };
 

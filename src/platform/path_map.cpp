@@ -203,8 +203,7 @@ Result<std::string> PathMap::gamePathOf(const QString& hostPath) const {
     char bestLetter = 0;
     qsizetype bestLength = -1;
     for (const auto& [letter, root] : m_drives) {
-        const bool holds = root == QLatin1String("/") ||
-                           clean == root || clean.startsWith(root + QLatin1Char('/'));
+        const bool holds = root == QLatin1String("/") || clean == root || clean.startsWith(root + QLatin1Char('/'));
         if (holds && root.size() > bestLength) {
             bestLetter = letter;
             bestLength = root.size();

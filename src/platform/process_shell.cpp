@@ -13,7 +13,8 @@ namespace {
 
 bool startOpener(const QString& target) {
 #ifdef Q_OS_WIN
-    return QProcess::startDetached(QStringLiteral("cmd"), {QStringLiteral("/c"), QStringLiteral("start"), QString(), target});
+    return QProcess::startDetached(QStringLiteral("cmd"),
+                                   {QStringLiteral("/c"), QStringLiteral("start"), QString(), target});
 #elif defined(Q_OS_MACOS)
     return QProcess::startDetached(QStringLiteral("open"), {target});
 #else
@@ -28,7 +29,9 @@ bool ProcessShell::openDocument(const std::string& gamePath) {
     return !host.isEmpty() && QFileInfo::exists(host) && startOpener(host);
 }
 
-bool ProcessShell::openUrl(const QString& url) { return startOpener(url); }
+bool ProcessShell::openUrl(const QString& url) {
+    return startOpener(url);
+}
 
 bool ProcessShell::launch(const std::string& executable, const std::string& workingFolder) {
     return launchWith(QString(), executable, workingFolder);

@@ -59,7 +59,9 @@ std::string RegistryTree::fullPath(RegistryRoot root, const std::string& subkey)
     return path;
 }
 
-std::string RegistryTree::fold(const std::string& text) { return upperGame(text); }
+std::string RegistryTree::fold(const std::string& text) {
+    return upperGame(text);
+}
 
 bool RegistryTree::keyExists(RegistryRoot root, const std::string& subkey) {
     if (root == RegistryRoot::None)

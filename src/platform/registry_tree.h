@@ -28,7 +28,7 @@ public:
 
 protected:
     struct Key {
-        std::string path;                                           // as first created
+        std::string path;                                                  // as first created
         std::map<std::string, std::pair<std::string, std::string>> values; // folded name -> (name, data)
     };
     static std::string fullPath(RegistryRoot root, const std::string& subkey);

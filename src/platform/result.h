@@ -27,10 +27,18 @@ struct Failure {
     QString title() const;
 };
 
-inline Failure readError(QString message) { return {FailureKind::ReadError, std::move(message)}; }
-inline Failure unexpectedError(QString message) { return {FailureKind::UnexpectedError, std::move(message)}; }
-inline Failure writeError(QString message) { return {FailureKind::WriteError, std::move(message)}; }
-inline Failure refused(QString message) { return {FailureKind::Refused, std::move(message)}; }
+inline Failure readError(QString message) {
+    return {FailureKind::ReadError, std::move(message)};
+}
+inline Failure unexpectedError(QString message) {
+    return {FailureKind::UnexpectedError, std::move(message)};
+}
+inline Failure writeError(QString message) {
+    return {FailureKind::WriteError, std::move(message)};
+}
+inline Failure refused(QString message) {
+    return {FailureKind::Refused, std::move(message)};
+}
 inline Failure changedOnDisk(QString message) {
     return {FailureKind::ChangedOnDisk, std::move(message)};
 }

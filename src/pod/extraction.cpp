@@ -287,9 +287,8 @@ private:
             if (found && found->kind == EntryKind::Folder) {
                 folder->dir = parent->dir.child(found->name, error);
             } else if (found) {
-                return m_options.createParents
-                           ? folderFailure(parent->dir.hostPath() + QLatin1Char('/') + found->name)
-                           : podRuntimeFailure(75);
+                return m_options.createParents ? folderFailure(parent->dir.hostPath() + QLatin1Char('/') + found->name)
+                                               : podRuntimeFailure(75);
             } else if (!m_options.createParents && !entryFolder) {
                 return podRuntimeFailure(76); // the desktop makes one level only
             } else {
@@ -416,8 +415,8 @@ Result<ExtractSummary> ExtractFiles(const FileServices& files, const PodDirector
         }
         if (!rootOpen) {
             const std::string root = folder.substr(0, folder.size() - 1);
-            if (auto failure = extractor.openRoot(files.hostPath(root), root, files,
-                                                   relative->find('\\') == std::string::npos))
+            if (auto failure =
+                    extractor.openRoot(files.hostPath(root), root, files, relative->find('\\') == std::string::npos))
                 return *failure;
             rootOpen = true;
         }

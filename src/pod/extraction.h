@@ -29,8 +29,8 @@ struct ExtractOptions {
 using ExtractProgress = std::function<void(int done, int total, std::string_view name)>;
 
 struct ExtractSummary {
-    int files = 0;       // files the run left on disk: entries less those written over
-    qint64 bytes = 0;    // bytes of every entry extracted
+    int files = 0;    // files the run left on disk: entries less those written over
+    qint64 bytes = 0; // bytes of every entry extracted
     double seconds = 0;
     int overwritten = 0; // entries whose file a later entry of the run wrote over (names equal but for case)
 };

@@ -25,8 +25,8 @@ constexpr qint64 kPod1Record = 40;
 constexpr qint64 kPod2Header = 96;
 constexpr qint64 kPod2Record = 20;
 constexpr qint64 kDirectoryChunk = qint64(256) << 10; // directory bytes read per call
-constexpr qint64 kNameChunk = qint64(64) << 10;      // name-table bytes read per call
-constexpr qint64 kTrackInfoLimit = qint64(16) << 20; // a track-information file is a few kilobytes
+constexpr qint64 kNameChunk = qint64(64) << 10;       // name-table bytes read per call
+constexpr qint64 kTrackInfoLimit = qint64(16) << 20;  // a track-information file is a few kilobytes
 
 qint32 int32At(const char* bytes) {
     quint32 value = 0;
@@ -287,7 +287,6 @@ struct PodReader {
         return std::nullopt;
     }
 };
-
 
 Failure podRuntimeFailure(int number) {
     QString description;

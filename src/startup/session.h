@@ -29,15 +29,15 @@ struct AutosaveSwitches {
 //     (`RepairGameRegistry` returns it, the owner applies it).
 // Everything else (the window, the panes, the dialogs) holds a `const Session&`.
 struct Session {
-    std::string versionText;    // "1.5 Build 12"; empty until start-up has run once
-    std::string currentGame;    // name of the loaded profile (its settings subkey)
+    std::string versionText; // "1.5 Build 12"; empty until start-up has run once
+    std::string currentGame; // name of the loaded profile (its settings subkey)
 
     // The loaded profile.
-    std::string location;       // game folder, no trailing "\"
-    std::string locationIni;    // its POD.INI
-    std::string locationExe;    // its executable
-    std::string mmpa;           // the counter's maximum text ("99")
-    bool configurator = false;  // the Monster Truck Madness 2 tools are on
+    std::string location;      // game folder, no trailing "\"
+    std::string locationIni;   // its POD.INI
+    std::string locationExe;   // its executable
+    std::string mmpa;          // the counter's maximum text ("99")
+    bool configurator = false; // the Monster Truck Madness 2 tools are on
 
     // As read at start-up: the very first start of a profile reads them before start-up has
     // written their defaults, so they are all off until the next start.

@@ -7,7 +7,9 @@
 namespace korvel::settings {
 
 inline constexpr std::string_view kProgramKey = "HKEY_CURRENT_USER\\Software\\Dunmere\\Korvel";
-inline std::string profileKey(std::string_view profile) { return std::string(kProgramKey) + "\\" + std::string(profile); }
+inline std::string profileKey(std::string_view profile) {
+    return std::string(kProgramKey) + "\\" + std::string(profile);
+}
 
 inline constexpr std::string_view kError = "Error"; // what a failed read yields
 inline constexpr char kListSeparator = '|';

@@ -7,9 +7,12 @@ namespace korvel {
 
 RegistryRoot SettingsStore::RootFromName(const std::string& name) {
     static const std::pair<const char*, RegistryRoot> kRoots[] = {
-        {"HKEY_CLASSES_ROOT", RegistryRoot::ClassesRoot},     {"HKEY_CURRENT_USER", RegistryRoot::CurrentUser},
-        {"HKEY_LOCAL_MACHINE", RegistryRoot::LocalMachine},   {"HKEY_USERS", RegistryRoot::Users},
-        {"HKEY_PERFORMANCE_DATA", RegistryRoot::PerformanceData}, {"HKEY_CURRENT_CONFIG", RegistryRoot::CurrentConfig},
+        {"HKEY_CLASSES_ROOT", RegistryRoot::ClassesRoot},
+        {"HKEY_CURRENT_USER", RegistryRoot::CurrentUser},
+        {"HKEY_LOCAL_MACHINE", RegistryRoot::LocalMachine},
+        {"HKEY_USERS", RegistryRoot::Users},
+        {"HKEY_PERFORMANCE_DATA", RegistryRoot::PerformanceData},
+        {"HKEY_CURRENT_CONFIG", RegistryRoot::CurrentConfig},
         {"HKEY_DYN_DATA", RegistryRoot::DynData},
     };
     for (const auto& [text, root] : kRoots) {

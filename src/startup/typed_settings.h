@@ -112,12 +112,12 @@ public:
     int top() const;
     std::optional<std::pair<int, int>> windowSize() const; // "Size": width,height in twips
     bool maximized() const;                                // "Maximized" is "1"
-    bool browse() const;                        // anything but "0"
-    std::string browseDir() const;              // as stored
-    std::vector<std::string> extraDirs() const; // the list, without empty entries
-    bool firstRun() const;                      // "FirstRun" anything but "0"
-    std::string codePage() const;               // "CodePage": empty when not set (the system's)
-    std::string launchCommand() const;          // "LaunchCommand": empty when the game starts itself
+    bool browse() const;                                   // anything but "0"
+    std::string browseDir() const;                         // as stored
+    std::vector<std::string> extraDirs() const;            // the list, without empty entries
+    bool firstRun() const;                                 // "FirstRun" anything but "0"
+    std::string codePage() const;                          // "CodePage": empty when not set (the system's)
+    std::string launchCommand() const;                     // "LaunchCommand": empty when the game starts itself
 
     // Writes, in the stored forms. Like every write to the store they report nothing here; a
     // failed save shows in SettingsStore::takeSaveFailure().

@@ -39,10 +39,10 @@ QPoint WindowSettings::visiblePosition(QPoint wanted, QSize size, const QList<QR
     for (const QRect& screen : screens) {
         if (screen.contains(grip) && screen.contains(titleBar.topLeft()))
             return wanted;
-        const qint64 dx = grip.x() < screen.left() ? screen.left() - grip.x()
+        const qint64 dx = grip.x() < screen.left()    ? screen.left() - grip.x()
                           : grip.x() > screen.right() ? grip.x() - screen.right()
                                                       : 0;
-        const qint64 dy = grip.y() < screen.top() ? screen.top() - grip.y()
+        const qint64 dy = grip.y() < screen.top()      ? screen.top() - grip.y()
                           : grip.y() > screen.bottom() ? grip.y() - screen.bottom()
                                                        : 0;
         if (dx * dx + dy * dy < nearestDistance) {

@@ -31,8 +31,8 @@ namespace korvel::testing {
 struct ChildLimits {
     std::chrono::milliseconds timeout{20000};
     QString workingDirectory; // empty: this process's
-    qint64 addressSpace = 0; // bytes of virtual memory (ignored under AddressSanitizer, which reserves terabytes)
-    qint64 fileSize = 0;     // the largest file the child may write; writes beyond fail with EFBIG
+    qint64 addressSpace = 0;  // bytes of virtual memory (ignored under AddressSanitizer, which reserves terabytes)
+    qint64 fileSize = 0;      // the largest file the child may write; writes beyond fail with EFBIG
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 };
 

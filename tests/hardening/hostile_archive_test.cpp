@@ -38,8 +38,8 @@ constexpr qint64 kMiB = qint64(1) << 20;
 
 const SparseArchive kSparseArchives[] = {
     {"POD2 of 64 MiB, a name table of NUL bytes, 1,000 entries", true, 64 * kMiB, 1000, 0, "Total Files: 1,000"},
-    {"POD2 of 64 MiB, a name table of NUL bytes, the most entries listed", true, 64 * kMiB, std::int32_t(kMaxPodEntries),
-     0, "Total Files: 1,048,576"},
+    {"POD2 of 64 MiB, a name table of NUL bytes, the most entries listed", true, 64 * kMiB,
+     std::int32_t(kMaxPodEntries), 0, "Total Files: 1,048,576"},
     {"POD2 of 64 MiB claiming 3,000,000 entries", true, 64 * kMiB, 3000000, 1,
      "This POD lists 3,000,000 files, more than Korvel can show."},
     {"POD1 of 4 GiB claiming 107,374,180 entries", false, qint64(4) << 30, std::int32_t(((qint64(4) << 30) - 84) / 40),
@@ -162,7 +162,8 @@ protected:
     void expectNothingOutsideChanged() {
         EXPECT_EQ(snapshot(m_drive.root() + QStringLiteral("/outside")), m_outside);
         for (const auto& [name, target] : GetParam().links)
-            EXPECT_TRUE(QFileInfo(m_drive.root() + "/dest/" + QLatin1String(name)).isSymLink()) << name << " was replaced";
+            EXPECT_TRUE(QFileInfo(m_drive.root() + "/dest/" + QLatin1String(name)).isSymLink())
+                << name << " was replaced";
     }
 
     TempDrive m_drive;

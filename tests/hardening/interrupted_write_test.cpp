@@ -79,7 +79,8 @@ protected:
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.POD"), QByteArray(bytes.data(), qsizetype(bytes.size()))));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.txt"), "an older listing\r\n"));
         const std::string small = PodWriter().comment("Small").add("DATA\\OLD.BIN", "old").pod2();
-        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/SMALL.POD"), QByteArray(small.data(), qsizetype(small.size()))));
+        ASSERT_TRUE(
+            writeFile(m_game + QStringLiteral("/SMALL.POD"), QByteArray(small.data(), qsizetype(small.size()))));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/LARGE.BIN"), "an older extraction"));
         ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/SMALL.BIN"), "an older small extraction"));
         // The program's key exists already, so that setting a value is one write.

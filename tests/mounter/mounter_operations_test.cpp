@@ -113,8 +113,8 @@ TEST_F(MountOperations, unmountsAndTrashesExactlyTheGivenRowsAfterAReorder) {
 TEST_F(MountOperations, dropsAndBrowsesPodFilesInOrderRelativeToTheGameFolderOnce) {
     mountedOf({"A.POD", "b.pod"}, {"ADDON\\X.POD", "Y.POD", "ADDON\\New.pod", "NOTES.TXT"});
     // Archives already mounted, under whatever case, are not mounted twice.
-    const Mounter::Outcome dropped = mounter().dropFiles(
-        {game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1);
+    const Mounter::Outcome dropped =
+        mounter().dropFiles({game("ADDON\\x.pod"), game("NOTES.TXT"), game("a.pod"), game("Y.POD"), game("B.POD")}, 1);
     ASSERT_TRUE(dropped.ok());
     EXPECT_EQ(joined(mounter().mounted()), "A.POD,ADDON\\X.POD,Y.POD,b.pod");
     EXPECT_EQ(selection(dropped.mounted), "+1,2"); // the new rows join the selection

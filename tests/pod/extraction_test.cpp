@@ -60,10 +60,11 @@ TEST(Extraction, copiesSelectedEntriesBeneathTheDestinationAndSumsTheirSizes) {
     drive.write(kOut + "\\a.bin", std::string(100, '.')); // the folder test finds an ordinary file
     drive.write(kOut + "\\SUB\\keep.txt", "x");
     std::vector<std::tuple<int, int, std::string>> calls;
-    auto done = ExtractFiles(drive.files(), listing, {0, 1, 2}, kOut, {},
-                             [&](int k, int total, std::string_view name) { calls.emplace_back(k, total, std::string(name)); });
+    auto done = ExtractFiles(drive.files(), listing, {0, 1, 2}, kOut, {}, [&](int k, int total, std::string_view name) {
+        calls.emplace_back(k, total, std::string(name));
+    });
     ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
-    EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "alpha" + std::string(95, '.')); // overwritten in place
+    EXPECT_EQ(drive.read(kOut + "\\A.BIN"), "alpha" + std::string(95, '.'));                   // overwritten in place
     EXPECT_EQ(QDir(drive.host(kOut)).entryList(QDir::Files), QStringList({"a.bin", "C.BIN"})); // whatever its case
     EXPECT_EQ(drive.read(kOut + "\\SUB\\B.BIN"), "bravo!");
     EXPECT_EQ(drive.read(kOut + "\\C.BIN"), std::string(3 << 20, 'c'));
@@ -187,8 +188,10 @@ TEST(Extraction, copiesEveryCorpusShapeByteForByteUnderBothRules) {
         shapes[1].entries.emplace_back("SIZES\\S" + std::to_string(i) + ".DAT", data);
     }
     shapes[2].what = "two large entries and small ones between";
-    shapes[2].entries = {{"BIG1.BIN", std::string(3 << 20, 'x')}, {"SMALL.TXT", "tiny"},
-                         {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')}, {"LAST.TXT", "last"}};
+    shapes[2].entries = {{"BIG1.BIN", std::string(3 << 20, 'x')},
+                         {"SMALL.TXT", "tiny"},
+                         {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')},
+                         {"LAST.TXT", "last"}};
     for (const Shape& shape : shapes) {
         for (bool cli : {false, true}) {
             SCOPED_TRACE(std::string(shape.what) + (cli ? " (command line)" : " (desktop)"));

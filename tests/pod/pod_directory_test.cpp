@@ -70,7 +70,8 @@ TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets
         EXPECT_EQ(listing->pod2, two);
         EXPECT_EQ(listing->comment, "Stock trucks");
         ASSERT_EQ(listing->entries.size(), 2u);
-        EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name), "TRUCK\\A.TRK|ART\\B.RAW");
+        EXPECT_EQ(std::string(listing->entries[0].name) + "|" + std::string(listing->entries[1].name),
+                  "TRUCK\\A.TRK|ART\\B.RAW");
         EXPECT_EQ(listing->entries[0].size, 3);
         EXPECT_EQ(listing->entries[1].end - listing->entries[0].start, 1003);
         EXPECT_EQ(listing->typeText, two ? "Truck (POD2)" : "Truck");
@@ -119,8 +120,8 @@ TEST(PodDirectory, splitsTheNameTableOnlyUpToTheCountAndRefusesOverlongNames) {
     EXPECT_EQ(listing->entries[1].name, "B.BIN");
     EXPECT_LT(listing->entries.memoryBytes(), 1000u) << "nothing of the table beyond the names wanted is kept";
     // A first name longer than any path: unreadable, not held.
-    std::string overlong = bytes.substr(0, 96 + 40) + std::string(size_t(kMaxPodNameLength) + 1, 'L') +
-                           std::string(1, '\0') + "B.BIN";
+    std::string overlong =
+        bytes.substr(0, 96 + 40) + std::string(size_t(kMaxPodNameLength) + 1, 'L') + std::string(1, '\0') + "B.BIN";
     putInt32(overlong, 96 + 8, std::int32_t(overlong.size() + 1));
     expectFailure(listBytes(drive, overlong + std::string(1, '\0') + "aabb"), FailureKind::ReadError,
                   unreadablePodText());

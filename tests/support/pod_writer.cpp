@@ -25,7 +25,9 @@ PodWriter& PodWriter::comment(std::string text) {
     return *this;
 }
 
-PodWriter& PodWriter::add(std::string name, std::string data) { return add(Entry{std::move(name), std::move(data), {}, {}}); }
+PodWriter& PodWriter::add(std::string name, std::string data) {
+    return add(Entry{std::move(name), std::move(data), {}, {}});
+}
 
 PodWriter& PodWriter::add(Entry entry) {
     m_entries.push_back(std::move(entry));

@@ -50,8 +50,8 @@ std::optional<QString> ScriptedDialogs::input(const QString& title, const QStrin
 }
 
 std::vector<std::string> ScriptedDialogs::openFiles(const OpenFileRequest& request) {
-    m_asked.push_back({QStringLiteral("open"), request.title, {}, {}, request.startFolder, request.filters,
-                       request.multiSelect});
+    m_asked.push_back(
+        {QStringLiteral("open"), request.title, {}, {}, request.startFolder, request.filters, request.multiSelect});
     if (m_files.empty()) {
         ++m_unscripted;
         return {};

@@ -11,8 +11,7 @@
 
 namespace korvel::testing {
 
-TempDrive::TempDrive()
-    : m_files(m_paths), m_services{m_paths, m_files, m_registry, m_dialogs, m_shell} {
+TempDrive::TempDrive() : m_files(m_paths), m_services{m_paths, m_files, m_registry, m_dialogs, m_shell} {
     if (!m_dir.isValid())
         throw std::runtime_error("no temporary folder");
     m_paths.mapDrive('C', m_dir.path());
@@ -35,9 +34,13 @@ std::string TempDrive::read(const std::string& gamePath) const {
     return std::string(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
-bool TempDrive::exists(const std::string& gamePath) const { return QFileInfo::exists(host(gamePath)); }
+bool TempDrive::exists(const std::string& gamePath) const {
+    return QFileInfo::exists(host(gamePath));
+}
 
-void TempDrive::makeFolder(const std::string& gamePath) { QDir().mkpath(host(gamePath)); }
+void TempDrive::makeFolder(const std::string& gamePath) {
+    QDir().mkpath(host(gamePath));
+}
 
 void TempDrive::remove(const std::string& gamePath) {
     const QString path = host(gamePath);

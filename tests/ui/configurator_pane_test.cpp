@@ -189,7 +189,7 @@ TEST(ConfiguratorPaneInWindow, savesOnlyOnceTheWindowHasOpenedAndRepairsTheRegis
     ASSERT_TRUE(pane->LoadDrivers());
     ASSERT_TRUE(pane->LoadMonsterIni());
     EXPECT_EQ(pane->drivers().count(), 3);
-    window.ShowConfigurator("0"); // the pane up while the window opens, its controls enabled
+    window.ShowConfigurator("0");                         // the pane up while the window opens, its controls enabled
     const std::string before = f.drive.read(kMonsterIni); // changes before the window shows wait for a save
     auto* track = pane->findChild<QCheckBox*>("chkTrack");
     ASSERT_TRUE(track->isEnabled());

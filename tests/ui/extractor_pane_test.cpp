@@ -136,13 +136,13 @@ TEST(ExtractorPane, everyFailedExtractionIsReportedAndThePaneWorksAgain) {
     const std::string kOut = "C:\\Out";
     const struct {
         const char* name;
-        std::string entry;        // the second entry; the first, GOOD.BIN, always comes first
-        bool corrupt;             // the entry ends past the archive's end
-        bool extractTo;           // Extract To into C:\Out rather than the button into the game folder
-        bool outHoldsAFile;       // C:\Out exists and holds a file (so it counts as there)
-        std::string blocker;      // a folder in the way of the entry's file
+        std::string entry;   // the second entry; the first, GOOD.BIN, always comes first
+        bool corrupt;        // the entry ends past the archive's end
+        bool extractTo;      // Extract To into C:\Out rather than the button into the game folder
+        bool outHoldsAFile;  // C:\Out exists and holds a file (so it counts as there)
+        std::string blocker; // a folder in the way of the entry's file
         const char* title;
-        const char* text;         // empty: any text
+        const char* text; // empty: any text
     } cases[] = {
         {"corrupt directory", "Z.BIN", true, false, false, "", "Read Error", "This POD appears to be corrupt!"},
         {"Extract To an existing empty folder", "Z.BIN", false, true, false, "", "Unexpected Error", ""},

@@ -248,8 +248,8 @@ TEST(OptionsDialogWeb, showsTheAddressesWritesOnlyChangedOnesAndRefusesOnesThatC
     EXPECT_FALSE(f.dialog->isVisible());
     EXPECT_EQ(f.registry.written,
               (std::vector<std::string>{"AS-POD", "AS-Player", "AS-Monster", "AS-Change", "AS-Exit", "Flat", "Slide",
-                                        "Configurator", "Autosort", "Browse", "BrowseDir", "ExtraDirs", "Lock", "CodePage", "LaunchCommand",
-                                        "TrackSite", "TrackListAddress"}));
+                                        "Configurator", "Autosort", "Browse", "BrowseDir", "ExtraDirs", "Lock",
+                                        "CodePage", "LaunchCommand", "TrackSite", "TrackListAddress"}));
     EXPECT_EQ(f.store.readProgram(settings::kTrackSite), "");
     EXPECT_EQ(f.store.readProgram(settings::kTrackListAddress), "https://tracks.test/list.txt");
     EXPECT_EQ(f.store.readProgram(settings::kSupportAddress), "help@korvel.test");

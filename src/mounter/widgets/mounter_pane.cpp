@@ -491,7 +491,8 @@ void MounterPane::checkMountedPods() {
     for (const MountedEntry& row : m_mounter.mounted().rows())
         stored.push_back(row.path);
     Result<std::vector<MountedCheck>> checks = [&] {
-        ui::ProgressWindow progress(window(), QStringLiteral("Check PODs"), QStringLiteral("Checking the mounted PODs..."));
+        ui::ProgressWindow progress(window(), QStringLiteral("Check PODs"),
+                                    QStringLiteral("Checking the mounted PODs..."));
         return checkMountedArchives(m_services.files, m_session.location, stored, progress.callback());
     }();
     if (!checks) {

@@ -13,7 +13,9 @@ bool DesktopShell::openDocument(const std::string& gamePath) {
     return !host.isEmpty() && QFileInfo::exists(host) && QDesktopServices::openUrl(QUrl::fromLocalFile(host));
 }
 
-bool DesktopShell::openUrl(const QString& url) { return QDesktopServices::openUrl(QUrl(url)); }
+bool DesktopShell::openUrl(const QString& url) {
+    return QDesktopServices::openUrl(QUrl(url));
+}
 
 bool DesktopShell::launch(const std::string& executable, const std::string& workingFolder) {
     return launchWith(QString(), executable, workingFolder);

@@ -6,8 +6,7 @@
 
 namespace korvel {
 
-MessageAnswer QtDialogs::message(const QString& title, const QString& text, MessageIcon icon,
-                                 MessageButtons buttons) {
+MessageAnswer QtDialogs::message(const QString& title, const QString& text, MessageIcon icon, MessageButtons buttons) {
     QMessageBox box(m_parent);
     box.setWindowTitle(title);
     box.setText(text);
@@ -50,7 +49,7 @@ MessageAnswer QtDialogs::message(const QString& title, const QString& text, Mess
     case QMessageBox::Cancel:
         return MessageAnswer::Cancel;
     default:
-        return buttons == MessageButtons::Ok ? MessageAnswer::Ok
+        return buttons == MessageButtons::Ok      ? MessageAnswer::Ok
                : buttons == MessageButtons::YesNo ? MessageAnswer::No
                                                   : MessageAnswer::Cancel;
     }
@@ -74,7 +73,8 @@ std::vector<std::string> QtDialogs::openFiles(const OpenFileRequest& request) {
     if (request.multiSelect) {
         chosen = QFileDialog::getOpenFileNames(m_parent, request.title, start, filters.join(QStringLiteral(";;")));
     } else {
-        const QString one = QFileDialog::getOpenFileName(m_parent, request.title, start, filters.join(QStringLiteral(";;")));
+        const QString one =
+            QFileDialog::getOpenFileName(m_parent, request.title, start, filters.join(QStringLiteral(";;")));
         if (!one.isEmpty())
             chosen << one;
     }

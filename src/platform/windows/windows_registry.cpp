@@ -8,7 +8,9 @@ namespace korvel {
 
 namespace {
 
-HKEY handleOf(RegistryRoot root) { return reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(static_cast<LONG>(root))); }
+HKEY handleOf(RegistryRoot root) {
+    return reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(static_cast<LONG>(root)));
+}
 
 } // namespace
 

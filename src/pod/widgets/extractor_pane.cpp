@@ -362,9 +362,9 @@ bool ExtractorPane::ExtractFiles(const std::vector<size_t>& entries, const std::
     beginRun(entries.size());
     QElapsedTimer sincePaint;
     sincePaint.start();
-    Result<ExtractSummary> done = korvel::ExtractFiles(
-        m_services.files, m_model->listing(), entries, destination, {},
-        [&](int count, int, std::string_view name) { showProgress(count, name, sincePaint); });
+    Result<ExtractSummary> done =
+        korvel::ExtractFiles(m_services.files, m_model->listing(), entries, destination, {},
+                             [&](int count, int, std::string_view name) { showProgress(count, name, sincePaint); });
     m_working = false;
     if (!done) {
         stopRun(done.failure());
