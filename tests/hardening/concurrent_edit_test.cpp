@@ -16,17 +16,6 @@
 namespace korvel::testing {
 namespace {
 
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
 // Two commands (%g: the game folder) racing over one file, which starts each round as `start`;
 // afterwards it must hold every text of `kept` and none of `gone`.
 struct RacingEdit {
