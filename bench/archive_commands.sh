@@ -20,49 +20,30 @@ for name in $only; do
 done
 
 out=$corpus/out
-timing=$(mktemp)
-peakfile=$(mktemp)
-trap 'rm -rf "$out" "$timing" "$peakfile"' EXIT
-
-# median RUNS CMD...: median wall time in ms of RUNS runs (output folder emptied before each run);
-# leaves the largest peak RSS (KiB) in $peakfile (read it with peak_mib).
-median() {
-    local count=$1
-    shift
-    local times=() start end peak=0
-    for ((i = 0; i < count; i++)); do
-        rm -rf "$out" && mkdir -p "$out"
-        sync
-        start=$(date +%s%N)
-        /usr/bin/time -f %M -o "$timing" "$@" >/dev/null 2>&1
-        end=$(date +%s%N)
-        times+=($(((end - start) / 1000)))
-        local rss
-        rss=$(tail -n 1 "$timing")
-        ((rss > peak)) && peak=$rss
-    done
-    echo "$peak" >"$peakfile"
-    local middle
-    middle=$(printf '%s\n' "${times[@]}" | sort -n | sed -n "$(((count + 1) / 2))p")
-    awk -v us="$middle" 'BEGIN { printf "%.1f", us / 1000 }'
+source "$(dirname "$0")/lib/timing.sh"
+trap 'rm -rf "$out" "$timing" "$peakfile" "$cpufile"' EXIT
+# Every run writes into an emptied folder, with the previous run's writes already on the disk.
+before_run() {
+    rm -rf "$out" && mkdir -p "$out"
+    sync
 }
 
-mib() { awk -v k="$1" 'BEGIN { printf "%.1f", k / 1024 }'; }
-peak_mib() { mib "$(cat "$peakfile")"; }
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
-
 echo
-echo "Process start (median of $((runs * 3)) runs):"
+echo "Process start (median of $((runs * 3)) batches of back-to-back runs):"
 echo
 echo "| Command | ms | trivial process (/bin/true) ms | difference ms | peak MiB |"
 echo "|---|---|---|---|---|"
-true_ms=$(median $((runs * 3)) /bin/true)
-start_ms=$(median $((runs * 3)) "$cli" --version)
-start_peak=$(peak_mib)
-echo "| korvel-cli --version | $start_ms | $true_ms | $(awk -v a="$start_ms" -v b="$true_ms" 'BEGIN { printf "%.1f", a - b }') | $start_peak |"
+true_ms=$(quick $((runs * 3)) /bin/true)
+# A small listing: the 64 entries of the `big` corpus (its directory is 2.6 KB).
+for command in "--version" "list $corpus/big.pod"; do
+    # shellcheck disable=SC2086 # the command's words
+    start_ms=$(quick $((runs * 3)) "$cli" $command)
+    echo "| korvel-cli ${command/$corpus\//} | $start_ms | $true_ms |" \
+        "$(awk -v a="$start_ms" -v b="$true_ms" 'BEGIN { printf "%.2f", a - b }') | $(peak_mib) |"
+done
 
 echo
-echo "Listing (median of $runs runs; ratios are korvel-cli / peer):"
+echo "Listing (median of $runs batches of back-to-back runs; ratios are korvel-cli / peer):"
 echo
 echo "| Corpus | korvel-cli ms | read limit ms | GNU tar -tf ms | bsdtar -tf ms | unzip -l ms | / read limit | / GNU tar | / bsdtar | / unzip | peak MiB |"
 echo "|---|---|---|---|---|---|---|---|---|---|---|"
@@ -74,12 +55,12 @@ for name in $only; do
     else
         dirbytes=$((84 + 40 * $(od -An -t d4 -j 0 -N 4 "$archive" | tr -d ' ')))
     fi
-    read_ms=$(median "$runs" head -c "$dirbytes" "$archive")
-    list_ms=$(median "$runs" "$cli" list "$archive")
+    read_ms=$(quick "$runs" head -c "$dirbytes" "$archive")
+    list_ms=$(quick "$runs" "$cli" list "$archive")
     list_peak=$(peak_mib)
-    gnu_ms=$(median "$runs" tar -tf "$corpus/$name.tar")
-    bsd_ms=$(median "$runs" bsdtar -tf "$corpus/$name.tar")
-    zip_ms=$(median "$runs" unzip -l "$corpus/$name.zip")
+    gnu_ms=$(quick "$runs" tar -tf "$corpus/$name.tar")
+    bsd_ms=$(quick "$runs" bsdtar -tf "$corpus/$name.tar")
+    zip_ms=$(quick "$runs" unzip -l "$corpus/$name.zip")
     echo "| $name | $list_ms | $read_ms (head -c $dirbytes) | $gnu_ms | $bsd_ms | $zip_ms |" \
         "$(ratio "$list_ms" "$read_ms") | $(ratio "$list_ms" "$gnu_ms") | $(ratio "$list_ms" "$bsd_ms") |" \
         "$(ratio "$list_ms" "$zip_ms") | $list_peak |"
