@@ -15,10 +15,6 @@ namespace korvel {
 
 namespace {
 
-// A holder that has not let go after this long is taken for dead even when its process cannot be
-// checked (another machine sharing the folder). Every locked operation is far shorter.
-constexpr int kStaleAfterMs = 30000;
-
 // The locks this thread holds, by the lock file's absolute path.
 std::map<QString, std::weak_ptr<QLockFile>>& heldLocks() {
     thread_local std::map<QString, std::weak_ptr<QLockFile>> held;
@@ -27,7 +23,8 @@ std::map<QString, std::weak_ptr<QLockFile>>& heldLocks() {
 
 } // namespace
 
-Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::milliseconds wait) {
+std::variant<FileLock, FileLock::Refusal> FileLock::tryAcquire(const QString& hostPath, std::chrono::milliseconds wait,
+                                                               std::chrono::milliseconds staleAfter) {
     const QString lockPath = hostPath + QStringLiteral(".lock");
     const QString key = QFileInfo(lockPath).absoluteFilePath();
     auto& held = heldLocks();
@@ -35,7 +32,7 @@ Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::millise
     if (const auto found = held.find(key); found != held.end())
         return FileLock(found->second.lock());
     auto lock = std::make_shared<QLockFile>(lockPath);
-    lock->setStaleLockTime(kStaleAfterMs);
+    lock->setStaleLockTime(int(staleAfter.count()));
     // Short pauses first: the holder of a game file's lock lets go within milliseconds, and
     // QLockFile's own wait never sleeps less than a tenth of a second.
     QElapsedTimer clock;
@@ -52,27 +49,50 @@ Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::millise
         return FileLock(std::move(lock));
     }
 
-    const QString file = QDir::toNativeSeparators(hostPath);
-    QString message;
+    Refusal refusal;
+    refusal.lockPath = lockPath;
     switch (lock->error()) {
-    case QLockFile::LockFailedError:
-        message = QStringLiteral("%1 is being changed by another program, which holds its lock file %2. Nothing "
-                                 "was changed; try again when that program has finished.")
-                      .arg(file, QDir::toNativeSeparators(lockPath));
+    case QLockFile::LockFailedError: {
+        refusal.reason = Refusal::Reason::HeldByAnother;
+        qint64 pid = 0;
+        QString host;
+        if (lock->getLockInfo(&pid, &host, &refusal.holderApplication))
+            refusal.holderPid = pid;
         break;
+    }
     case QLockFile::PermissionError:
-        message = QStringLiteral("Could not lock %1: the lock file %2 cannot be created (permission denied). "
-                                 "Nothing was changed.")
-                      .arg(file, QDir::toNativeSeparators(lockPath));
+        refusal.reason = Refusal::Reason::PermissionDenied;
         break;
     case QLockFile::NoError:
     case QLockFile::UnknownError:
-        message = QStringLiteral("Could not lock %1: the lock file %2 cannot be created. Nothing was changed.")
-                      .arg(file, QDir::toNativeSeparators(lockPath));
+        refusal.reason = Refusal::Reason::CannotCreate;
         break;
     }
-    qCInfo(lcPlatform) << "lock refused:" << message;
-    return writeError(message);
+    qCInfo(lcPlatform) << "lock refused:" << lockPath << lock->error();
+    return refusal;
+}
+
+Result<FileLock> FileLock::acquire(const QString& hostPath, std::chrono::milliseconds wait) {
+    auto attempt = tryAcquire(hostPath, wait);
+    if (auto* lock = std::get_if<FileLock>(&attempt))
+        return std::move(*lock);
+    const Refusal& refusal = std::get<Refusal>(attempt);
+    const QString file = QDir::toNativeSeparators(hostPath);
+    const QString lockFile = QDir::toNativeSeparators(refusal.lockPath);
+    switch (refusal.reason) {
+    case Refusal::Reason::HeldByAnother:
+        return writeError(QStringLiteral("%1 is being changed by another program, which holds its lock file %2. "
+                                         "Nothing was changed; try again when that program has finished.")
+                              .arg(file, lockFile));
+    case Refusal::Reason::PermissionDenied:
+        return writeError(QStringLiteral("Could not lock %1: the lock file %2 cannot be created (permission "
+                                         "denied). Nothing was changed.")
+                              .arg(file, lockFile));
+    case Refusal::Reason::CannotCreate:
+        break;
+    }
+    return writeError(QStringLiteral("Could not lock %1: the lock file %2 cannot be created. Nothing was changed.")
+                          .arg(file, lockFile));
 }
 
 FileLock::FileLock(std::shared_ptr<QLockFile> lock) : m_lock(std::move(lock)) {}

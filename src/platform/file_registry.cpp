@@ -6,11 +6,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QStandardPaths>
 #include <QStorageInfo>
 
 #include <cerrno>
+#include <utility>
 
 namespace korvel {
 
@@ -115,34 +115,33 @@ void FileRegistry::recordFailure(const QString& reason) {
         m_saveFailure = reason;
 }
 
-bool FileRegistry::lock(QLockFile& lock) {
+std::optional<FileLock> FileRegistry::lock() {
     const QString folder = QFileInfo(m_path).absolutePath();
     if (!QDir().mkpath(folder)) {
         recordFailure(QStringLiteral("Cannot create the folder %1 for the settings file; a setting was not saved.")
                           .arg(QDir::toNativeSeparators(folder)));
-        return false;
+        return std::nullopt;
     }
-    lock.setStaleLockTime(10000);
-    if (lock.tryLock(5000))
-        return true;
-    const QString lockPath = QDir::toNativeSeparators(m_path + QStringLiteral(".lock"));
-    switch (lock.error()) {
-    case QLockFile::LockFailedError: {
-        qint64 pid = 0;
-        QString host, application;
-        const QString holder = lock.getLockInfo(&pid, &host, &application)
-                                   ? QStringLiteral(" (process %1 %2)").arg(pid).arg(application)
-                                   : QString();
+    auto attempt = FileLock::tryAcquire(m_path, kLockWait, kLockStaleAfter);
+    if (auto* held = std::get_if<FileLock>(&attempt))
+        return std::move(*held);
+    const FileLock::Refusal& refusal = std::get<FileLock::Refusal>(attempt);
+    const QString lockPath = QDir::toNativeSeparators(refusal.lockPath);
+    switch (refusal.reason) {
+    case FileLock::Refusal::Reason::HeldByAnother: {
+        const QString holder =
+            refusal.holderPid
+                ? QStringLiteral(" (process %1 %2)").arg(*refusal.holderPid).arg(refusal.holderApplication)
+                : QString();
         recordFailure(QStringLiteral("The settings file %1 is locked by another program%2; a setting was not saved.")
                           .arg(QDir::toNativeSeparators(m_path), holder));
-        return false;
+        return std::nullopt;
     }
-    case QLockFile::PermissionError:
+    case FileLock::Refusal::Reason::PermissionDenied:
         recordFailure(QStringLiteral("Cannot create the lock file %1: permission denied; a setting was not saved.")
                           .arg(lockPath));
-        return false;
-    case QLockFile::NoError:
-    case QLockFile::UnknownError:
+        return std::nullopt;
+    case FileLock::Refusal::Reason::CannotCreate:
         break;
     }
     QString reason = whyNoFileIn(folder, 64);
@@ -152,7 +151,7 @@ bool FileRegistry::lock(QLockFile& lock) {
                                                                   : QStringLiteral("the system refused it");
     }
     recordFailure(QStringLiteral("Cannot create the lock file %1: %2; a setting was not saved.").arg(lockPath, reason));
-    return false;
+    return std::nullopt;
 }
 
 bool FileRegistry::save() {
@@ -182,8 +181,8 @@ template <typename Change> bool FileRegistry::change(Change&& apply) {
         m_groupChanged = true;
         return true;
     }
-    QLockFile lockFile(m_path + QStringLiteral(".lock"));
-    if (!lock(lockFile))
+    const std::optional<FileLock> held = lock();
+    if (!held)
         return false;
     // Force a re-read: another instance may have written within the same timestamp tick.
     m_loadedSize = -2;
@@ -197,8 +196,8 @@ void FileRegistry::beginChanges() {
     if (m_groupDepth++ > 0)
         return;
     m_groupChanged = false;
-    auto held = std::make_unique<QLockFile>(m_path + QStringLiteral(".lock"));
-    m_groupFailed = !lock(*held);
+    std::optional<FileLock> held = lock();
+    m_groupFailed = !held;
     if (m_groupFailed)
         return;
     m_loadedSize = -2;
@@ -209,7 +208,7 @@ void FileRegistry::beginChanges() {
 bool FileRegistry::endChanges() {
     if (m_groupDepth == 0 || --m_groupDepth > 0)
         return !m_groupFailed;
-    const std::unique_ptr<QLockFile> held = std::move(m_groupLock); // released once saved
+    const std::optional<FileLock> held = std::exchange(m_groupLock, std::nullopt); // released once saved
     const bool saved = !m_groupFailed && (!m_groupChanged || save());
     m_groupFailed = false;
     m_groupChanged = false;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "file_lock.h"
 #include "registry_tree.h"
 
 #include <QDateTime>
-#include <QLockFile>
 #include <QString>
 
-#include <memory>
+#include <chrono>
+#include <optional>
 
 namespace korvel {
 
@@ -40,11 +41,16 @@ public:
     bool endChanges() override;
 
 private:
+    // A settings change is short: another instance waits this long for it, and a lock file older
+    // than the stale time is taken for dead.
+    static constexpr std::chrono::milliseconds kLockWait{5000};
+    static constexpr std::chrono::milliseconds kLockStaleAfter{10000};
+
     void refresh();
     void checkWritable();
     template <typename Change> bool change(Change&& apply);
-    // Takes the lock beside the file; false (the reason recorded) when it cannot be had.
-    bool lock(QLockFile& lock);
+    // Takes the lock beside the file; none (the reason recorded) when it cannot be had.
+    std::optional<FileLock> lock();
     bool save();
     void recordFailure(const QString& reason);
 
@@ -56,7 +62,7 @@ private:
     std::optional<QString> m_saveFailure;
 
     // An open group of changes: the lock held throughout, the changes kept in memory until the end.
-    std::unique_ptr<QLockFile> m_groupLock;
+    std::optional<FileLock> m_groupLock;
     int m_groupDepth = 0;
     bool m_groupChanged = false;
     bool m_groupFailed = false;

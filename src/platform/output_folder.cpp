@@ -4,10 +4,10 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #ifdef Q_OS_UNIX
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <dirent.h>
@@ -20,6 +20,7 @@
 #include <QFileInfo>
 
 #include <filesystem>
+#include <memory>
 #endif
 
 namespace korvel {
@@ -32,7 +33,66 @@ QString temporaryName(const QString& forName) {
            QString::number(QRandomGenerator::system()->generate64(), 16);
 }
 
+QString beneath(const QString& folder, const QString& name) {
+    return folder + QLatin1Char('/') + name;
+}
+
+struct Temporary {
+    QString name; // empty when none could be made
+    int error = 0;
+};
+
+// Makes something under a fresh temporary name for `forName`: `make` tries one name and answers 0 or
+// the system's error. A name that is taken (EEXIST) is followed by another, up to sixteen in all.
+template <typename Make> Temporary makeUnderTemporaryName(const QString& forName, Make&& make) {
+    int error = EEXIST;
+    for (int attempt = 0; attempt < 16 && error == EEXIST; ++attempt) {
+        QString name = temporaryName(forName);
+        error = make(name);
+        if (error == 0)
+            return {std::move(name), 0};
+    }
+    return {QString(), error};
+}
+
+// Why reading the archive gave `got` bytes where more were wanted; each system words it.
+FolderError archiveReadFailure(qint64 got);
+
+// Copies `length` bytes at `from` of the archive to `offset` of `out` through a buffer in memory.
+FolderError copyThroughBuffer(OutputFile& out, const ArchiveFile& archive, qint64 from, qint64 offset, qint64 length) {
+    if (length <= 0)
+        return {};
+    std::vector<char> buffer(size_t(std::min<qint64>(length, qint64(1) << 20)));
+    while (length > 0) {
+        const qint64 got = archive.readAt(from, buffer.data(), std::min<qint64>(length, qint64(buffer.size())));
+        if (got <= 0)
+            return archiveReadFailure(got);
+        if (FolderError error = out.writeAt(offset, buffer.data(), got))
+            return error;
+        from += got;
+        offset += got;
+        length -= got;
+    }
+    return {};
+}
+
 } // namespace
+
+OutputFile::OutputFile(OutputFile&& other) noexcept {
+    *this = std::move(other);
+}
+
+OutputFile::~OutputFile() {
+    reset();
+}
+
+OutputFolder::OutputFolder(OutputFolder&& other) noexcept {
+    *this = std::move(other);
+}
+
+OutputFolder::~OutputFolder() {
+    reset();
+}
 
 #ifdef Q_OS_UNIX
 
@@ -81,11 +141,17 @@ FolderError linkAwareError(int folder, const QByteArray& name, int code) {
     return errorFrom(code);
 }
 
-} // namespace
+void closeDescriptor(int& fd) {
+    if (fd >= 0)
+        ::close(fd);
+    fd = -1;
+}
 
-OutputFile::OutputFile(OutputFile&& other) noexcept
-    : m_fd(std::exchange(other.m_fd, -1)), m_temporary(std::move(other.m_temporary)),
-      m_anonymous(std::exchange(other.m_anonymous, false)) {}
+FolderError archiveReadFailure(qint64 got) {
+    return got < 0 ? errorFrom(errno) : FolderError{FolderFault::Other, QStringLiteral("the archive ended")};
+}
+
+} // namespace
 
 OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
     if (this != &other) {
@@ -97,14 +163,8 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
     return *this;
 }
 
-OutputFile::~OutputFile() {
-    reset();
-}
-
 void OutputFile::reset() {
-    if (m_fd >= 0)
-        ::close(m_fd);
-    m_fd = -1;
+    closeDescriptor(m_fd);
     m_temporary.clear();
     m_anonymous = false;
 }
@@ -148,24 +208,8 @@ FolderError OutputFile::copyFrom(const ArchiveFile& archive, qint64 from, qint64
     from = in;
     offset = out;
 #endif
-    if (length <= 0)
-        return {};
-    std::vector<char> buffer(size_t(std::min<qint64>(length, qint64(1) << 20)));
-    while (length > 0) {
-        const qint64 got = archive.readAt(from, buffer.data(), std::min<qint64>(length, qint64(buffer.size())));
-        if (got <= 0)
-            return got < 0 ? errorFrom(errno) : FolderError{FolderFault::Other, QStringLiteral("the archive ended")};
-        if (FolderError error = writeAt(offset, buffer.data(), got))
-            return error;
-        from += got;
-        offset += got;
-        length -= got;
-    }
-    return {};
+    return copyThroughBuffer(*this, archive, from, offset, length);
 }
-
-OutputFolder::OutputFolder(OutputFolder&& other) noexcept
-    : m_path(std::move(other.m_path)), m_fd(std::exchange(other.m_fd, -1)) {}
 
 OutputFolder& OutputFolder::operator=(OutputFolder&& other) noexcept {
     if (this != &other) {
@@ -176,14 +220,8 @@ OutputFolder& OutputFolder::operator=(OutputFolder&& other) noexcept {
     return *this;
 }
 
-OutputFolder::~OutputFolder() {
-    reset();
-}
-
 void OutputFolder::reset() {
-    if (m_fd >= 0)
-        ::close(m_fd);
-    m_fd = -1;
+    closeDescriptor(m_fd);
 }
 
 bool OutputFolder::isOpen() const {
@@ -233,7 +271,7 @@ std::vector<FolderEntry> OutputFolder::list(FolderError& error) const {
 
 OutputFolder OutputFolder::child(const QString& name, FolderError& error) const {
     OutputFolder folder;
-    folder.m_path = m_path + QLatin1Char('/') + name;
+    folder.m_path = beneath(m_path, name);
     const QByteArray bytes = encoded(name);
     folder.m_fd = openRelative(m_fd, bytes, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
     error = folder.m_fd < 0 ? linkAwareError(m_fd, bytes, errno) : FolderError{};
@@ -267,53 +305,40 @@ OutputFile OutputFolder::createTemporary(const QString& forName, FolderError& er
         return file;
     }
 #endif
-    for (int attempt = 0; attempt < 16; ++attempt) {
-        const QString name = temporaryName(forName);
+    const Temporary made = makeUnderTemporaryName(forName, [&](const QString& name) {
         file.m_fd = openRelative(m_fd, encoded(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
-        if (file.m_fd >= 0) {
-            file.m_temporary = name;
-            return file;
-        }
-        if (errno != EEXIST)
-            break;
-    }
-    error = errorFrom(errno);
+        return file.m_fd >= 0 ? 0 : errno;
+    });
+    file.m_temporary = made.name;
+    if (made.error != 0)
+        error = errorFrom(made.error);
     return file;
 }
 
 FolderError OutputFolder::commit(OutputFile& file, const QString& name, bool replace) const {
     const QByteArray target = encoded(name);
-    FolderError error;
+    // The file is closed whatever the outcome.
+    const auto closing = [&file](FolderError error) {
+        file.reset();
+        return error;
+    };
     if (file.m_anonymous) {
         char self[64];
         std::snprintf(self, sizeof self, "/proc/self/fd/%d", file.m_fd);
-        if (::linkat(AT_FDCWD, self, m_fd, target.constData(), AT_SYMLINK_FOLLOW) == 0) {
-            file.reset();
-            return {};
-        }
-        if (errno != EEXIST || !replace) {
-            error = errorFrom(errno);
-            file.reset();
-            return error;
-        }
+        const auto linkAs = [&](const QByteArray& as) {
+            return ::linkat(AT_FDCWD, self, m_fd, as.constData(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+        };
+        const int linked = linkAs(target);
+        if (linked != EEXIST || !replace)
+            return closing(linked == 0 ? FolderError{} : errorFrom(linked));
         // The name is taken: link the file in under a temporary name, then rename that over it.
-        for (int attempt = 0; attempt < 16; ++attempt) {
-            const QString temporary = temporaryName(name);
-            if (::linkat(AT_FDCWD, self, m_fd, encoded(temporary).constData(), AT_SYMLINK_FOLLOW) == 0) {
-                file.m_temporary = temporary;
-                break;
-            }
-            if (errno != EEXIST) {
-                error = errorFrom(errno);
-                file.reset();
-                return error;
-            }
-        }
-        if (file.m_temporary.isEmpty()) {
-            file.reset();
-            return errorFrom(EEXIST);
-        }
+        const Temporary made =
+            makeUnderTemporaryName(name, [&](const QString& temporary) { return linkAs(encoded(temporary)); });
+        if (made.error != 0)
+            return closing(errorFrom(made.error));
+        file.m_temporary = made.name;
     }
+    FolderError error;
     const QByteArray from = encoded(file.m_temporary);
     int status;
     if (replace) {
@@ -338,8 +363,7 @@ void OutputFolder::discard(OutputFile& file) const {
 }
 
 ArchiveFile::~ArchiveFile() {
-    if (m_fd >= 0)
-        ::close(m_fd);
+    closeDescriptor(m_fd);
 }
 
 bool ArchiveFile::open(const QString& hostPath) {
@@ -388,10 +412,11 @@ FolderError failure(FolderFault fault, const QString& reason) {
     return FolderError{fault, reason};
 }
 
-} // namespace
+FolderError archiveReadFailure(qint64) {
+    return failure(FolderFault::Other, QStringLiteral("the archive ended"));
+}
 
-OutputFile::OutputFile(OutputFile&& other) noexcept
-    : m_file(std::exchange(other.m_file, nullptr)), m_temporary(std::move(other.m_temporary)) {}
+} // namespace
 
 OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
     if (this != &other) {
@@ -400,10 +425,6 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
         m_temporary = std::move(other.m_temporary);
     }
     return *this;
-}
-
-OutputFile::~OutputFile() {
-    reset();
 }
 
 void OutputFile::reset() {
@@ -424,30 +445,13 @@ FolderError OutputFile::writeAt(qint64 offset, const char* bytes, qint64 length)
 }
 
 FolderError OutputFile::copyFrom(const ArchiveFile& archive, qint64 from, qint64 offset, qint64 length) {
-    if (length <= 0)
-        return {};
-    std::vector<char> buffer(size_t(std::min<qint64>(length, qint64(1) << 20)));
-    while (length > 0) {
-        const qint64 got = archive.readAt(from, buffer.data(), std::min<qint64>(length, qint64(buffer.size())));
-        if (got <= 0)
-            return failure(FolderFault::Other, QStringLiteral("the archive ended"));
-        if (FolderError error = writeAt(offset, buffer.data(), got))
-            return error;
-        from += got;
-        offset += got;
-        length -= got;
-    }
-    return {};
+    return copyThroughBuffer(*this, archive, from, offset, length);
 }
-
-OutputFolder::OutputFolder(OutputFolder&& other) noexcept : m_path(std::move(other.m_path)) {}
 
 OutputFolder& OutputFolder::operator=(OutputFolder&& other) noexcept {
     m_path = std::move(other.m_path);
     return *this;
 }
-
-OutputFolder::~OutputFolder() = default;
 
 void OutputFolder::reset() {
     m_path.clear();
@@ -485,7 +489,7 @@ std::vector<FolderEntry> OutputFolder::list(FolderError& error) const {
 
 OutputFolder OutputFolder::child(const QString& name, FolderError& error) const {
     OutputFolder folder;
-    const QFileInfo info(m_path + QLatin1Char('/') + name);
+    const QFileInfo info(beneath(m_path, name));
     error = isLink(info)     ? failure(FolderFault::Link, QStringLiteral("a link"))
             : !info.exists() ? failure(FolderFault::Missing, QStringLiteral("not found"))
             : !info.isDir()  ? failure(FolderFault::NotFolder, QStringLiteral("not a folder"))
@@ -496,7 +500,7 @@ OutputFolder OutputFolder::child(const QString& name, FolderError& error) const 
 }
 
 OutputFolder OutputFolder::makeChild(const QString& name, FolderError& error) const {
-    const QFileInfo info(m_path + QLatin1Char('/') + name);
+    const QFileInfo info(beneath(m_path, name));
     if (info.exists() || isLink(info)) {
         error = failure(FolderFault::Exists, QStringLiteral("exists"));
         return OutputFolder();
@@ -510,7 +514,7 @@ OutputFolder OutputFolder::makeChild(const QString& name, FolderError& error) co
 
 OutputFile OutputFolder::openInPlace(const QString& name, FolderError& error) const {
     OutputFile out;
-    const QString path = m_path + QLatin1Char('/') + name;
+    const QString path = beneath(m_path, name);
     if (isLink(QFileInfo(path))) {
         error = failure(FolderFault::Link, QStringLiteral("a link"));
         return out;
@@ -528,24 +532,22 @@ OutputFile OutputFolder::openInPlace(const QString& name, FolderError& error) co
 
 OutputFile OutputFolder::createTemporary(const QString& forName, FolderError& error) const {
     OutputFile out;
-    for (int attempt = 0; attempt < 16; ++attempt) {
-        const QString name = temporaryName(forName);
-        auto* file = new QFile(m_path + QLatin1Char('/') + name);
-        if (file->open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-            error = {};
-            out.m_file = file;
-            out.m_temporary = name;
-            return out;
-        }
-        delete file;
-    }
-    error = failure(FolderFault::Other, QStringLiteral("no temporary file could be made"));
+    const Temporary made = makeUnderTemporaryName(forName, [&](const QString& name) {
+        auto file = std::make_unique<QFile>(beneath(m_path, name));
+        if (!file->open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return EEXIST; // tried again under another name, as the cause is unknown
+        out.m_file = file.release();
+        return 0;
+    });
+    out.m_temporary = made.name;
+    error = made.error == 0 ? FolderError{}
+                            : failure(FolderFault::Other, QStringLiteral("no temporary file could be made"));
     return out;
 }
 
 FolderError OutputFolder::commit(OutputFile& file, const QString& name, bool replace) const {
-    const QString from = m_path + QLatin1Char('/') + file.m_temporary;
-    const QString to = m_path + QLatin1Char('/') + name;
+    const QString from = beneath(m_path, file.m_temporary);
+    const QString to = beneath(m_path, name);
     fileOf(file.m_file)->close();
     FolderError error;
     if (isLink(QFileInfo(to))) {
@@ -568,7 +570,7 @@ void OutputFolder::discard(OutputFile& file) const {
     if (file.m_file)
         fileOf(file.m_file)->close();
     if (!file.m_temporary.isEmpty())
-        QFile::remove(m_path + QLatin1Char('/') + file.m_temporary);
+        QFile::remove(beneath(m_path, file.m_temporary));
     file.reset();
 }
 

@@ -7,12 +7,11 @@
 
 namespace korvel {
 
-CheckResultsModel::CheckResultsModel(QObject* parent) : QAbstractTableModel(parent) {}
+CheckResultsModel::CheckResultsModel(QObject* parent)
+    : ResultTableModel({QStringLiteral("#"), QStringLiteral("Mounted POD"), QStringLiteral("Result")}, parent) {}
 
 void CheckResultsModel::setChecks(std::vector<MountedCheck> checks) {
-    beginResetModel();
-    m_checks = std::move(checks);
-    endResetModel();
+    replaceResult([&] { m_checks = std::move(checks); });
 }
 
 int CheckResultsModel::problemCount() const {
@@ -20,23 +19,17 @@ int CheckResultsModel::problemCount() const {
         std::count_if(m_checks.begin(), m_checks.end(), [](const MountedCheck& row) { return !row.check.fine(); }));
 }
 
-int CheckResultsModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_checks.size());
+int CheckResultsModel::resultRows() const {
+    return static_cast<int>(m_checks.size());
 }
 
-int CheckResultsModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
-}
-
-QVariant CheckResultsModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    const MountedCheck& row = m_checks[static_cast<size_t>(index.row())];
+QVariant CheckResultsModel::cell(int rowNumber, int column, int role) const {
+    const MountedCheck& row = m_checks[static_cast<size_t>(rowNumber)];
     switch (role) {
     case Qt::DisplayRole:
-        switch (index.column()) {
+        switch (column) {
         case OrderColumn:
-            return index.row() + 1;
+            return rowNumber + 1;
         case ArchiveColumn:
             return fromGameText(ArchiveDisplayName(row.storedPath));
         case ResultColumn:
@@ -45,11 +38,11 @@ QVariant CheckResultsModel::data(const QModelIndex& index, int role) const {
             return {};
         }
     case Qt::ToolTipRole:
-        if (index.column() == ResultColumn)
+        if (column == ResultColumn)
             return row.check.summary();
         return fromGameText(row.check.path.empty() ? row.storedPath : row.check.path);
     case Qt::TextAlignmentRole:
-        if (index.column() == OrderColumn)
+        if (column == OrderColumn)
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     case ProblemRole:
@@ -57,25 +50,6 @@ QVariant CheckResultsModel::data(const QModelIndex& index, int role) const {
     default:
         return {};
     }
-}
-
-QVariant CheckResultsModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    switch (section) {
-    case OrderColumn:
-        return QStringLiteral("#");
-    case ArchiveColumn:
-        return QStringLiteral("Mounted POD");
-    case ResultColumn:
-        return QStringLiteral("Result");
-    default:
-        return {};
-    }
-}
-
-Qt::ItemFlags CheckResultsModel::flags(const QModelIndex& index) const {
-    return index.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
 }
 
 } // namespace korvel

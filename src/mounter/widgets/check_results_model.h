@@ -1,8 +1,7 @@
 #pragma once
 
 #include "mounter/mounted_archives.h"
-
-#include <QAbstractTableModel>
+#include "result_table_model.h"
 
 #include <vector>
 
@@ -10,7 +9,7 @@ namespace korvel {
 
 // The findings of Check PODs: one row per mounted archive, in mount order, with "Fine" or what is
 // wrong with it.
-class CheckResultsModel : public QAbstractTableModel {
+class CheckResultsModel : public ResultTableModel {
     Q_OBJECT
 public:
     enum Column { OrderColumn, ArchiveColumn, ResultColumn, ColumnCount };
@@ -24,13 +23,10 @@ public:
     const std::vector<MountedCheck>& checks() const { return m_checks; }
     int problemCount() const;
 
-    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
-    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
-
 private:
+    int resultRows() const override;
+    QVariant cell(int row, int column, int role) const override;
+
     std::vector<MountedCheck> m_checks;
 };
 

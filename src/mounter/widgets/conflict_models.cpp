@@ -34,12 +34,13 @@ QString conflictArchiveName(const ConflictReport& report, int row) {
     return fromGameText(ArchiveDisplayName(report.archives.at(static_cast<size_t>(row)).storedPath));
 }
 
-ConflictArchivesModel::ConflictArchivesModel(QObject* parent) : QAbstractTableModel(parent) {}
+ConflictArchivesModel::ConflictArchivesModel(QObject* parent)
+    : ResultTableModel({QStringLiteral("#"), QStringLiteral("Mounted POD"), QStringLiteral("Shared files"),
+                        QStringLiteral("Also in")},
+                       parent) {}
 
 void ConflictArchivesModel::setReport(std::shared_ptr<const ConflictReport> report) {
-    beginResetModel();
-    m_report = std::move(report);
-    endResetModel();
+    replaceResult([&] { m_report = std::move(report); });
 }
 
 int ConflictArchivesModel::rowOf(const std::string& storedPath) const {
@@ -51,22 +52,15 @@ int ConflictArchivesModel::rowOf(const std::string& storedPath) const {
     return at == archives.end() ? -1 : static_cast<int>(at - archives.begin());
 }
 
-int ConflictArchivesModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() || !m_report ? 0 : static_cast<int>(m_report->archives.size());
+int ConflictArchivesModel::resultRows() const {
+    return m_report ? static_cast<int>(m_report->archives.size()) : 0;
 }
 
-int ConflictArchivesModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
-}
-
-QVariant ConflictArchivesModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    const int row = index.row();
+QVariant ConflictArchivesModel::cell(int row, int column, int role) const {
     const ConflictArchive& archive = m_report->archives[static_cast<size_t>(row)];
     switch (role) {
     case Qt::DisplayRole:
-        switch (index.column()) {
+        switch (column) {
         case OrderColumn:
             return row + 1;
         case ArchiveColumn:
@@ -91,8 +85,7 @@ QVariant ConflictArchivesModel::data(const QModelIndex& index, int role) const {
                                                       .arg(archive.sharedCount)
                                                       .arg(archive.entryCount);
     case Qt::TextAlignmentRole:
-        if (index.column() == OrderColumn ||
-            (index.column() == SharedColumn && archive.state == MountedArchiveState::Listed))
+        if (column == OrderColumn || (column == SharedColumn && archive.state == MountedArchiveState::Listed))
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     case StoredPathRole:
@@ -104,44 +97,20 @@ QVariant ConflictArchivesModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-QVariant ConflictArchivesModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    switch (section) {
-    case OrderColumn:
-        return QStringLiteral("#");
-    case ArchiveColumn:
-        return QStringLiteral("Mounted POD");
-    case SharedColumn:
-        return QStringLiteral("Shared files");
-    case AlsoInColumn:
-        return QStringLiteral("Also in");
-    default:
-        return {};
-    }
-}
-
-Qt::ItemFlags ConflictArchivesModel::flags(const QModelIndex& index) const {
-    return index.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
-}
-
-ConflictPathsModel::ConflictPathsModel(QObject* parent) : QAbstractTableModel(parent) {}
+ConflictPathsModel::ConflictPathsModel(QObject* parent)
+    : ResultTableModel({QStringLiteral("Path"), QStringLiteral("Size"), QStringLiteral("Also in, loaded earlier"),
+                        QStringLiteral("Also in, loaded later"), QStringLiteral("Content")},
+                       parent) {}
 
 void ConflictPathsModel::setArchive(std::shared_ptr<const ConflictReport> report, int archive) {
-    beginResetModel();
-    m_report = std::move(report);
-    m_archive = m_report && archive >= 0 && archive < static_cast<int>(m_report->archives.size()) ? archive : -1;
-    endResetModel();
+    replaceResult([&] {
+        m_report = std::move(report);
+        m_archive = m_report && archive >= 0 && archive < static_cast<int>(m_report->archives.size()) ? archive : -1;
+    });
 }
 
-int ConflictPathsModel::rowCount(const QModelIndex& parent) const {
-    if (parent.isValid() || m_archive < 0)
-        return 0;
-    return static_cast<int>(m_report->archives[static_cast<size_t>(m_archive)].paths.size());
-}
-
-int ConflictPathsModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
+int ConflictPathsModel::resultRows() const {
+    return m_archive < 0 ? 0 : static_cast<int>(m_report->archives[static_cast<size_t>(m_archive)].paths.size());
 }
 
 const ConflictPath& ConflictPathsModel::pathAt(int row) const {
@@ -178,15 +147,13 @@ QString ConflictPathsModel::holdersDetail(const ConflictPath& path, bool earlier
     return lines.join(QLatin1Char('\n'));
 }
 
-QVariant ConflictPathsModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    const ConflictPath& path = pathAt(index.row());
+QVariant ConflictPathsModel::cell(int row, int column, int role) const {
+    const ConflictPath& path = pathAt(row);
     const ConflictHolder* own = ownHolder(path);
     const qint64 size = own ? own->size : 0;
     switch (role) {
     case Qt::DisplayRole:
-        switch (index.column()) {
+        switch (column) {
         case PathColumn:
             return fromGameText(path.name);
         case SizeColumn:
@@ -201,50 +168,27 @@ QVariant ConflictPathsModel::data(const QModelIndex& index, int role) const {
             return {};
         }
     case SortRole:
-        switch (index.column()) {
+        switch (column) {
         case PathColumn:
             return fromGameText(conflictKey(path.name));
         case SizeColumn:
             return size;
         default:
-            return data(index, Qt::DisplayRole).toString().toUpper();
+            return cell(row, column, Qt::DisplayRole).toString().toUpper();
         }
     case Qt::ToolTipRole:
-        if (index.column() == EarlierColumn || index.column() == LaterColumn)
-            return holdersDetail(path, index.column() == EarlierColumn);
-        if (index.column() == PathColumn)
+        if (column == EarlierColumn || column == LaterColumn)
+            return holdersDetail(path, column == EarlierColumn);
+        if (column == PathColumn)
             return fromGameText(path.name);
         return {};
     case Qt::TextAlignmentRole:
-        if (index.column() == SizeColumn)
+        if (column == SizeColumn)
             return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     default:
         return {};
     }
-}
-
-QVariant ConflictPathsModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    switch (section) {
-    case PathColumn:
-        return QStringLiteral("Path");
-    case SizeColumn:
-        return QStringLiteral("Size");
-    case EarlierColumn:
-        return QStringLiteral("Also in, loaded earlier");
-    case LaterColumn:
-        return QStringLiteral("Also in, loaded later");
-    case ContentColumn:
-        return QStringLiteral("Content");
-    default:
-        return {};
-    }
-}
-
-Qt::ItemFlags ConflictPathsModel::flags(const QModelIndex& index) const {
-    return index.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
 }
 
 } // namespace korvel

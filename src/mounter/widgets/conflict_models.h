@@ -1,8 +1,7 @@
 #pragma once
 
 #include "mounter/conflicts.h"
-
-#include <QAbstractTableModel>
+#include "result_table_model.h"
 
 #include <memory>
 #include <string>
@@ -11,7 +10,7 @@ namespace korvel {
 
 // The Conflicts window's left side: one row per mounted archive, in mount order, with how many of
 // its files other mounted archives also hold and which archives those are.
-class ConflictArchivesModel : public QAbstractTableModel {
+class ConflictArchivesModel : public ResultTableModel {
     Q_OBJECT
 public:
     enum Column { OrderColumn, ArchiveColumn, SharedColumn, AlsoInColumn, ColumnCount };
@@ -27,20 +26,16 @@ public:
     // The row of the archive stored as `storedPath`; -1 when none.
     int rowOf(const std::string& storedPath) const;
 
-    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
-    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
-
 private:
+    int resultRows() const override;
+    QVariant cell(int row, int column, int role) const override;
     std::shared_ptr<const ConflictReport> m_report;
 };
 
 // The Conflicts window's right side: the paths one mounted archive holds that other mounted
 // archives also hold, with those archives, split into the ones loaded earlier and later, and
 // whether every holder stores the same bytes.
-class ConflictPathsModel : public QAbstractTableModel {
+class ConflictPathsModel : public ResultTableModel {
     Q_OBJECT
 public:
     enum Column { PathColumn, SizeColumn, EarlierColumn, LaterColumn, ContentColumn, ColumnCount };
@@ -54,13 +49,9 @@ public:
     void setArchive(std::shared_ptr<const ConflictReport> report, int archive);
     int archive() const { return m_archive; }
 
-    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
-    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
-
 private:
+    int resultRows() const override;
+    QVariant cell(int row, int column, int role) const override;
     const ConflictPath& pathAt(int row) const;
     const ConflictHolder* ownHolder(const ConflictPath& path) const;
     QString holdersText(const ConflictPath& path, bool earlier) const;

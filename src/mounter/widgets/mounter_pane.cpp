@@ -65,35 +65,40 @@ protected:
     }
 };
 
-// The small picture of every row: an archive drum.
-QIcon archiveIcon() {
+// A 16 x 16 picture drawn by `draw` with the drums' outline pen.
+template <typename Draw> QIcon drumPicture(Draw&& draw) {
     QPixmap picture(16, 16);
     picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0x5a, 0x3c, 0x08));
-    painter.setBrush(QColor(0xd9, 0xb0, 0x48));
-    painter.drawRoundedRect(QRectF(2.5, 2.5, 11, 11), 2, 2);
-    painter.drawLine(QPointF(3, 6.5), QPointF(13, 6.5));
-    painter.drawLine(QPointF(3, 9.5), QPointF(13, 9.5));
+    {
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QColor(0x5a, 0x3c, 0x08));
+        draw(painter);
+    }
     return QIcon(picture);
+}
+
+// The small picture of every row: an archive drum.
+QIcon archiveIcon() {
+    return drumPicture([](QPainter& painter) {
+        painter.setBrush(QColor(0xd9, 0xb0, 0x48));
+        painter.drawRoundedRect(QRectF(2.5, 2.5, 11, 11), 2, 2);
+        painter.drawLine(QPointF(3, 6.5), QPointF(13, 6.5));
+        painter.drawLine(QPointF(3, 9.5), QPointF(13, 9.5));
+    });
 }
 
 // The picture of a mounted archive that shares files with others: the drum with a second one
 // behind it.
 QIcon sharedArchiveIcon() {
-    QPixmap picture(16, 16);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0x5a, 0x3c, 0x08));
-    painter.setBrush(QColor(0xc0, 0x40, 0x20));
-    painter.drawRoundedRect(QRectF(5.5, 0.5, 10, 10), 2, 2);
-    painter.setBrush(QColor(0xd9, 0xb0, 0x48));
-    painter.drawRoundedRect(QRectF(0.5, 5.5, 10, 10), 2, 2);
-    painter.drawLine(QPointF(1, 9), QPointF(10, 9));
-    painter.drawLine(QPointF(1, 12), QPointF(10, 12));
-    return QIcon(picture);
+    return drumPicture([](QPainter& painter) {
+        painter.setBrush(QColor(0xc0, 0x40, 0x20));
+        painter.drawRoundedRect(QRectF(5.5, 0.5, 10, 10), 2, 2);
+        painter.setBrush(QColor(0xd9, 0xb0, 0x48));
+        painter.drawRoundedRect(QRectF(0.5, 5.5, 10, 10), 2, 2);
+        painter.drawLine(QPointF(1, 9), QPointF(10, 9));
+        painter.drawLine(QPointF(1, 12), QPointF(10, 12));
+    });
 }
 
 } // namespace
