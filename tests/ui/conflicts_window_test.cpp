@@ -1,4 +1,3 @@
-#include "app_rig.h"
 #include "mounter/widgets/check_pods_window.h"
 #include "mounter/widgets/check_results_model.h"
 #include "mounter/widgets/conflict_models.h"
@@ -7,6 +6,7 @@
 #include "mounter/widgets/mounted_model.h"
 #include "pod_writer.h"
 #include "ui/main_menus.h"
+#include "ui_rig.h"
 
 #include <QAbstractItemModelTester>
 #include <QAction>

@@ -1,4 +1,3 @@
-#include "app_rig.h"
 #include "platform/game_codec.h"
 #include "pod/pod_check.h"
 #include "pod/pod_directory.h"
@@ -7,6 +6,7 @@
 #include "pod/widgets/listing_model.h"
 #include "pod_writer.h"
 #include "ui/main_menus.h"
+#include "ui_rig.h"
 
 #include <QComboBox>
 #include <QLineEdit>

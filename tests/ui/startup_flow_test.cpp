@@ -1,5 +1,5 @@
-#include "app_rig.h"
 #include "platform/file_registry.h"
+#include "ui_rig.h"
 
 #include <QAction>
 #include <QDir>
