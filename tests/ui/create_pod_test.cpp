@@ -42,12 +42,12 @@ protected:
         whenShown(QStringLiteral("frmCreatePod"), [=](QWidget* form) {
             auto* dialog = static_cast<CreatePodDialog*>(form);
             if (folder)
-                dialog->folderBox()->setText(QString::fromLatin1(folder));
+                dialog->folderBox()->setText(folder);
             else
-                dialog->findChild<QPushButton*>(QStringLiteral("cmdPackBrowse"))->click();
+                child<QPushButton>(dialog, "cmdPackBrowse")->click();
             dialog->formatBox()->setCurrentIndex(dialog->formatBox()->findText(format));
             dialog->commentBox()->setText(comment);
-            dialog->findChild<QPushButton*>(QStringLiteral("cmdPackCreate"))->click();
+            child<QPushButton>(dialog, "cmdPackCreate")->click();
         });
         rig.window().menus().createPod()->trigger();
     }
@@ -57,8 +57,8 @@ protected:
 
 TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenAndListsTheNewArchive) {
     createFromMenu(kFolder, QStringLiteral("POD2"), QStringLiteral("My truck"));
-    ASSERT_TRUE(rig.drive.exists(kTarget)) << rig.drive.dialogs().messageTexts().join("\n").toStdString();
-    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains("2 files"));
+    ASSERT_TRUE(rig.drive.exists(kTarget)) << rig.dialogs().messageTexts().join("\n").toStdString();
+    EXPECT_TRUE(rig.last().text.contains("2 files"));
     Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
     ASSERT_TRUE(written);
     EXPECT_TRUE(written->pod2);
@@ -72,14 +72,14 @@ TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenAndListsTheNewArchive) {
 
 TEST_F(CreatePodTest, anExistingArchiveIsReplacedOnlyWhenTheUserSaysYes) {
     rig.drive.write(kTarget, "old archive");
-    rig.drive.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::No);
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::No);
     createFromMenu(nullptr, QStringLiteral("POD1"), QString());
     EXPECT_EQ(rig.drive.read(kTarget), "old archive");
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().buttons, MessageButtons::YesNo);
-    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains("already exists"));
+    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
+    EXPECT_TRUE(rig.last().text.contains("already exists"));
     EXPECT_TRUE(extractor().listedArchive().empty() || extractor().listedArchive() != kTarget);
 
-    rig.drive.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::Yes);
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::Yes);
     createFromMenu(nullptr, QStringLiteral("POD1"), QString());
     Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
     ASSERT_TRUE(written);
@@ -90,7 +90,7 @@ TEST_F(CreatePodTest, anExistingArchiveIsReplacedOnlyWhenTheUserSaysYes) {
 
 TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
     rig.window().menus().checkPod()->trigger(); // nothing listed yet
-    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains("List a POD first"));
+    EXPECT_TRUE(rig.last().text.contains("List a POD first"));
     const struct {
         const char* file;
         std::string bytes;
@@ -107,15 +107,30 @@ TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
         rig.drive.write(std::string("C:\\Games\\MTM2\\") + c.file, c.bytes);
         extractor().ListPOD("C:\\Games\\MTM2\\", c.file);
         rig.window().menus().checkPod()->trigger();
-        EXPECT_TRUE(
-            rig.drive.dialogs().lastMessage().text.contains(QString::fromLatin1(c.finding), Qt::CaseInsensitive))
-            << rig.drive.dialogs().lastMessage().text.toStdString();
-        EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, c.icon);
+        EXPECT_TRUE(rig.last().text.contains(QString::fromLatin1(c.finding), Qt::CaseInsensitive))
+            << rig.last().text.toStdString();
+        EXPECT_EQ(rig.last().icon, c.icon);
     }
 }
 
-TEST(CreatePodDialog, refusesToCreateWithoutAFolderAPathOrAStorableComment) {
+TEST(CreatePodDialog, proposesAnArchiveNamedAfterTheFolderAndRefusesWhatCannotBeCreated) {
     TempDrive drive;
+    const std::pair<const char*, const char*> proposals[] = {{"C:\\Mods\\TRUCK\\", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\Mods\\TRUCK", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\", "C:\\NEW.POD"},
+                                                             {"", ""}};
+    for (const auto& [folder, target] : proposals)
+        EXPECT_EQ(CreatePodDialog::proposedTarget(folder), target) << folder;
+    CreatePodDialog dialog(drive.dialogs(), "C:\\Games\\MTM2\\");
+    EXPECT_EQ(dialog.folderBox()->text(), "C:\\Games\\MTM2");
+    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Games\\MTM2.POD");
+    dialog.folderBox()->setText("C:\\Mods\\RED");
+    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Mods\\RED.POD");
+    QTest::keyClicks(dialog.targetBox(), "X"); // typed by the user: the proposals stop
+    dialog.folderBox()->setText("C:\\Mods\\BLUE");
+    EXPECT_EQ(dialog.request().target, "C:\\Mods\\RED.PODX");
+    EXPECT_EQ(dialog.request().folder, "C:\\Mods\\BLUE");
+
     ScopedGameCodec western(GameCodec{});
     const struct {
         const char* folder;
@@ -132,37 +147,17 @@ TEST(CreatePodDialog, refusesToCreateWithoutAFolderAPathOrAStorableComment) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.refusal);
         drive.dialogs().clear();
-        CreatePodDialog dialog(drive.dialogs(), "C:\\");
-        dialog.folderBox()->setText(QString::fromLatin1(c.folder));
+        CreatePodDialog refusing(drive.dialogs(), "C:\\");
+        refusing.folderBox()->setText(c.folder);
         if (c.target)
-            dialog.targetBox()->setText(QString::fromLatin1(c.target));
-        dialog.commentBox()->setText(c.comment);
-        dialog.accept();
-        EXPECT_NE(dialog.result(), QDialog::Accepted);
+            refusing.targetBox()->setText(c.target);
+        refusing.commentBox()->setText(c.comment);
+        refusing.accept();
+        EXPECT_NE(refusing.result(), QDialog::Accepted);
         ASSERT_EQ(drive.dialogs().messages().size(), 1u);
-        EXPECT_TRUE(drive.dialogs().lastMessage().text.contains(QString::fromUtf8(c.refusal)))
+        EXPECT_TRUE(drive.dialogs().lastMessage().text.contains(c.refusal))
             << drive.dialogs().lastMessage().text.toStdString();
     }
-}
-
-TEST(CreatePodDialog, proposesAnArchiveNamedAfterTheFolderUntilTheUserTypesOne) {
-    TempDrive drive;
-    const std::pair<const char*, const char*> proposals[] = {{"C:\\Mods\\TRUCK\\", "C:\\Mods\\TRUCK.POD"},
-                                                             {"C:\\Mods\\TRUCK", "C:\\Mods\\TRUCK.POD"},
-                                                             {"C:\\", "C:\\NEW.POD"},
-                                                             {"", ""}};
-    for (const auto& [folder, target] : proposals)
-        EXPECT_EQ(CreatePodDialog::proposedTarget(folder), target) << folder;
-    CreatePodDialog dialog(drive.dialogs(), "C:\\Games\\MTM2\\");
-    EXPECT_EQ(dialog.folderBox()->text(), "C:\\Games\\MTM2");
-    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Games\\MTM2.POD");
-    dialog.folderBox()->setText(QStringLiteral("C:\\Mods\\RED"));
-    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Mods\\RED.POD");
-    QTest::keyClicks(dialog.targetBox(), QStringLiteral("X")); // typed by the user
-    dialog.folderBox()->setText(QStringLiteral("C:\\Mods\\BLUE"));
-    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Mods\\RED.PODX");
-    EXPECT_EQ(dialog.request().target, "C:\\Mods\\RED.PODX");
-    EXPECT_EQ(dialog.request().folder, "C:\\Mods\\BLUE");
 }
 
 } // namespace

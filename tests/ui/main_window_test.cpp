@@ -8,10 +8,8 @@
 #include "ui_rig.h"
 
 #include <QAccessible>
-#include <QAction>
 #include <QApplication>
 #include <QDialog>
-#include <QFrame>
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QLabel>
@@ -24,6 +22,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <optional>
 
 using korvel::testing::child;
@@ -285,16 +284,16 @@ TEST(MainWindowModes, viewMenuKeysChooseModesAndThePanelsExplainThemselves) {
 }
 
 TEST(MainWindowLooks, flatChoosesEveryGoldButtonsLooksAndOtherValuesKeepThem) {
+    WindowFixture f;
+    auto& window = f.open();
+    const auto buttons = window.findChildren<korvel::ui::GoldButton*>();
+    ASSERT_EQ(buttons.size(), 3);
     const struct {
         const char* flat;
-        int up, hover, down;
-    } cases[] = {{"0", 4, 5, 10}, {"1", 0, 4, 2}, {"2", 1, 1, 1}, {"Error", 1, 1, 1}};
+        std::array<int, 3> looks; // up, hover, down
+    } cases[] = {{"0", {4, 5, 10}}, {"1", {0, 4, 2}}, {"2", {1, 1, 1}}, {"Error", {1, 1, 1}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.flat);
-        WindowFixture f;
-        auto& window = f.open();
-        const auto buttons = window.findChildren<korvel::ui::GoldButton*>();
-        ASSERT_EQ(buttons.size(), 3);
         for (korvel::ui::GoldButton* button : buttons) {
             button->setOnUp(1);
             button->setOnHover(1);
@@ -302,12 +301,8 @@ TEST(MainWindowLooks, flatChoosesEveryGoldButtonsLooksAndOtherValuesKeepThem) {
         }
         f.set(settings::kFlat, c.flat);
         window.applyButtonLooks(); // what saving the options does
-        for (korvel::ui::GoldButton* button : buttons) {
-            SCOPED_TRACE(button->objectName().toStdString());
-            EXPECT_EQ(button->onUp(), c.up);
-            EXPECT_EQ(button->onHover(), c.hover);
-            EXPECT_EQ(button->onDown(), c.down);
-        }
+        for (korvel::ui::GoldButton* button : buttons)
+            EXPECT_EQ((std::array{button->onUp(), button->onHover(), button->onDown()}), c.looks);
     }
 }
 

@@ -26,8 +26,12 @@ namespace korvel::testing {
 template <typename T = QWidget> T* child(const QObject* parent, const char* name) {
     return parent->findChild<T*>(QLatin1String(name));
 }
-inline void click(QWidget* widget) { QTest::mouseClick(widget, Qt::LeftButton); }
-inline void click(const QObject* parent, const char* name) { click(child(parent, name)); }
+inline void click(QWidget* widget) {
+    QTest::mouseClick(widget, Qt::LeftButton);
+}
+inline void click(const QObject* parent, const char* name) {
+    click(child(parent, name));
+}
 
 // A folder standing where the file is: every later save of it fails.
 inline void blockFile(TempDrive& drive, const std::string& path) {
