@@ -364,7 +364,6 @@ TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
         {"FINE.POD", PodWriter().add("A.TXT", "a").pod1(), "Fine", MessageIcon::Information},
         {"CUT.POD", PodWriter().add(PodWriter::Entry{"BIG.BIN", "short", 50000, {}}).pod1(), "Truncated",
          MessageIcon::Exclamation},
-        {"WRONG.POD", PodWriter().add("A.TXT", "a").pod2(), "checksum", MessageIcon::Exclamation},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
