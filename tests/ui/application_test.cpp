@@ -23,6 +23,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace korvel::testing {
@@ -214,6 +215,41 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     EXPECT_EQ(rig.last().text, "This POD appears to be corrupt!");
     EXPECT_FALSE(extractor(rig).archiveBusy());
     EXPECT_TRUE(rig.window().close());
+}
+
+TEST(KorvelApplicationWindow, itsListsGrowWithTheWindowAndAHiddenPanesWhenItComesUp) {
+    AppRig rig;
+    addGame(rig);
+    ASSERT_TRUE(rig.start());
+    QApplication::processEvents();
+    const struct {
+        const char* name;
+        ui::Mode pane;
+        bool wider, taller;
+    } controls[] = {
+        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
+        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
+        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
+    };
+    std::vector<QSize> before;
+    for (const auto& c : controls)
+        before.push_back(rig.find(c.name)->size());
+    const QPoint mount = rig.find("cmdMount")->pos();
+    rig.window().ShowMounter("0");
+    rig.window().resize(rig.window().size() + QSize(250, 120));
+    QApplication::processEvents();
+    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
+    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
+        rig.window().showMode(mode, "0");
+        QApplication::processEvents();
+        for (size_t i = 0; i < std::size(controls); ++i) {
+            SCOPED_TRACE(controls[i].name);
+            if (controls[i].pane == mode) {
+                EXPECT_EQ(rig.find(controls[i].name)->size(),
+                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+            }
+        }
+    }
 }
 
 TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {

@@ -120,6 +120,11 @@ TEST(TracksMenuAddresses, entriesWithoutTheirAddressDoNothingAndComeBackWhenOneI
     f.storeList("A|Rumble|a.zip*B|Rumble|b.zip");
     f.tracks->setSite(korvel::TrackSite());
     f.tracks->LoadTrackList();
+    ASSERT_EQ(f.tracks->entries().size(), 2u);
+    for (QAction* entry : f.tracks->entries())
+        EXPECT_TRUE(!entry->isEnabled() && entry->toolTip().contains("KORVEL_TRACK_SITE"));
+    EXPECT_FALSE(f.menus.update()->isEnabled());
+    EXPECT_TRUE(f.menus.update()->toolTip().contains("File > Options > Web"));
     EXPECT_TRUE(f.menus.tracksMenu()->toolTipsVisible());
     f.tracks->mnuTrackList_Click(1); // the keyboard's way past a disabled entry
     f.tracks->mnuUpdate_Click();
