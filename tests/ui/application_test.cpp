@@ -1,4 +1,3 @@
-#include "app_rig.h"
 #include "configurator/widgets/configurator_pane.h"
 #include "palette/widgets/palette_window.h"
 #include "platform/wine.h"
@@ -9,6 +8,7 @@
 #include "tracklist/widgets/tracks_menu.h"
 #include "ui/kit/gold_button.h"
 #include "ui/main_menus.h"
+#include "ui_rig.h"
 
 #include <QAction>
 #include <QDir>
@@ -18,11 +18,11 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
-#include <QTest>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
 #include <optional>
 
@@ -31,6 +31,8 @@ namespace {
 
 constexpr const char* kGame = "MTM2";
 const std::string kFolder = "C:\\Games\\MTM2";
+const std::string kMonsterIni = kFolder + "\\system\\monster.ini";
+const std::string kPlayerPro = kFolder + "\\player.pro";
 
 // One MTM2 profile whose mounted list is saved only when asked, with one archive left to mount.
 void addGame(AppRig& rig, const std::string& asPod = "0", const std::string& asExit = "0") {
@@ -54,10 +56,10 @@ TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLin
     rig.store.writeProfile(kGame, settings::kSlider, "2500");
     rig.store.writeProfile(kGame, settings::kLock, "3");
     ASSERT_TRUE(rig.start({rig.drive.host(kFolder + "\\Data\\x.pod")}));
-    EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Extractor]"));
+    EXPECT_EQ(rig.window().windowTitle(), "Korvel - MTM2 - [Extractor]");
     const QStringList recent = extractor(rig).recentArchives().entries();
     ASSERT_EQ(recent.size(), 3);
-    EXPECT_TRUE(recent[0].endsWith(QStringLiteral("x.pod"), Qt::CaseInsensitive));
+    EXPECT_TRUE(recent[0].endsWith("x.pod", Qt::CaseInsensitive));
     EXPECT_EQ(recent.mid(1), QStringList({"C:\\A\\ONE.POD", "C:\\B\\TWO.POD"}));
     EXPECT_EQ(extractor(rig).model().rowCount(), 1);
     EXPECT_EQ(rig.pane().mounter().mounted().size(), 3);
@@ -70,15 +72,15 @@ TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutos
     const struct {
         const char* name;
         std::string asPod, asExit;
-        std::vector<MessageAnswer> answers;
+        std::optional<MessageAnswer> answer;
         bool brokenPodIni, closes, saved, asked;
     } cases[] = {
         {"autosave at exit", "1", "1", {}, false, true, true, false},
-        {"autosave off at exit, cancel", "1", "0", {MessageAnswer::Cancel}, false, false, false, true},
-        {"asked, no", "0", "0", {MessageAnswer::No}, false, true, false, true},
-        {"saving at exit needs the POD.INI autosave too", "0", "1", {MessageAnswer::No}, false, true, false, true},
-        {"asked, yes", "0", "0", {MessageAnswer::Yes}, false, true, true, true},
-        {"a failed save keeps the window", "0", "0", {MessageAnswer::Yes}, true, false, false, true},
+        {"autosave off at exit, cancel", "1", "0", MessageAnswer::Cancel, false, false, false, true},
+        {"asked, no", "0", "0", MessageAnswer::No, false, true, false, true},
+        {"saving at exit needs the POD.INI autosave too", "0", "1", MessageAnswer::No, false, true, false, true},
+        {"asked, yes", "0", "0", MessageAnswer::Yes, false, true, true, true},
+        {"a failed save keeps the window", "0", "0", MessageAnswer::Yes, true, false, false, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -86,33 +88,31 @@ TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutos
         addGame(rig, c.asPod, c.asExit);
         ASSERT_TRUE(rig.start());
         const std::string loaded = rig.podIni();
-        QTest::mouseClick(rig.find("cmdMountAll"), Qt::LeftButton);
-        if (c.brokenPodIni) {
-            rig.drive.remove(kFolder + "\\POD.INI");
-            rig.drive.makeFolder(kFolder + "\\POD.INI");
-        }
-        rig.drive.dialogs().clear();
-        for (MessageAnswer answer : c.answers)
-            rig.drive.dialogs().answer(answer);
+        rig.click("cmdMountAll");
+        if (c.brokenPodIni)
+            blockFile(rig.drive, kFolder + "\\POD.INI");
+        rig.dialogs().clear();
+        if (c.answer)
+            rig.dialogs().answer(*c.answer);
         QSignalSpy finished(rig.app.get(), &app::KorvelApplication::finished);
         EXPECT_EQ(rig.window().close(), c.closes);
         EXPECT_EQ(finished.count(), c.closes ? 1 : 0);
-        if (!c.brokenPodIni) {
+        if (c.brokenPodIni) {
+            EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
+        } else {
             EXPECT_EQ(rig.podIni() != loaded, c.saved);
         }
-        EXPECT_EQ(!rig.drive.dialogs().messages().empty() &&
-                      rig.drive.dialogs().messages().front().buttons == MessageButtons::YesNoCancel,
-                  c.asked);
-        if (c.brokenPodIni) {
-            EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
-        }
+        const auto& shown = rig.dialogs().messages();
+        EXPECT_EQ(!shown.empty() && shown.front().buttons == MessageButtons::YesNoCancel, c.asked);
         // The recent list is saved only when the window closes.
         EXPECT_EQ(rig.store.readProfile(kGame, settings::kRecent), c.closes ? "|" : "Error");
     }
 }
 
 TEST(KorvelApplicationClose, settlesTheConfiguratorsChangesAsTheExitSwitchesOrTheAnswerSay) {
-    enum Change { Monster = 1, Drivers = 2 };
+    // Undone: a setting clicked twice and a removal undone, back as the files hold them.
+    // Failing: monster.ini cannot be written.
+    enum Change { Monster = 1, Drivers = 2, Undone = 4, Failing = 8 };
     const struct {
         const char* name;
         int changes;
@@ -130,6 +130,8 @@ TEST(KorvelApplicationClose, settlesTheConfiguratorsChangesAsTheExitSwitchesOrTh
         {"both, monster saved at exit, removal dropped", Monster | Drivers, "1", "0", "1", MessageAnswer::No, true,
          true, false},
         {"both, cancel saves neither", Monster | Drivers, "0", "0", "0", MessageAnswer::Cancel, false, false, false},
+        {"undone changes ask nothing", Undone, "0", "0", "0", std::nullopt, true, false, false},
+        {"a failed save keeps the window", Monster | Failing, "1", "0", "1", std::nullopt, false, false, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -138,64 +140,39 @@ TEST(KorvelApplicationClose, settlesTheConfiguratorsChangesAsTheExitSwitchesOrTh
         rig.store.writeProfile(kGame, settings::kAsMonster, c.asMonster);
         rig.store.writeProfile(kGame, settings::kAsPlayer, c.asPlayer);
         ASSERT_TRUE(rig.start());
-        rig.window().ShowConfigurator(QStringLiteral("0"));
-        const std::string monsterIni = rig.drive.read(kFolder + "\\system\\monster.ini");
-        const std::string playerPro = rig.drive.read(kFolder + "\\player.pro");
-        if (c.changes & Monster)
-            QTest::mouseClick(rig.find("chkSounds"), Qt::LeftButton);
-        if (c.changes & Drivers) {
-            auto* drivers = rig.find<QTreeWidget>("lstDrivers");
-            drivers->topLevelItem(0)->setSelected(true);
-            QTest::mouseClick(rig.find("cmdRemoveDrivers"), Qt::LeftButton);
+        rig.window().ShowConfigurator("0");
+        const std::string monsterIni = rig.drive.read(kMonsterIni);
+        const std::string playerPro = rig.drive.read(kPlayerPro);
+        for (int times = c.changes & Undone ? 2 : (c.changes & Monster ? 1 : 0); times > 0; --times)
+            rig.click("chkSounds");
+        if (c.changes & (Drivers | Undone)) {
+            rig.find<QTreeWidget>("lstDrivers")->topLevelItem(0)->setSelected(true);
+            rig.click("cmdRemoveDrivers");
         }
+        if (c.changes & Undone)
+            rig.click("cmdUndoDrivers");
         // Nothing was saved on the change itself.
-        ASSERT_EQ(rig.drive.read(kFolder + "\\system\\monster.ini"), monsterIni);
-        ASSERT_EQ(rig.drive.read(kFolder + "\\player.pro"), playerPro);
-        rig.drive.dialogs().clear();
+        ASSERT_EQ(rig.drive.read(kMonsterIni), monsterIni);
+        ASSERT_EQ(rig.drive.read(kPlayerPro), playerPro);
+        if (c.changes & Failing)
+            blockFile(rig.drive, kMonsterIni);
+        rig.dialogs().clear();
         if (c.answer)
-            rig.drive.dialogs().answer(*c.answer);
+            rig.dialogs().answer(*c.answer);
         EXPECT_EQ(rig.window().close(), c.closes);
-        const auto& shown = rig.drive.dialogs().messages();
-        if (c.answer) {
-            ASSERT_EQ(shown.size(), 1u);
-            EXPECT_EQ(shown[0].buttons, MessageButtons::YesNoCancel);
-        } else {
-            EXPECT_TRUE(shown.empty());
+        const auto& shown = rig.dialogs().messages();
+        if (c.changes & Failing) {
+            ASSERT_FALSE(shown.empty());
+            EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
+            continue;
         }
-        EXPECT_EQ(rig.drive.read(kFolder + "\\system\\monster.ini") != monsterIni, c.monsterSaved);
-        EXPECT_EQ(rig.drive.read(kFolder + "\\player.pro") != playerPro, c.driversSaved);
+        EXPECT_EQ(shown.size(), c.answer ? 1u : 0u);
+        if (c.answer && !shown.empty()) {
+            EXPECT_EQ(shown[0].buttons, MessageButtons::YesNoCancel);
+        }
+        EXPECT_EQ(rig.drive.read(kMonsterIni) != monsterIni, c.monsterSaved);
+        EXPECT_EQ(rig.drive.read(kPlayerPro) != playerPro, c.driversSaved);
     }
-}
-
-TEST(KorvelApplicationClose, staysOpenWhenTheConfiguratorsSaveFailsAndAsksNothingWithoutChanges) {
-    AppRig rig;
-    addGame(rig, "1", "1");
-    rig.store.writeProfile(kGame, settings::kAsMonster, "1");
-    ASSERT_TRUE(rig.start());
-    rig.window().ShowConfigurator(QStringLiteral("0"));
-    // A setting clicked twice is back as the file holds it: nothing to settle.
-    QTest::mouseClick(rig.find("chkTrack"), Qt::LeftButton);
-    QTest::mouseClick(rig.find("chkTrack"), Qt::LeftButton);
-    auto* drivers = rig.find<QTreeWidget>("lstDrivers");
-    drivers->topLevelItem(0)->setSelected(true);
-    QTest::mouseClick(rig.find("cmdRemoveDrivers"), Qt::LeftButton);
-    QTest::mouseClick(rig.find("cmdUndoDrivers"), Qt::LeftButton); // the removal undone
-    rig.drive.dialogs().clear();
-    EXPECT_TRUE(rig.window().close());
-    EXPECT_TRUE(rig.drive.dialogs().messages().empty());
-
-    AppRig failing;
-    addGame(failing, "1", "1");
-    failing.store.writeProfile(kGame, settings::kAsMonster, "1");
-    ASSERT_TRUE(failing.start());
-    failing.window().ShowConfigurator(QStringLiteral("0"));
-    QTest::mouseClick(failing.find("chkTrack"), Qt::LeftButton);
-    failing.drive.remove(kFolder + "\\system\\monster.ini");
-    failing.drive.makeFolder(kFolder + "\\system\\monster.ini");
-    failing.drive.dialogs().clear();
-    EXPECT_FALSE(failing.window().close());
-    ASSERT_FALSE(failing.drive.dialogs().messages().empty());
-    EXPECT_EQ(failing.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
 }
 
 TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAfterAFailedOne) {
@@ -206,49 +183,45 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
         many.add("F" + std::to_string(i) + ".BIN", std::string(64, 'x'));
     rig.drive.write(kFolder + "\\MANY.POD", many.pod1());
     rig.drive.write(kFolder + "\\BAD.POD", PodWriter().add({"BAD.BIN", "bad", std::nullopt, 1 << 20}).pod1());
-    rig.drive.makeFolder("C:\\Out");
     rig.drive.write("C:\\Out\\keep.txt", "x");
     ASSERT_TRUE(rig.start());
     ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "MANY.POD"));
     extractor(rig).fileList()->selectAll();
-    // A close asked for while the entries are written: from the progress shown halfway through
-    // the run, however fast the entries are written.
-    std::optional<bool> closed;
-    std::optional<bool> busyWhenAsked;
+    // A close asked for halfway through the run, however fast the entries are written.
+    std::optional<bool> closed, busyWhenAsked;
     QString said;
-    QProgressBar* progress = rig.find<QProgressBar>("prgExtract");
-    const QMetaObject::Connection halfway = QObject::connect(progress, &QProgressBar::valueChanged, [&](int value) {
-        if (value < 300 || closed)
-            return;
-        busyWhenAsked = extractor(rig).archiveBusy();
-        closed = rig.window().close();
-        said = rig.find<QLabel>("lblExtract")->text();
-    });
-    rig.drive.dialogs().chooseFolder("C:\\Out");
+    const auto halfway =
+        QObject::connect(rig.find<QProgressBar>("prgExtract"), &QProgressBar::valueChanged, [&](int value) {
+            if (value < 300 || closed)
+                return;
+            busyWhenAsked = extractor(rig).archiveBusy();
+            closed = rig.window().close();
+            said = rig.find<QLabel>("lblExtract")->text();
+        });
+    rig.dialogs().chooseFolder("C:\\Out");
     extractor(rig).extractTo();
     QObject::disconnect(halfway);
     ASSERT_TRUE(closed.has_value());
     EXPECT_TRUE(*busyWhenAsked);
     EXPECT_FALSE(*closed);
     EXPECT_TRUE(rig.window().isVisible());
-    EXPECT_EQ(said, QStringLiteral("Please wait: Korvel can close once the extraction has finished."));
+    EXPECT_EQ(said, "Please wait: Korvel can close once the extraction has finished.");
     EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
 
     // After a corrupt archive's message the window closes as usual.
     ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "BAD.POD"));
     extractor(rig).fileList()->selectAll();
     extractor(rig).extractClicked();
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().text, QStringLiteral("This POD appears to be corrupt!"));
+    EXPECT_EQ(rig.last().text, "This POD appears to be corrupt!");
     EXPECT_FALSE(extractor(rig).archiveBusy());
     EXPECT_TRUE(rig.window().close());
 }
 
-TEST(KorvelApplicationWindow, itsListsGrowWithTheWindow) {
+TEST(KorvelApplicationWindow, itsListsGrowWithTheWindowAndAHiddenPanesWhenItComesUp) {
     AppRig rig;
     addGame(rig);
     ASSERT_TRUE(rig.start());
     QApplication::processEvents();
-    // Each pane grows when it is up; a hidden one when it comes up.
     const struct {
         const char* name;
         ui::Mode pane;
@@ -270,11 +243,11 @@ TEST(KorvelApplicationWindow, itsListsGrowWithTheWindow) {
         rig.window().showMode(mode, "0");
         QApplication::processEvents();
         for (size_t i = 0; i < std::size(controls); ++i) {
-            if (controls[i].pane != mode)
-                continue;
             SCOPED_TRACE(controls[i].name);
-            EXPECT_EQ(rig.find(controls[i].name)->size(),
-                      before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+            if (controls[i].pane == mode) {
+                EXPECT_EQ(rig.find(controls[i].name)->size(),
+                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+            }
         }
     }
 }
@@ -284,8 +257,8 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     addGame(rig);
     ASSERT_TRUE(rig.start());
     const std::string loaded = rig.podIni();
-    QTest::mouseClick(rig.find("cmdMountAll"), Qt::LeftButton);
-    QTest::mouseClick(rig.find("cmdContinue"), Qt::LeftButton);
+    rig.click("cmdMountAll");
+    rig.click("cmdContinue");
     EXPECT_NE(rig.podIni(), loaded);
     EXPECT_FALSE(rig.pane().mountedListChanged());
     EXPECT_TRUE(rig.drive.shell().launches.empty());
@@ -293,20 +266,19 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     rig.drive.makeFolder("C:\\Tools");
     const QString started = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(rig.drive.host("C:\\Tools")));
-    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    rig.click("cmdPlay");
     QDir::setCurrent(started);
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
     EXPECT_EQ(rig.drive.shell().launches[0].first, kFolder + "\\monster.exe");
     EXPECT_EQ(rig.drive.shell().launches[0].second, kFolder); // in the game folder, not Korvel's
     // A failed save is shown and the game does not start.
-    QTest::mouseClick(rig.find("cmdUnmountAll"), Qt::LeftButton);
-    rig.drive.remove(kFolder + "\\POD.INI");
-    rig.drive.makeFolder(kFolder + "\\POD.INI");
-    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
+    rig.click("cmdUnmountAll");
+    blockFile(rig.drive, kFolder + "\\POD.INI");
+    rig.click("cmdPlay");
     EXPECT_EQ(rig.drive.shell().launches.size(), 1u);
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
-    rig.drive.dialogs().answer(MessageAnswer::No);
-    QTest::mouseClick(rig.find("cmdQuit"), Qt::LeftButton);
+    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
+    rig.dialogs().answer(MessageAnswer::No);
+    rig.click("cmdQuit");
     EXPECT_FALSE(rig.window().isVisible());
 }
 
@@ -315,36 +287,23 @@ TEST(KorvelApplicationButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGame
     addGame(rig);
     rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
     ASSERT_TRUE(rig.start());
-    rig.drive.shell().succeed = false;
-    rig.drive.shell().failure = "Wine was not found, so the game cannot be started.";
-    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
-    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().text, "Wine was not found, so the game cannot be started.");
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
-}
-
-TEST(KorvelApplicationButtons, playSaysWhichExecutableIsMissing) {
-    AppRig rig;
-    addGame(rig);
-    ASSERT_TRUE(rig.start());
     // The game's executable went away while Korvel was open; the launcher's own reason is shown.
     const std::string exe = kFolder + "\\monster.exe";
     rig.drive.remove(exe);
-    const Result<GameLaunchPlan> plan =
-        planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), QString(), QString());
+    const Result<GameLaunchPlan> plan = planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), {}, {});
     ASSERT_FALSE(plan);
     rig.drive.shell().succeed = false;
     rig.drive.shell().failure = plan.failure().message;
-    rig.drive.dialogs().clear();
-    QTest::mouseClick(rig.find("cmdPlay"), Qt::LeftButton);
-    ASSERT_EQ(rig.drive.dialogs().messages().size(), 1u);
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().title, QStringLiteral("Play Game"));
-    EXPECT_TRUE(
-        rig.drive.dialogs().lastMessage().text.startsWith(QStringLiteral("The game's executable was not found")));
-    EXPECT_TRUE(rig.drive.dialogs().lastMessage().text.contains(QStringLiteral("monster.exe"), Qt::CaseInsensitive));
-    EXPECT_EQ(rig.drive.dialogs().lastMessage().icon, MessageIcon::Critical);
+    rig.dialogs().clear();
+    rig.click("cmdPlay");
+    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
     EXPECT_EQ(rig.drive.shell().launches[0].first, exe);
+    ASSERT_EQ(rig.dialogs().messages().size(), 1u);
+    EXPECT_EQ(rig.last().title, "Play Game");
+    EXPECT_TRUE(rig.last().text.startsWith("The game's executable was not found"));
+    EXPECT_TRUE(rig.last().text.contains("monster.exe", Qt::CaseInsensitive));
+    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
 }
 
 TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
@@ -355,27 +314,25 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     ui::MainMenus& menus = rig.window().menus();
 
     // Mass extraction asks about the archives the file box shows, then extracts them all.
-    rig.drive.dialogs().answer(MessageAnswer::No);
+    rig.dialogs().answer(MessageAnswer::No);
     menus.mass()->trigger();
-    const ScriptedDialogs::Shown question = rig.drive.dialogs().lastMessage();
-    EXPECT_EQ(question.title, QStringLiteral("Question"));
-    EXPECT_EQ(question.icon, MessageIcon::Question);
-    EXPECT_EQ(question.buttons, MessageButtons::YesNo);
-    EXPECT_EQ(question.text, QStringLiteral("All 3 PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure "
-                                            "you wish to continue?"));
+    EXPECT_EQ(rig.last().title, "Question");
+    EXPECT_EQ(rig.last().icon, MessageIcon::Question);
+    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
+    EXPECT_EQ(rig.last().text,
+              "All 3 PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
     EXPECT_FALSE(rig.drive.exists(kFolder + "\\ONE.TXT"));
-    rig.drive.dialogs().answer(MessageAnswer::Yes);
+    rig.dialogs().answer(MessageAnswer::Yes);
     menus.mass()->trigger();
-    EXPECT_EQ(rig.window().windowTitle(), QStringLiteral("Korvel - MTM2 - [Extractor]"));
+    EXPECT_EQ(rig.window().windowTitle(), "Korvel - MTM2 - [Extractor]");
     EXPECT_EQ(rig.drive.read(kFolder + "\\ONE.TXT"), "one");
 
     menus.palette()->trigger();
-    bool paletteShown = false;
-    for (QWidget* top : QApplication::topLevelWidgets())
-        paletteShown = paletteShown || (qobject_cast<PaletteWindow*>(top) && top->isVisible());
-    EXPECT_TRUE(paletteShown);
+    const QWidgetList tops = QApplication::topLevelWidgets();
+    EXPECT_TRUE(std::any_of(tops.begin(), tops.end(),
+                            [](QWidget* top) { return qobject_cast<PaletteWindow*>(top) && top->isVisible(); }));
 
-    rig.drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
+    rig.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     menus.fixRegistry()->trigger();
     EXPECT_EQ(rig.app->session().location, "E:\\MTM2");
 }
@@ -387,23 +344,24 @@ TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOpt
     AppRig rig;
     addGame(rig);
     ASSERT_TRUE(rig.start());
-    rig.window().ShowConfigurator(QStringLiteral("0"));
+    rig.window().ShowConfigurator("0");
     ui::MainMenus& menus = rig.window().menus();
     auto* download = rig.find<ui::GoldButton>("cmdDownload");
     auto* tracks = rig.window().findChild<TracksMenu*>();
     EXPECT_FALSE(download->isEnabled());
-    EXPECT_TRUE(download->toolTip().contains(QStringLiteral("File > Options > Web")));
+    EXPECT_TRUE(download->toolTip().contains("File > Options > Web"));
     EXPECT_FALSE(menus.update()->isEnabled());
     EXPECT_FALSE(tracks->entries()[0]->isEnabled());
+    EXPECT_TRUE(tracks->entries()[0]->toolTip().contains("KORVEL_TRACK_SITE"));
     const auto aboutLink = [&rig](const char* name) {
         QDialog* about = rig.window().showAbout();
-        const QString text = about->findChild<QLabel*>(QLatin1String(name))->text();
+        const QString text = child<QLabel>(about, name)->text();
         about->close();
         return text;
     };
-    EXPECT_FALSE(aboutLink("lblWeb").contains(QStringLiteral("<a ")));
-    EXPECT_TRUE(aboutLink("lblWeb").contains(QStringLiteral("KORVEL_WEB_ADDRESS")));
-    EXPECT_TRUE(unexpectedErrorText(5, QStringLiteral("x")).contains(QStringLiteral("Korvel's maintainers")));
+    EXPECT_FALSE(aboutLink("lblWeb").contains("<a "));
+    EXPECT_TRUE(aboutLink("lblWeb").contains("KORVEL_WEB_ADDRESS"));
+    EXPECT_TRUE(unexpectedErrorText(5, "x").contains("Korvel's maintainers"));
 
     QDialog* options = rig.window().showOptions();
     const std::pair<const char*, const char*> typed[] = {{"txtTrackSite", "https://tracks.test/mtm2"},
@@ -411,17 +369,18 @@ TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOpt
                                                          {"txtWebAddress", "https://korvel.test/"},
                                                          {"txtSupportAddress", "help@korvel.test"}};
     for (const auto& [box, address] : typed)
-        options->findChild<QLineEdit*>(QLatin1String(box))->setText(QString::fromLatin1(address));
-    QTest::mouseClick(options->findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+        child<QLineEdit>(options, box)->setText(address);
+    click(options, "cmdOK");
     EXPECT_TRUE(download->isEnabled());
     EXPECT_TRUE(menus.update()->isEnabled());
-    QTest::mouseClick(download, Qt::LeftButton);
+    EXPECT_TRUE(tracks->entries()[0]->isEnabled());
+    click(download);
     tracks->entries()[0]->trigger();
     EXPECT_EQ(rig.drive.shell().urls.join(QLatin1Char(' ')).toStdString(),
               "https://tracks.test/mtm2/ https://tracks.test/mtm2/vault/tracks/carn.zip");
-    EXPECT_TRUE(aboutLink("lblWeb").contains(QStringLiteral("href=\"https://korvel.test/\"")));
-    EXPECT_TRUE(aboutLink("lblMail").contains(QStringLiteral("href=\"mailto:help@korvel.test\"")));
-    EXPECT_TRUE(unexpectedErrorText(5, QStringLiteral("x")).contains(QStringLiteral("help@korvel.test")));
+    EXPECT_TRUE(aboutLink("lblWeb").contains("href=\"https://korvel.test/\""));
+    EXPECT_TRUE(aboutLink("lblMail").contains("href=\"mailto:help@korvel.test\""));
+    EXPECT_TRUE(unexpectedErrorText(5, "x").contains("help@korvel.test"));
     setSupportAddress(QString());
 }
 

@@ -1,6 +1,6 @@
 #include "configurator/widgets/configurator_pane.h"
 #include "full_disk.h"
-#include "window_fixture.h"
+#include "ui_rig.h"
 
 #include <QCheckBox>
 #include <QLineEdit>

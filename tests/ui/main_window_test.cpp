@@ -5,13 +5,11 @@
 #include "ui/mode_status_bar.h"
 #include "ui/pane_slider.h"
 #include "ui/window_settings.h"
-#include "window_fixture.h"
+#include "ui_rig.h"
 
 #include <QAccessible>
-#include <QAction>
 #include <QApplication>
 #include <QDialog>
-#include <QFrame>
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QLabel>
@@ -24,8 +22,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <optional>
 
+using korvel::testing::child;
+using korvel::testing::click;
 using korvel::testing::WindowFixture;
 using korvel::ui::Mode;
 using korvel::ui::ModeStatusBar;
@@ -93,16 +94,6 @@ TEST(MainWindowModes, panelClicksSwitchPanesAndAReleaseElsewhereChoosesNothing) 
     EXPECT_EQ(bar.bevel(Mode::Extractor), ModeStatusBar::Bevel::Flat);
 }
 
-TEST(MainWindowModes, profileWithoutConfiguratorHidesItsPanelAndMode) {
-    WindowFixture f("4x4 Evolution", false);
-    f.set(settings::kScreen, "C");
-    auto& window = f.open();
-    clickAt(*window.modeStatusBar(), 5075);
-    EXPECT_EQ(window.currentMode(), Mode::Mounter);
-    EXPECT_TRUE(window.modeStatusBar()->panelRect(2).isEmpty());
-    EXPECT_EQ(window.playButton()->text(), "&Play Game");
-}
-
 TEST(MainWindowSlide, takesSixtyStepsFromHiddenStopsFromAnyTopAndGuardsAgainstAModeChosenMidway) {
     WindowFixture f;
     auto& window = f.open();
@@ -143,6 +134,19 @@ TEST(MainWindowOpen, setsTheWindowUpFromTheStoreAndTheSession) {
     EXPECT_TRUE(window.menus().associate()->isChecked());
     EXPECT_EQ(window.playButton()->onUp(), 0); // the flat looks
     EXPECT_EQ(window.pos(), QPoint(twipsToPixels(1500, &window), 0));
+    // The association entry stores its state and announces it.
+    QSignalSpy toggled(&window, &korvel::ui::MainWindow::associationToggled);
+    window.menus().associate()->trigger();
+    EXPECT_EQ(f.store.readProgram(settings::kAssociate), "0");
+    ASSERT_EQ(toggled.count(), 1);
+    EXPECT_FALSE(toggled.at(0).at(0).toBool());
+    // The about box shows the version and closes with OK.
+    window.menus().about()->trigger();
+    auto* about = child<QDialog>(&window, "frmAbout");
+    ASSERT_TRUE(about && about->isVisible());
+    EXPECT_TRUE(child<QLabel>(about, "lblVersion")->text().contains("1.5 Build 12"));
+    click(about, "cmdOK");
+    EXPECT_FALSE(about->isVisible());
 }
 
 TEST(MainWindowClose, storesScreenAndPositionButKeepsThePositionWhenMinimised) {
@@ -167,19 +171,6 @@ TEST(MainWindowClose, storesScreenAndPositionButKeepsThePositionWhenMinimised) {
     refusing.setCloseSequence([] { return false; });
     EXPECT_FALSE(refusing.close());
     EXPECT_EQ(r.get(settings::kScreen), "Error");
-}
-
-TEST(MainWindowMenus, associationIsStoredAndAnnounced) {
-    WindowFixture f;
-    auto& window = f.open();
-    QSignalSpy toggled(&window, &korvel::ui::MainWindow::associationToggled);
-    window.menus().associate()->trigger();
-    EXPECT_EQ(f.store.readProgram(settings::kAssociate), "1");
-    window.menus().associate()->trigger();
-    EXPECT_EQ(f.store.readProgram(settings::kAssociate), "0");
-    ASSERT_EQ(toggled.count(), 2);
-    EXPECT_TRUE(toggled.at(0).at(0).toBool());
-    EXPECT_FALSE(toggled.at(1).at(0).toBool());
 }
 
 TEST(MainWindowPlace, aPositionWhoseTitleBarIsOnNoScreenIsPulledOntoTheNearest) {
@@ -293,16 +284,16 @@ TEST(MainWindowModes, viewMenuKeysChooseModesAndThePanelsExplainThemselves) {
 }
 
 TEST(MainWindowLooks, flatChoosesEveryGoldButtonsLooksAndOtherValuesKeepThem) {
+    WindowFixture f;
+    auto& window = f.open();
+    const auto buttons = window.findChildren<korvel::ui::GoldButton*>();
+    ASSERT_EQ(buttons.size(), 3);
     const struct {
         const char* flat;
-        int up, hover, down;
-    } cases[] = {{"0", 4, 5, 10}, {"1", 0, 4, 2}, {"2", 1, 1, 1}, {"Error", 1, 1, 1}};
+        std::array<int, 3> looks; // up, hover, down
+    } cases[] = {{"0", {4, 5, 10}}, {"1", {0, 4, 2}}, {"2", {1, 1, 1}}, {"Error", {1, 1, 1}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.flat);
-        WindowFixture f;
-        auto& window = f.open();
-        const auto buttons = window.findChildren<korvel::ui::GoldButton*>();
-        ASSERT_EQ(buttons.size(), 3);
         for (korvel::ui::GoldButton* button : buttons) {
             button->setOnUp(1);
             button->setOnHover(1);
@@ -310,110 +301,72 @@ TEST(MainWindowLooks, flatChoosesEveryGoldButtonsLooksAndOtherValuesKeepThem) {
         }
         f.set(settings::kFlat, c.flat);
         window.applyButtonLooks(); // what saving the options does
-        for (korvel::ui::GoldButton* button : buttons) {
-            SCOPED_TRACE(button->objectName().toStdString());
-            EXPECT_EQ(button->onUp(), c.up);
-            EXPECT_EQ(button->onHover(), c.hover);
-            EXPECT_EQ(button->onDown(), c.down);
-        }
+        for (korvel::ui::GoldButton* button : buttons)
+            EXPECT_EQ((std::array{button->onUp(), button->onHover(), button->onDown()}), c.looks);
     }
 }
 
-TEST(MainWindowDialogs, aboutBoxShowsTheVersionAndClosesWithOk) {
+TEST(MainWindowMenus, rightButtonReleasedOverTheConfiguratorOpensItsMenuOnly) {
     WindowFixture f;
     auto& window = f.open();
-    window.menus().about()->trigger();
-    auto* about = window.findChild<QDialog*>(QStringLiteral("frmAbout"));
-    ASSERT_NE(about, nullptr);
-    EXPECT_TRUE(about->isVisible());
-    EXPECT_EQ(about->windowTitle(), QStringLiteral("About Korvel"));
-    const QString version = about->findChild<QLabel*>(QStringLiteral("lblVersion"))->text();
-    EXPECT_TRUE(version.contains(QStringLiteral("1.5 Build 12"))) << version.toStdString();
-    QTest::mouseClick(about->findChild<korvel::ui::GoldButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
-    EXPECT_FALSE(about->isVisible());
-}
-
-TEST(MainWindowMenus, rightButtonReleasedOverTheConfiguratorOpensItsMenuOnly) {
+    QMenu* menu = window.menus().configuratorMenu();
     const struct {
         Mode pane;
         Qt::MouseButton button;
         bool opens;
-    } cases[] = {
-        {Mode::Configurator, Qt::RightButton, true},
-        {Mode::Configurator, Qt::LeftButton, false},
-        {Mode::Mounter, Qt::RightButton, false},
-    };
+    } cases[] = {{Mode::Mounter, Qt::RightButton, false},
+                 {Mode::Configurator, Qt::LeftButton, false},
+                 {Mode::Configurator, Qt::RightButton, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(korvel::ui::modeName(c.pane).toStdString() + (c.button == Qt::RightButton ? " right" : " left"));
-        WindowFixture f;
-        auto& window = f.open();
         window.showMode(c.pane, "0");
-        QMenu* menu = window.menus().configuratorMenu();
         QTest::mouseRelease(window.pane(c.pane), c.button, Qt::NoModifier, QPoint(50, 50));
         EXPECT_EQ(menu->isVisible(), c.opens);
-        if (c.opens) {
-            EXPECT_EQ(menu->actions().value(0)->objectName(), QStringLiteral("mnuFixRegistry"));
-        }
         menu->hide();
     }
+    EXPECT_EQ(menu->actions().value(0)->objectName(), "mnuFixRegistry");
 }
 
-namespace {
-
-QAccessibleInterface* accessible(QWidget* widget) {
-    return QAccessible::queryAccessibleInterface(widget);
-}
-
-} // namespace
-
-TEST(MainWindowModePanels, areNamedButtonsThatSayWhichModeIsOnView) {
+TEST(MainWindowModePanels, areNamedButtonsReachedWithTabThatChooseTheirModeAndSayWhichIsOnView) {
     WindowFixture f;
     auto& window = f.open();
     ModeStatusBar& bar = *window.modeStatusBar();
-    for (Mode mode : {Mode::Configurator, Mode::Extractor, Mode::Mounter}) {
+    const auto accessible = [&bar](Mode mode) { return QAccessible::queryAccessibleInterface(bar.modePanel(mode)); };
+    const Mode modes[] = {Mode::Configurator, Mode::Extractor, Mode::Mounter};
+    for (int i = 0; i < 3; ++i) {
+        const Mode mode = modes[i];
         SCOPED_TRACE(korvel::ui::modeName(mode).toStdString());
-        QWidget* panel = bar.modePanel(mode);
-        ASSERT_NE(panel, nullptr);
-        QAccessibleInterface* face = accessible(panel);
-        ASSERT_NE(face, nullptr);
-        EXPECT_EQ(face->role(), QAccessible::Button);
-        EXPECT_EQ(face->text(QAccessible::Name), korvel::ui::modeName(mode));
-        EXPECT_TRUE(panel->isVisible());
-        EXPECT_EQ(panel->geometry(), bar.panelRect(mode == Mode::Configurator ? 2 : mode == Mode::Extractor ? 3 : 4));
+        ASSERT_NE(accessible(mode), nullptr);
+        EXPECT_EQ(accessible(mode)->role(), QAccessible::Button);
+        EXPECT_EQ(accessible(mode)->text(QAccessible::Name), korvel::ui::modeName(mode));
+        EXPECT_TRUE(bar.modePanel(mode)->isVisible());
+        EXPECT_EQ(bar.modePanel(mode)->geometry(), bar.panelRect(2 + i));
     }
     window.ShowMounter("0");
     window.ShowExtractor("0");
-    EXPECT_TRUE(accessible(bar.modePanel(Mode::Extractor))->state().checked);
-    EXPECT_FALSE(accessible(bar.modePanel(Mode::Mounter))->state().checked);
-    EXPECT_FALSE(accessible(bar.modePanel(Mode::Configurator))->state().checked);
-    EXPECT_FALSE(accessible(bar.modePanel(Mode::Extractor))->text(QAccessible::Description).isEmpty());
-    EXPECT_TRUE(accessible(bar.modePanel(Mode::Mounter))->text(QAccessible::Description).isEmpty());
+    for (Mode mode : modes)
+        EXPECT_EQ(bool(accessible(mode)->state().checked), mode == Mode::Extractor);
+    EXPECT_FALSE(accessible(Mode::Extractor)->text(QAccessible::Description).isEmpty());
+    EXPECT_TRUE(accessible(Mode::Mounter)->text(QAccessible::Description).isEmpty());
     // A screen reader's "press" chooses the mode as a click on the panel does.
-    accessible(bar.modePanel(Mode::Configurator))
-        ->actionInterface()
-        ->doAction(QAccessibleActionInterface::pressAction());
+    accessible(Mode::Configurator)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_EQ(window.currentMode(), Mode::Configurator);
     // The mouse still meets the hot zones, not the buttons lying over them.
     clickAt(bar, 5705);
     EXPECT_EQ(window.currentMode(), Mode::Mounter);
-    EXPECT_TRUE(accessible(bar.modePanel(Mode::Mounter))->state().checked);
-}
+    EXPECT_TRUE(accessible(Mode::Mounter)->state().checked);
 
-TEST(MainWindowModePanels, areReachedWithTabAndChooseTheirModeWithSpaceOrEnter) {
-    WindowFixture f;
-    auto& window = f.open();
-    window.ShowMounter("0");
+    // Tab reaches the three panels in order; Space and Enter choose.
     window.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     window.playButton()->setFocus();
     std::vector<QWidget*> reached;
     for (int i = 0; i < 40 && reached.size() < 3; ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        if (auto* panel = qobject_cast<korvel::ui::ModePanel*>(QApplication::focusWidget()))
-            if (std::find(reached.begin(), reached.end(), panel) == reached.end())
-                reached.push_back(panel);
+        auto* panel = qobject_cast<korvel::ui::ModePanel*>(QApplication::focusWidget());
+        if (panel && std::find(reached.begin(), reached.end(), panel) == reached.end())
+            reached.push_back(panel);
     }
-    ModeStatusBar& bar = *window.modeStatusBar();
     EXPECT_EQ(reached, (std::vector<QWidget*>{bar.modePanel(Mode::Configurator), bar.modePanel(Mode::Extractor),
                                               bar.modePanel(Mode::Mounter)}));
     QTest::keyClick(bar.modePanel(Mode::Extractor), Qt::Key_Space);
@@ -421,15 +374,21 @@ TEST(MainWindowModePanels, areReachedWithTabAndChooseTheirModeWithSpaceOrEnter) 
     QTest::keyClick(bar.modePanel(Mode::Configurator), Qt::Key_Return);
     EXPECT_EQ(window.windowTitle(), "Korvel - MTM2 - [Configurator]");
     EXPECT_TRUE(bar.modePanel(Mode::Configurator)->isChecked());
+}
 
-    // Without the Configurator its panel is neither shown nor reached.
-    WindowFixture evo("4x4 Evolution", false);
-    auto& other = evo.open();
-    QWidget* hidden = other.modeStatusBar()->modePanel(Mode::Configurator);
-    EXPECT_FALSE(hidden->isVisible());
-    EXPECT_FALSE(hidden->isVisibleTo(&other));
+TEST(MainWindowModes, aProfileWithoutConfiguratorNeitherShowsNorReachesItsPanelOrMode) {
+    WindowFixture f("4x4 Evolution", false);
+    f.set(settings::kScreen, "C");
+    auto& window = f.open();
+    ModeStatusBar& bar = *window.modeStatusBar();
+    clickAt(bar, 5075);
+    EXPECT_EQ(window.currentMode(), Mode::Mounter);
+    EXPECT_TRUE(bar.panelRect(2).isEmpty());
+    EXPECT_EQ(window.playButton()->text(), "&Play Game");
+    QWidget* hidden = bar.modePanel(Mode::Configurator);
+    EXPECT_FALSE(hidden->isVisibleTo(&window));
     QTest::keyClick(hidden, Qt::Key_Space);
-    EXPECT_NE(other.currentMode(), Mode::Configurator);
+    EXPECT_NE(window.currentMode(), Mode::Configurator);
 }
 
 TEST(MainWindowStartMode, followsTheLockThenTheRememberedScreenAndNeverChoosesAMissingConfigurator) {

@@ -1,7 +1,7 @@
-#include "app_rig.h"
 #include "full_disk.h"
 #include "mounter/widgets/mounted_model.h"
 #include "platform/game_codec.h"
+#include "ui_rig.h"
 
 #include <QAbstractItemModelTester>
 #include <QFile>

@@ -1,16 +1,23 @@
-#include "app_rig.h"
 #include "mounter/widgets/check_pods_window.h"
 #include "mounter/widgets/check_results_model.h"
 #include "mounter/widgets/conflict_models.h"
 #include "mounter/widgets/conflict_tracker.h"
 #include "mounter/widgets/conflicts_window.h"
 #include "mounter/widgets/mounted_model.h"
+#include "platform/game_codec.h"
+#include "pod/pod_check.h"
+#include "pod/pod_directory.h"
+#include "pod/widgets/create_pod_dialog.h"
+#include "pod/widgets/extractor_pane.h"
+#include "pod/widgets/listing_model.h"
 #include "pod_writer.h"
 #include "ui/main_menus.h"
+#include "ui_rig.h"
 
 #include <QAbstractItemModelTester>
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -67,7 +74,15 @@ protected:
         auto* entry = pane().findChild<QAction*>(QStringLiteral("mnuConflictsMounted"));
         EXPECT_NE(entry, nullptr);
         entry->trigger();
-        return pane().conflictsWindow();
+        ConflictsWindow* window = pane().conflictsWindow();
+        // Its models pass the model tester through every refresh, selection and filter that follows.
+        if (window && testers.empty()) {
+            for (QAbstractItemModel* model : std::initializer_list<QAbstractItemModel*>{
+                     &window->archivesModel(), &window->pathsModel(), window->pathsView()->model()})
+                testers.push_back(std::make_unique<QAbstractItemModelTester>(
+                    model, QAbstractItemModelTester::FailureReportingMode::Fatal));
+        }
+        return window;
     }
     void settle() {
         for (int i = 0; i < 3; ++i)
@@ -101,6 +116,7 @@ protected:
 
     AppRig rig;
     QAbstractItemView* mounted = nullptr;
+    std::vector<std::unique_ptr<QAbstractItemModelTester>> testers;
 };
 
 TEST_F(ConflictsTest, showsEachArchivesSharedFilesAndThePathsOfTheArchiveSelectedInTheMountedList) {
@@ -136,21 +152,20 @@ TEST_F(ConflictsTest, showsEachArchivesSharedFilesAndThePathsOfTheArchiveSelecte
     EXPECT_EQ(shownPaths(*window), std::vector<std::string>{"ART\\SKY.RAW | 999 | A.POD, B.POD |  | differs"});
     window->archivesView()->setCurrentIndex(window->archivesModel().index(5, 0));
     EXPECT_TRUE(shownPaths(*window).empty());
-}
-
-TEST_F(ConflictsTest, theFilterKeepsRowsWithTheTextInAnyColumnWithoutRegardToCase) {
-    ConflictsWindow* window = openFromContextMenu(0);
+    // The filter keeps rows with the text in any column, without regard to case.
+    window->archivesView()->setCurrentIndex(window->archivesModel().index(0, 0));
+    window->pathsView()->sortByColumn(ConflictPathsModel::PathColumn, Qt::AscendingOrder);
     const struct {
         const char* typed;
         std::vector<std::string> paths;
-    } cases[] = {
+    } filters[] = {
         {"shared", {"SHARED.TXT"}},    {"sky", {"ART\\SKY.RAW"}}, {"c.pod", {"ART\\SKY.RAW"}}, // a holder's name
         {"DIFFERS", {"ART\\SKY.RAW"}}, {"nothing like it", {}},   {"", {"ART\\SKY.RAW", "SHARED.TXT"}},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : filters) {
         SCOPED_TRACE(c.typed);
         window->filterBox()->clear();
-        QTest::keyClicks(window->filterBox(), QString::fromLatin1(c.typed));
+        QTest::keyClicks(window->filterBox(), c.typed);
         std::vector<std::string> paths;
         for (const std::string& row : shownPaths(*window))
             paths.push_back(row.substr(0, row.find(" | ")));
@@ -183,6 +198,12 @@ TEST_F(ConflictsTest, aReorderRefreshesTheOpenWindowFromCachedListingsKeepingThe
     window->findChild<QPushButton*>(QStringLiteral("cmdConflictsRefresh"))->click();
     EXPECT_EQ(pane().conflicts().listingsRead(), 1);
     EXPECT_EQ(shownPaths(*window).back(), "shared.txt | 1,000 |  | A.POD, E.POD | differs");
+    // With nothing mounted the window empties, filtered or not.
+    QTest::keyClicks(window->filterBox(), "sky");
+    ASSERT_TRUE(pane().mounter().UnmountAll().ok());
+    settle();
+    EXPECT_EQ(window->archivesModel().rowCount(), 0);
+    EXPECT_EQ(window->pathsModel().rowCount(), 0);
 }
 
 TEST_F(ConflictsTest, mountedRowsThatShareFilesAreMarkedOnceAskedWithoutChangingTheList) {
@@ -210,23 +231,6 @@ TEST_F(ConflictsTest, mountedRowsThatShareFilesAreMarkedOnceAskedWithoutChanging
     }
     EXPECT_EQ(marks(), (std::vector<bool>{false, false, false, false}));
     EXPECT_EQ(rig.podIni(), podIni); // nothing was saved along the way
-}
-
-TEST_F(ConflictsTest, theWindowsModelsPassTheModelTesterThroughRefreshesAndSelections) {
-    ConflictsWindow* window = openFromContextMenu(0);
-    QAbstractItemModelTester archives(&window->archivesModel(), QAbstractItemModelTester::FailureReportingMode::Fatal);
-    QAbstractItemModelTester paths(&window->pathsModel(), QAbstractItemModelTester::FailureReportingMode::Fatal);
-    QAbstractItemModelTester shown(window->pathsView()->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
-    for (int row = 0; row < window->archivesModel().rowCount(); ++row)
-        window->archivesView()->setCurrentIndex(window->archivesModel().index(row, 0));
-    selectMounted(2);
-    QTest::keyClick(mounted, Qt::Key_T, Qt::ControlModifier);
-    settle();
-    QTest::keyClicks(window->filterBox(), QStringLiteral("sky"));
-    ASSERT_TRUE(rig.pane().mounter().UnmountAll().ok());
-    settle();
-    EXPECT_EQ(window->archivesModel().rowCount(), 0);
-    EXPECT_EQ(window->pathsModel().rowCount(), 0);
 }
 
 // Mounted: a sound archive, one that cannot be listed, one whose entry runs past its end, one that
@@ -275,6 +279,148 @@ TEST(CheckPods, listsEveryMountedArchiveWithWhatIsWrongAndCanLeaveOnlyTheProblem
     EXPECT_EQ(rig.pane().checkPodsWindow(), window);
     EXPECT_EQ(results()[2], "CUT.POD: Fine");
     EXPECT_EQ(window->summary()->text(), "2 of the 4 mounted PODs are not fine.");
+}
+
+// File > Create POD... and Check POD.
+constexpr const char* kFolder = "C:\\Mods\\TRUCK";
+constexpr const char* kTarget = "C:\\Mods\\TRUCK.POD";
+
+class CreatePodTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        rig.addGame("MTM2");
+        ASSERT_TRUE(rig.start());
+        rig.drive.write(std::string(kFolder) + "\\a.txt", "alpha");
+        rig.drive.write(std::string(kFolder) + "\\ART\\b.raw", std::string(300, 'b'));
+    }
+    ExtractorPane& extractor() { return *rig.window().findChild<ExtractorPane*>(); }
+    std::vector<std::string> listedNames() {
+        std::vector<std::string> names;
+        for (int row = 0; row < extractor().model().rowCount(); ++row)
+            names.push_back(extractor().model().index(row, 0).data().toString().toStdString());
+        return names;
+    }
+    // File > Create POD... with the dialog filled in as given (a folder of nullptr is chosen with
+    // Browse... from the scripted folder answer).
+    void createFromMenu(const char* folder, const QString& format, const QString& comment) {
+        whenShown(QStringLiteral("frmCreatePod"), [=](QWidget* form) {
+            auto* dialog = static_cast<CreatePodDialog*>(form);
+            if (folder)
+                dialog->folderBox()->setText(folder);
+            else
+                child<QPushButton>(dialog, "cmdPackBrowse")->click();
+            dialog->formatBox()->setCurrentIndex(dialog->formatBox()->findText(format));
+            dialog->commentBox()->setText(comment);
+            child<QPushButton>(dialog, "cmdPackCreate")->click();
+        });
+        rig.window().menus().createPod()->trigger();
+    }
+
+    AppRig rig;
+};
+
+TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenAndListsTheNewArchive) {
+    createFromMenu(kFolder, QStringLiteral("POD2"), QStringLiteral("My truck"));
+    ASSERT_TRUE(rig.drive.exists(kTarget)) << rig.dialogs().messageTexts().join("\n").toStdString();
+    EXPECT_TRUE(rig.last().text.contains("2 files"));
+    Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
+    ASSERT_TRUE(written);
+    EXPECT_TRUE(written->pod2);
+    EXPECT_TRUE(checkArchive(rig.drive.files(), kTarget).fine()); // checksums as written
+    // The new archive is the one the Extractor lists, in the Extractor's pane.
+    EXPECT_EQ(extractor().listedArchive(), kTarget);
+    EXPECT_EQ(rig.window().currentMode(), ui::Mode::Extractor);
+    EXPECT_EQ(listedNames(), (std::vector<std::string>{"a.txt", "ART\\b.raw"}));
+    EXPECT_EQ(rig.find<QLineEdit>("txtName")->text(), "My truck");
+}
+
+TEST_F(CreatePodTest, anExistingArchiveIsReplacedOnlyWhenTheUserSaysYes) {
+    rig.drive.write(kTarget, "old archive");
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::No);
+    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
+    EXPECT_EQ(rig.drive.read(kTarget), "old archive");
+    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
+    EXPECT_TRUE(rig.last().text.contains("already exists"));
+    EXPECT_TRUE(extractor().listedArchive().empty() || extractor().listedArchive() != kTarget);
+
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::Yes);
+    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
+    Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
+    ASSERT_TRUE(written);
+    EXPECT_FALSE(written->pod2);
+    EXPECT_EQ(extractor().listedArchive(), kTarget);
+    EXPECT_EQ(listedNames().size(), 2u);
+}
+
+TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
+    rig.window().menus().checkPod()->trigger(); // nothing listed yet
+    EXPECT_TRUE(rig.last().text.contains("List a POD first"));
+    const struct {
+        const char* file;
+        std::string bytes;
+        const char* finding;
+        MessageIcon icon;
+    } cases[] = {
+        {"FINE.POD", PodWriter().add("A.TXT", "a").pod1(), "Fine", MessageIcon::Information},
+        {"CUT.POD", PodWriter().add(PodWriter::Entry{"BIG.BIN", "short", 50000, {}}).pod1(), "Truncated",
+         MessageIcon::Exclamation},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        rig.drive.write(std::string("C:\\Games\\MTM2\\") + c.file, c.bytes);
+        extractor().ListPOD("C:\\Games\\MTM2\\", c.file);
+        rig.window().menus().checkPod()->trigger();
+        EXPECT_TRUE(rig.last().text.contains(QString::fromLatin1(c.finding), Qt::CaseInsensitive))
+            << rig.last().text.toStdString();
+        EXPECT_EQ(rig.last().icon, c.icon);
+    }
+}
+
+TEST(CreatePodDialog, proposesAnArchiveNamedAfterTheFolderAndRefusesWhatCannotBeCreated) {
+    TempDrive drive;
+    const std::pair<const char*, const char*> proposals[] = {{"C:\\Mods\\TRUCK\\", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\Mods\\TRUCK", "C:\\Mods\\TRUCK.POD"},
+                                                             {"C:\\", "C:\\NEW.POD"},
+                                                             {"", ""}};
+    for (const auto& [folder, target] : proposals)
+        EXPECT_EQ(CreatePodDialog::proposedTarget(folder), target) << folder;
+    CreatePodDialog dialog(drive.dialogs(), "C:\\Games\\MTM2\\");
+    EXPECT_EQ(dialog.folderBox()->text(), "C:\\Games\\MTM2");
+    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Games\\MTM2.POD");
+    dialog.folderBox()->setText("C:\\Mods\\RED");
+    EXPECT_EQ(dialog.targetBox()->text(), "C:\\Mods\\RED.POD");
+    QTest::keyClicks(dialog.targetBox(), "X"); // typed by the user: the proposals stop
+    dialog.folderBox()->setText("C:\\Mods\\BLUE");
+    EXPECT_EQ(dialog.request().target, "C:\\Mods\\RED.PODX");
+    EXPECT_EQ(dialog.request().folder, "C:\\Mods\\BLUE");
+
+    ScopedGameCodec western(GameCodec{});
+    const struct {
+        const char* folder;
+        const char* target; // nullptr: the proposed one
+        QString comment;
+        const char* refusal;
+    } cases[] = {
+        {"", "C:\\X.POD", QString(), "Choose the folder"},
+        {"Mods", "C:\\X.POD", QString(), "whole path"},
+        {"C:\\Mods", "", QString(), "Type the path"},
+        {"C:\\Mods", "X.POD", QString(), "whole path"},
+        {"C:\\Mods", nullptr, QStringLiteral("Трасса"), "cannot represent the comment"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.refusal);
+        drive.dialogs().clear();
+        CreatePodDialog refusing(drive.dialogs(), "C:\\");
+        refusing.folderBox()->setText(c.folder);
+        if (c.target)
+            refusing.targetBox()->setText(c.target);
+        refusing.commentBox()->setText(c.comment);
+        refusing.accept();
+        EXPECT_NE(refusing.result(), QDialog::Accepted);
+        ASSERT_EQ(drive.dialogs().messages().size(), 1u);
+        EXPECT_TRUE(drive.dialogs().lastMessage().text.contains(c.refusal))
+            << drive.dialogs().lastMessage().text.toStdString();
+    }
 }
 
 } // namespace
