@@ -118,17 +118,15 @@ TEST_F(CliArchive, convertAndCompatiblizePatchTheNamedEntryInPlace) {
 }
 
 TEST_F(CliArchive, paletteShowsOneLineOrJsonTriplePerColour) {
-    std::string bytes(768, '\0');
-    for (size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = char(i % 256);
-    CliRun run = cli({"palette", write("P.ACT", bytes)});
+    std::string bytes;
+    for (int i = 0; i < 768; ++i)
+        bytes += char(i % 256);
+    const CliRun run = cli({"palette", write("P.ACT", bytes)});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
     const QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 256);
-    EXPECT_EQ(lines[0], "C0: (0, 1, 2)");
-    EXPECT_EQ(lines[255], "C255: (255, 0, 1)");
-    run = cli({"palette", "--json", path("P.ACT")});
-    const QJsonArray colors = QJsonDocument::fromJson(run.out.toUtf8()).array();
+    EXPECT_EQ(lines[0] + "|" + lines[255], "C0: (0, 1, 2)|C255: (255, 0, 1)");
+    const QJsonArray colors = QJsonDocument::fromJson(cli({"palette", "--json", path("P.ACT")}).out.toUtf8()).array();
     ASSERT_EQ(colors.size(), 256);
     EXPECT_EQ(colors[10].toArray()[2].toInt(), 12);
 }

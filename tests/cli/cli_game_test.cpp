@@ -12,9 +12,7 @@ namespace {
 class GameCli : public CliFolder {
 protected:
     void SetUp() override {
-        static int argc = 1;
-        static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
-        [[maybe_unused]] static const auto* app = new QCoreApplication(argc, argv); // serves the loopback servers
+        serveEvents();
         write("game/system/monster.ini", kMonster);
         write("game/player.pro", kPlayer);
         for (const char* name : {"TRUCKS.POD", "TRAXX.POD", "ADDON/ARENA.POD", "ADDON/BOMBTAG.POD", "ADDON/NOTES.TXT"})
@@ -237,7 +235,8 @@ TEST_F(GameCli, everyCommandRefusesABadCommandLineWithStatusTwo) {
     const QString lines = "list|extract %g/A.POD|export|convert %g/A.POD T.SIT sprint|compatiblize %g/A.POD|palette|"
                           "monster --game %g --horn yes|drivers --game %g show|tracks update --url file:///etc/passwd|"
                           "mounter --game %g|mounter --game %g dance|mounter --game %g unmount|"
-                          "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate";
+                          "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate|"
+                          "pack %g|pack %g --to %g/X.POD --format pod3|add %g/X.POD %g/TRUCKS.POD|remove %g/X.POD|check";
     for (const QString& line : lines.split('|')) {
         SCOPED_TRACE(line.toStdString());
         const CliRun run = cli(line.split(' ').replaceInStrings("%g", game()));
@@ -245,7 +244,7 @@ TEST_F(GameCli, everyCommandRefusesABadCommandLineWithStatusTwo) {
         EXPECT_FALSE(run.err.isEmpty());
     }
     EXPECT_EQ(read("game/system/monster.ini"), kMonster);
-    EXPECT_FALSE(QFile::exists(path("registry.json")));
+    EXPECT_FALSE(QFile::exists(path("registry.json")) || QFile::exists(path("game/X.POD")));
     EXPECT_EQ(ini(), "9\nTRUCKS.POD\n\nADDON\\ARENA.POD\nGONE.POD\n");
 }
 

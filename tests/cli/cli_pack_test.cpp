@@ -104,16 +104,4 @@ TEST_F(CliPack, mounterConflictsAndCheckReportTheMountedArchives) {
     EXPECT_EQ(cli({"mounter", "--game", path("game"), "conflicts", "EXTRA"}).status, 2);
 }
 
-TEST_F(CliPack, badCommandLinesEndWithStatusTwo) {
-    for (const QStringList& line :
-         {QStringList{"pack", path("mod")}, QStringList{"pack", path("mod"), "--to", path("X.POD"), "--format", "pod3"},
-          QStringList{"add", path("X.POD"), path("mod/Two.BIN")}, QStringList{"remove", path("X.POD")},
-          QStringList{"check"}}) {
-        const CliRun run = cli(line);
-        EXPECT_EQ(run.status, 2) << line.join(' ').toStdString();
-        EXPECT_FALSE(run.err.isEmpty());
-    }
-    EXPECT_FALSE(QFile::exists(path("X.POD")));
-}
-
 } // namespace

@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 TEST(PodIniText, readsEntriesAfterTheCountLineWhateverTheLineEnds) {
     EXPECT_EQ(podIniEntries("9\r\nA.POD\r\n\r\n   \r\n\x1b\r\n  \x1b  \r\n  SPACED.POD \r\n"),
@@ -98,13 +97,9 @@ TEST_F(LoadMountedList, leavesACanonicalFileAloneAndLoadsAnUnwritableOneQuietlyW
     archives({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     writeIni({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     const QDateTime old(QDate(2001, 2, 3), QTime(4, 5, 6));
-    auto modified = [this] { return QFileInfo(drive.host(kIni)).lastModified(); };
-    {
-        QFile ini(drive.host(kIni));
-        ASSERT_TRUE(ini.open(QIODevice::ReadWrite) && ini.setFileTime(old, QFileDevice::FileModificationTime));
-    }
+    setIniTime(old);
     ASSERT_TRUE(mounter().LoadMountedList().ok());
-    EXPECT_EQ(modified(), old); // nothing to tidy: the file was not written
+    EXPECT_EQ(iniTime(), old); // nothing to tidy: the file was not written
     const std::string untidy = "2\nTRUCKS.POD\naddon\\mytrack.pod\n";
     drive.write(kIni, untidy);
     {
