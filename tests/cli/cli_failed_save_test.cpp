@@ -38,8 +38,7 @@ protected:
     void SetUp() override {
         write("Games/MTM2/monster.exe", "MZ");
         write("Games/Evo/4x4.exe", "MZ");
-        const CliRun added = cli({"profiles", "add", path("Games/MTM2/monster.exe")});
-        ASSERT_EQ(added.status, 0) << added.err.toStdString();
+        const CliRun added = succeeds({"profiles", "add", path("Games/MTM2/monster.exe")});
     }
 
 public:

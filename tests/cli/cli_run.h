@@ -69,6 +69,13 @@ protected:
                 QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
     }
 
+    // cli() that must succeed; its error output is shown when it does not.
+    CliRun succeeds(const QStringList& args, const QStringList& extra = {}, const QString& folder = {}) const {
+        CliRun run = cli(args, extra, folder);
+        EXPECT_EQ(run.status, 0) << args.join(' ').toStdString() << ": " << run.err.toStdString();
+        return run;
+    }
+
     QTemporaryDir m_dir;
     // Runs in the child between fork and exec (Unix): limits, another user.
     std::function<void()> m_childSetup;

@@ -75,12 +75,9 @@ TEST(PodDirectory, readsBothLayoutsPairingPod2NamesByOrderAndIgnoringNameOffsets
         EXPECT_EQ(listing->entries[0].size, 3);
         EXPECT_EQ(listing->entries[1].end - listing->entries[0].start, 1003);
         EXPECT_EQ(listing->typeText, two ? "Truck (POD2)" : "Truck");
+        EXPECT_EQ(listing->entries[0].start, two ? 96 + 40 + 22 : 84 + 80);
+        EXPECT_EQ(listing->sizeText(), two ? "1,161" : "1,167");
     }
-    auto pod1 = listBytes(drive, pod.pod1());
-    ASSERT_TRUE(pod1.ok());
-    ASSERT_EQ(pod1->entries.size(), 2u);
-    EXPECT_EQ(pod1->entries[0].start, 84 + 80);
-    EXPECT_EQ(pod1->sizeText(), "1,167");
 }
 
 TEST(PodDirectory, readsTheNameTableUpToTheDataOfEntryZero) {
@@ -211,7 +208,6 @@ TEST(PodClassification, followsTheTypeAndEditorTable) {
 
 TEST(ListingExport, writesTheSevenPartsWithCrLfInDisplayOrderBesideTheArchiveAndNothingWithoutRows) {
     EXPECT_EQ(exportPathFor("C:\\GAME\\", "NODOT"), "C:\\GAME\\txt");
-    EXPECT_EQ(exportCreatedText("C:\\GAME\\TRUCKS.txt"), "C:\\GAME\\TRUCKS.txt successfully created!");
     TempDrive drive;
     PodWriter pod;
     pod.comment("My trucks").add("Z.TRK", std::string(1500, 'z')).add("a.trk", "a"); // sorted ignoring case
