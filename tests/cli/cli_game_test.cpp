@@ -48,7 +48,7 @@ TEST_F(GameCli, monsterPrintsChangesAndRefuses) {
               "hidden-track: off\nhorn: on\nlanguage: standard (UI\\MTM2.loc)\n");
     write("game/UI/french.loc", "x"); // a file inside the game folder is stored relative to it
     const CliRun changed = succeeds({"monster", "--game", game(), "--hidden-track", "on", "--horn", "off", "--language",
-                                game() + "/UI/french.loc", "--json"});
+                                     game() + "/UI/french.loc", "--json"});
     EXPECT_EQ(QJsonDocument::fromJson(changed.out.toUtf8()).object(),
               (QJsonObject{{"hiddenTrack", true}, {"horn", false}, {"language", 4}, {"custom", "UI\\french.loc"}}));
     EXPECT_EQ(read("game/system/monster.ini"), "; settings\r\nshowHiddenTrack=666\r\nkookyHornFlag=0\r\n"
@@ -178,7 +178,8 @@ TEST_F(GameCli, mounterShowPrintsCounterAndBothListsWithoutRewritingPodIni) {
     // Another POD.INI and extra folders, a missing one among them, when given.
     write("extra/far.pod", "");
     write("game/OTHER.INI", "1\r\nTRAXX.POD\r\n");
-    const CliRun other = mounter({"show", "--ini", path("game/OTHER.INI"), "--extra-dirs", path("extra") + "|/no/such"});
+    const CliRun other =
+        mounter({"show", "--ini", path("game/OTHER.INI"), "--extra-dirs", path("extra") + "|/no/such"});
     EXPECT_TRUE(other.out.startsWith("1/99 PODs Mounted\nTRAXX.POD\tMounted\tTRAXX.POD\n"));
     EXPECT_TRUE(other.out.contains("\n\\EXTRA\\FAR.POD\tUnmounted\tC:\\EXTRA\\FAR.POD\n"));
 }
@@ -217,11 +218,12 @@ TEST_F(GameCli, mounterDeleteSendsUnmountedArchivesToTheTrashOnly) {
 }
 
 TEST_F(GameCli, everyCommandRefusesABadCommandLineWithStatusTwo) {
-    const QString lines = "list|extract %g/A.POD|export|convert %g/A.POD T.SIT sprint|compatiblize %g/A.POD|palette|"
-                          "monster --game %g --horn yes|drivers --game %g show|tracks update --url file:///etc/passwd|"
-                          "mounter --game %g|mounter --game %g dance|mounter --game %g unmount|"
-                          "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate|"
-                          "pack %g|pack %g --to %g/X.POD --format pod3|add %g/X.POD %g/TRUCKS.POD|remove %g/X.POD|check";
+    const QString lines =
+        "list|extract %g/A.POD|export|convert %g/A.POD T.SIT sprint|compatiblize %g/A.POD|palette|"
+        "monster --game %g --horn yes|drivers --game %g show|tracks update --url file:///etc/passwd|"
+        "mounter --game %g|mounter --game %g dance|mounter --game %g unmount|"
+        "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate|"
+        "pack %g|pack %g --to %g/X.POD --format pod3|add %g/X.POD %g/TRUCKS.POD|remove %g/X.POD|check";
     for (const QString& line : lines.split('|')) {
         SCOPED_TRACE(line.toStdString());
         const CliRun run = cli(line.split(' ').replaceInStrings("%g", game()));

@@ -38,7 +38,7 @@ TEST_F(WineCli, mountsArchivesWithNamesOfTheChosenCodePageAndWritesThemInIt) {
         write(c.folder + "/POD.INI", "99\r\n");
         write(c.folder + "/ADDON/" + c.archive, "POD");
         const CliRun mounted = runs({"--codepage", c.option, "mounter", "--game", path(c.folder), "mount",
-                                    path(c.folder + "/ADDON/" + c.archive)});
+                                     path(c.folder + "/ADDON/" + c.archive)});
         // Mounted names are stored in capitals, the code page's own capitals included.
         const QString stored = "ADDON\\" + c.archive.toUpper();
         EXPECT_EQ(read(c.folder + "/POD.INI"), "1\r\n" + inCodePage(c.converter, stored) + "\r\n") << c.option;
@@ -55,7 +55,7 @@ TEST_F(WineCli, takesTheWinePrefixsCodePageBeforeTheLocales) {
     write("Игры/POD.INI", "99\r\n");
     write("Игры/Трасса.POD", "POD");
     const CliRun mounted = runs({"mounter", "--game", path("Игры"), "mount", path("Игры/Трасса.POD")},
-                               {"WINEPREFIX=" + path("prefix"), "LC_ALL=pl_PL.UTF-8"});
+                                {"WINEPREFIX=" + path("prefix"), "LC_ALL=pl_PL.UTF-8"});
     EXPECT_EQ(read("Игры/POD.INI"), "1\r\n" + inCodePage("windows-1251", "ТРАССА.POD") + "\r\n");
 }
 

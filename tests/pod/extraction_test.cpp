@@ -172,9 +172,10 @@ TEST(Extraction, copiesEveryEntryShapeByteForByteUnderBothRules) {
     // Many small entries in folders, entries of every size (one empty), two larger than the read window
     // and copied in the kernel with small ones between, read against the data's order so that every
     // read path is taken.
-    std::vector<std::pair<std::string, std::string>> entries = {{"BIG1.BIN", std::string(3 << 20, 'x')},
-                                                                {"SMALL.TXT", "tiny"},
-                                                                {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')}};
+    std::vector<std::pair<std::string, std::string>> entries = {
+        {"BIG1.BIN", std::string(3 << 20, 'x')},
+        {"SMALL.TXT", "tiny"},
+        {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')}};
     for (int i = 0; i < 600; ++i)
         entries.emplace_back("F" + std::to_string(i % 7) + "\\E" + std::to_string(i) + ".BIN",
                              std::string(size_t(40 + i % 90), char('a' + i % 26)));
