@@ -219,7 +219,8 @@ TEST_F(GameCli, mounterDeleteSendsUnmountedArchivesToTheTrashOnly) {
 
 TEST_F(GameCli, everyCommandRefusesABadCommandLineWithStatusTwo) {
     const QString lines =
-        "list|extract %g/A.POD|export|convert %g/A.POD T.SIT sprint|compatiblize %g/A.POD|palette|"
+        "list|extract %g/A.POD|export|export %g/A.POD EXTRA|convert %g/A.POD T.SIT sprint|compatiblize "
+        "%g/A.POD|palette|"
         "monster --game %g --horn yes|drivers --game %g show|tracks update --url file:///etc/passwd|"
         "mounter --game %g|mounter --game %g dance|mounter --game %g unmount|"
         "mounter --game %g clean EXTRA|profiles|settings set Associate|associate maybe|frobnicate|"
