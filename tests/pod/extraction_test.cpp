@@ -136,38 +136,6 @@ TEST(Extraction, refusesTraversalNamesAndWritesNothingOutsideTheDestination) {
     }
 }
 
-TEST(MassExtract, extractsEveryArchiveIntoTheGameFolderAndStopsOnAMissingOne) {
-    TempDrive drive;
-    PodWriter one, two;
-    one.add("ART\\A.RAW", "first").add("SHARED.TXT", "one");
-    two.add("SHARED.TXT", "two");
-    drive.write("C:\\Game\\ONE.POD", one.pod1());
-    drive.write("C:\\Game\\TWO.POD", two.pod2());
-    drive.write("C:\\Game\\ART\\seed", "s");
-    ASSERT_TRUE(MassExtract(drive.files(), "C:\\Game", {"ONE.POD", "TWO.POD"}).ok());
-    EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "first");
-    EXPECT_EQ(drive.read("C:\\Game\\SHARED.TXT"), "two");
-    Status missing = MassExtract(drive.files(), "C:\\Game\\", {"GONE.POD"});
-    ASSERT_FALSE(missing.ok());
-    EXPECT_EQ(missing.failure().message, "File not found!");
-    // The hooks may decline a listed archive and choose the rows' order (the last write wins).
-    PodWriter twice;
-    twice.add("SAME.TXT", "first").add("SAME.TXT", "later");
-    drive.write("C:\\Game\\TWICE.POD", twice.pod1());
-    drive.write("C:\\Game\\ART\\A.RAW", "kept");
-    std::vector<std::string> listed;
-    MassExtractHooks hooks;
-    hooks.listed = [&](const std::string& path, const Result<PodDirectory>& listing) {
-        listed.push_back(path);
-        return listing.ok() && path.find("ONE") == std::string::npos;
-    };
-    hooks.rows = [](const PodDirectory&) { return std::vector<size_t>{1, 0}; };
-    ASSERT_TRUE(MassExtract(drive.files(), "C:\\Game", {"ONE.POD", "TWICE.POD"}, {}, hooks).ok());
-    EXPECT_EQ(listed, (std::vector<std::string>{"C:\\Game\\ONE.POD", "C:\\Game\\TWICE.POD"}));
-    EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "kept");
-    EXPECT_EQ(drive.read("C:\\Game\\SAME.TXT"), "first");
-}
-
 TEST(Extraction, copiesEveryEntryShapeByteForByteUnderBothRules) {
     // Many small entries in folders, entries of every size (one empty), two larger than the read window
     // and copied in the kernel with small ones between, read against the data's order so that every

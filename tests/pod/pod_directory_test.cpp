@@ -1,6 +1,5 @@
 #include "pod/listing_export.h"
 #include "pod/pod_directory.h"
-#include "pod/recent_archives.h"
 
 #include "platform/dialogs.h"
 #include "pod_writer.h"
@@ -232,17 +231,4 @@ TEST(ListingExport, writesTheSevenPartsWithCrLfInDisplayOrderBesideTheArchiveAnd
     ASSERT_TRUE(written.ok());
     EXPECT_TRUE(written->empty());
     EXPECT_FALSE(drive.exists("C:\\G\\EMPTY.txt"));
-}
-
-TEST(RecentArchives, keepsEightNewestFirstWithoutDuplicates) {
-    std::vector<std::string> recent;
-    for (const char* name : {"ONE.POD", "TWO.POD", "ONE.POD"})
-        recent = updateRecentArchives(recent, "C:\\A\\", name);
-    EXPECT_EQ(recent, (std::vector<std::string>{"C:\\A\\ONE.POD", "C:\\A\\TWO.POD"}));
-    for (int i = 0; i < 8; ++i)
-        recent = updateRecentArchives(recent, "C:\\B\\", "P" + std::to_string(i) + ".POD");
-    ASSERT_EQ(recent.size(), 8u);
-    EXPECT_EQ(recent.front(), "C:\\B\\P7.POD");
-    EXPECT_EQ(recent.back(), "C:\\B\\P0.POD");
-    EXPECT_EQ(updateRecentArchives({}, "c:\\low\\", "X.POD").front(), "C:\\low\\X.POD");
 }
