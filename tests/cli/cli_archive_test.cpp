@@ -20,8 +20,7 @@ protected:
 };
 
 TEST_F(CliArchive, listPrintsTheInformationLinesAndTabSeparatedRows) {
-    CliRun run = cli({"list", trucks()});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    CliRun run = succeeds({"list", trucks()});
     EXPECT_EQ(run.out.toStdString(), "POD Name: Stock trucks\nPOD Size: 1,369\nPOD Type: Truck\n"
                                      "Editor Used: TrackEd\nTotal Files: 2\n\n"
                                      "TRUCK\\B.TRK\t5\t164\t169\nART\\A.RAW\t1,200\t169\t1,369\n");
@@ -33,8 +32,7 @@ TEST_F(CliArchive, listPrintsTheInformationLinesAndTabSeparatedRows) {
 TEST_F(CliArchive, listJsonCarriesTheBoxTextsAndNumericEntries) {
     PodWriter pod;
     pod.comment("Caf\xe9 track").add("T.SIT", trackInfoText(12, "3")).add("W\xc9.BIN", "w");
-    const CliRun run = cli({"list", "--json", write("RALLY.POD", pod.pod2())});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const CliRun run = succeeds({"list", "--json", write("RALLY.POD", pod.pod2())});
     QJsonObject object = QJsonDocument::fromJson(run.out.toUtf8()).object();
     EXPECT_TRUE(object.take("status").toString().startsWith("Contents of RALLY.POD listed in "));
     EXPECT_EQ(object, QJsonDocument::fromJson(R"x({"archive":"RALLY.POD","comment":"Caf\u00e9 track",
@@ -48,15 +46,13 @@ TEST_F(CliArchive, listJsonCarriesTheBoxTextsAndNumericEntries) {
 TEST_F(CliArchive, extractMakesFoldersReplacesFilesAndPrintsTheSummary) {
     const QString archive = trucks();
     write("out/TRUCK/B.TRK", std::string(50, '#'));
-    CliRun run = cli({"extract", archive, "--to", path("out")});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    CliRun run = succeeds({"extract", archive, "--to", path("out")});
     EXPECT_TRUE(QRegularExpression("^2 files \\(1,205 bytes\\) extracted in [0-9.]+s!\n$").match(run.out).hasMatch())
         << run.out.toStdString();
     EXPECT_EQ(read("out/TRUCK/B.TRK"), "bravo");
     EXPECT_EQ(read("out/ART/A.RAW").size(), 1200);
 
-    run = cli({"extract", archive, "--to", path("one"), "truck\\b.trk"});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    run = succeeds({"extract", archive, "--to", path("one"), "truck\\b.trk"});
     EXPECT_TRUE(run.out.startsWith("1 files (5 bytes)"));
     EXPECT_FALSE(QFile::exists(path("one/ART")));
     EXPECT_EQ(cli({"extract", archive, "--to", path("one"), "NOPE.BIN"}).status, 1);
@@ -88,8 +84,7 @@ TEST_F(CliArchive, archiveCommandsStartWithoutLoadingQtNetworkWhichOnlyTheTrackU
 }
 
 TEST_F(CliArchive, exportWritesTheTextFileBesideTheArchive) {
-    const CliRun run = cli({"export", trucks("A.B.POD")});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const CliRun run = succeeds({"export", trucks("A.B.POD")});
     EXPECT_EQ(run.out.trimmed(), QDir::toNativeSeparators(path("A.txt")) + " successfully created!");
     const QByteArray text = read("A.txt");
     EXPECT_TRUE(text.startsWith("// Stock trucks\r\nTRUCK\\B.TRK"));
@@ -103,10 +98,8 @@ TEST_F(CliArchive, convertAndCompatiblizePatchTheNamedEntryInPlace) {
     pod.add("T.SIT", trackInfoText(18, "2")).add("K.TRK", "truck\r\nversion =4\r\n");
     const std::string before = pod.pod1();
     const QString archive = write("MIX.POD", before);
-    CliRun run = cli({"convert", archive, "t.sit", "bomb-tag"});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
-    run = cli({"compatiblize", archive, "K.TRK"});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    CliRun run = succeeds({"convert", archive, "t.sit", "bomb-tag"});
+    run = succeeds({"compatiblize", archive, "K.TRK"});
     EXPECT_EQ(run.out.trimmed(), "The selected truck should now be compatible with the original 4x4 Evolution.");
     const QByteArray after = read("MIX.POD");
     ASSERT_EQ(after.size(), qsizetype(before.size()));
@@ -118,17 +111,14 @@ TEST_F(CliArchive, convertAndCompatiblizePatchTheNamedEntryInPlace) {
 }
 
 TEST_F(CliArchive, paletteShowsOneLineOrJsonTriplePerColour) {
-    std::string bytes(768, '\0');
-    for (size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = char(i % 256);
-    CliRun run = cli({"palette", write("P.ACT", bytes)});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    std::string bytes;
+    for (int i = 0; i < 768; ++i)
+        bytes += char(i % 256);
+    const CliRun run = succeeds({"palette", write("P.ACT", bytes)});
     const QStringList lines = run.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 256);
-    EXPECT_EQ(lines[0], "C0: (0, 1, 2)");
-    EXPECT_EQ(lines[255], "C255: (255, 0, 1)");
-    run = cli({"palette", "--json", path("P.ACT")});
-    const QJsonArray colors = QJsonDocument::fromJson(run.out.toUtf8()).array();
+    EXPECT_EQ(lines[0] + "|" + lines[255], "C0: (0, 1, 2)|C255: (255, 0, 1)");
+    const QJsonArray colors = QJsonDocument::fromJson(cli({"palette", "--json", path("P.ACT")}).out.toUtf8()).array();
     ASSERT_EQ(colors.size(), 256);
     EXPECT_EQ(colors[10].toArray()[2].toInt(), 12);
 }

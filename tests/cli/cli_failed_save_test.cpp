@@ -24,10 +24,11 @@ struct WritingCommand {
     bool growsTheFile; // a failed save can come from the size of what it writes
 };
 
-// What stands in the way of saving.
+// What stands in the way of saving, and the system's refusal the message names.
 struct Obstacle {
     const char* name;
     const char* reason; // in the error message
+    const char* cause;  // also in it, whatever its case
     bool everyCommand;  // else only the commands that make the file grow
     std::function<void(class FailedSave&)> arrange;
 };
@@ -37,8 +38,7 @@ protected:
     void SetUp() override {
         write("Games/MTM2/monster.exe", "MZ");
         write("Games/Evo/4x4.exe", "MZ");
-        const CliRun added = cli({"profiles", "add", path("Games/MTM2/monster.exe")});
-        ASSERT_EQ(added.status, 0) << added.err.toStdString();
+        const CliRun added = succeeds({"profiles", "add", path("Games/MTM2/monster.exe")});
     }
 
 public:
@@ -67,18 +67,10 @@ public:
             };
         }
     }
-    // Another korvel-cli holds the settings file's lock.
-    void holdLock() {
-        m_lock = std::make_unique<QLockFile>(path("registry.json.lock"));
-        ASSERT_TRUE(m_lock->tryLock(0));
-    }
     void restore() {
         m_childSetup = {};
-        m_lock.reset();
         QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
-
-    std::unique_ptr<QLockFile> m_lock;
 };
 
 TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) {
@@ -90,19 +82,17 @@ TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) 
         {"associate on", associate, true},
     };
     const qint64 size = QFileInfo(path("registry.json")).size();
-    const QFileDevice::Permissions all = QFileDevice::Permissions(0x7777);
     const QFileDevice::Permissions readOnly = QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
+    const QFileDevice::Permissions searchable = QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther;
     const std::vector<Obstacle> obstacles = {
-        {"no room for the lock file", "Cannot create the lock file", true, [](FailedSave& f) { f.limitFileSize(16); }},
-        {"no room for the settings", "registry.json: File too large", false,
+        {"no room for the lock file", "Cannot create the lock file", "File too large", true,
+         [](FailedSave& f) { f.limitFileSize(16); }},
+        {"no room for the settings", "registry.json: File too large", "File too large", false,
          [size](FailedSave& f) { f.limitFileSize(rlim_t(size) + 8); }},
-        {"read-only folder", "Cannot create the lock file", true,
-         [readOnly](FailedSave& f) {
-             f.runWithoutPrivileges(readOnly | QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther,
-                                    readOnly);
-         }},
-        {"read-only file", "Could not save", true,
-         [all, readOnly](FailedSave& f) { f.runWithoutPrivileges(all, readOnly); }},
+        {"read-only folder", "Cannot create the lock file", "permission denied", true,
+         [=](FailedSave& f) { f.runWithoutPrivileges(readOnly | searchable, readOnly); }},
+        {"read-only file", "Could not save", "", true,
+         [readOnly](FailedSave& f) { f.runWithoutPrivileges(QFileDevice::Permissions(0x7777), readOnly); }},
     };
     const QByteArray before = read("registry.json");
     for (const Obstacle& obstacle : obstacles) {
@@ -112,29 +102,22 @@ TEST_F(FailedSave, everySettingsWriteExitsWithTheReasonAndLeavesTheFileAsItWas) 
             obstacle.arrange(*this);
             const CliRun run = cli(command.args);
             restore();
-            const std::string row = std::string(command.name) + " with " + obstacle.name + ": " + run.err.toStdString();
-            EXPECT_EQ(run.status, 1) << row;
-            EXPECT_TRUE(run.err.contains(obstacle.reason)) << row;
-            EXPECT_FALSE(run.err.contains("locked by another program")) << row;
-            EXPECT_EQ(run.out, "") << row;                   // no "Added ..." or "Opening ..."
-            EXPECT_EQ(read("registry.json"), before) << row; // nothing half-written
+            SCOPED_TRACE(std::string(command.name) + " with " + obstacle.name + ": " + run.err.toStdString());
+            EXPECT_EQ(run.status, 1);
+            EXPECT_TRUE(run.err.contains(obstacle.reason));
+            EXPECT_TRUE(run.err.contains(obstacle.cause, Qt::CaseInsensitive));
+            EXPECT_FALSE(run.err.contains("locked by another program"));
+            EXPECT_EQ(run.out, "");                   // no "Added ..." or "Opening ..."
+            EXPECT_EQ(read("registry.json"), before); // nothing half-written
         }
     }
-    // The reason names the system's refusal.
-    runWithoutPrivileges(readOnly | QFileDevice::ExeOther | QFileDevice::ExeOwner, readOnly);
-    const CliRun denied = cli(commands.front().args);
-    restore();
-    EXPECT_TRUE(denied.err.contains("permission denied", Qt::CaseInsensitive)) << denied.err.toStdString();
-    limitFileSize(16);
-    const CliRun full = cli(commands.front().args);
-    restore();
-    EXPECT_TRUE(full.err.contains("File too large")) << full.err.toStdString();
 }
 
 TEST_F(FailedSave, aLockHeldByAnotherProgramIsNamedAsSuch) {
-    holdLock();
+    QLockFile lock(path("registry.json.lock")); // as another korvel-cli holds it
+    ASSERT_TRUE(lock.tryLock(0));
     const CliRun run = cli({"settings", "set", "Associate", "1"});
-    restore();
+    lock.unlock();
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(run.err.contains("locked by another program")) << run.err.toStdString();
     EXPECT_EQ(cli({"settings", "get", "Associate"}).status, 1); // not written
@@ -142,17 +125,12 @@ TEST_F(FailedSave, aLockHeldByAnotherProgramIsNamedAsSuch) {
 }
 
 TEST_F(FailedSave, twoProfilesAddedAtOnceAreBothKept) {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("KORVEL_REGISTRY", path("registry.json"));
-    env.insert("KORVEL_DRIVES", "C=" + m_dir.path());
-    env.insert("WINEPREFIX", path("no-wine"));
     QStringList expected{"MTM2"};
     for (int round = 0; round < 12; ++round) {
         std::vector<std::unique_ptr<QProcess>> adds;
-        for (const char* game : {"A", "B"}) {
-            const QString name = QStringLiteral("%1%2").arg(QLatin1String(game)).arg(round);
+        for (const QString& name : {QStringLiteral("A%1").arg(round), QStringLiteral("B%1").arg(round)}) {
             auto& process = adds.emplace_back(std::make_unique<QProcess>());
-            process->setProcessEnvironment(env);
+            process->setProcessEnvironment(environment());
             process->start(QStringLiteral(KORVEL_CLI_PATH),
                            {"profiles", "add", path("Games/Evo/4x4.exe"), "--name", name});
             expected << name;
@@ -168,9 +146,7 @@ TEST_F(FailedSave, twoProfilesAddedAtOnceAreBothKept) {
 }
 
 TEST_F(FailedSave, aDownloadedTrackListThatCannotBeStoredIsNoSuccess) {
-    static int argc = 1;
-    static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
-    [[maybe_unused]] static const auto* app = new QCoreApplication(argc, argv); // serves the loopback server
+    serveEvents();
     korvel::testing::LoopbackHttpServer list("QXMTL$Rock & Roll|Race|r.zip");
     const QByteArray before = read("registry.json");
     limitFileSize(16);

@@ -32,19 +32,31 @@ protected:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
     }
 
-    // Runs korvel-cli with NAME=value pairs added to its environment, in `folder` when one is given,
-    // while this process's events are served (for loopback servers).
-    CliRun cli(const QStringList& args, const QStringList& environment = {}, const QString& folder = {}) const {
+    // korvel-cli's environment: this folder as drive C: and the settings file, no Wine, unreachable
+    // web addresses, then NAME=value pairs.
+    QProcessEnvironment environment(const QStringList& extra = {}) const {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (const QString& pair :
              QStringList{"KORVEL_REGISTRY=" + path("registry.json"), "KORVEL_DRIVES=C=" + m_dir.path(),
                          "WINEPREFIX=" + path("no-wine"), "XDG_DATA_HOME=" + path("data"),
                          "KORVEL_TRACK_SITE=http://127.0.0.1:1/site/",
                          "KORVEL_TRACK_LIST_URL=http://127.0.0.1:1/tracklist.txt"} +
-                 environment)
+                 extra)
             env.insert(pair.section(QLatin1Char('='), 0, 0), pair.section(QLatin1Char('='), 1));
+        return env;
+    }
+    // An application object whose events serve loopback servers while korvel-cli runs.
+    static void serveEvents() {
+        static int argc = 1;
+        static char* argv[] = {const_cast<char*>("cli_tests"), nullptr};
+        [[maybe_unused]] static const auto* app = new QCoreApplication(argc, argv);
+    }
+
+    // Runs korvel-cli with NAME=value pairs added to its environment, in `folder` when one is given,
+    // while this process's events are served (for loopback servers).
+    CliRun cli(const QStringList& args, const QStringList& extra = {}, const QString& folder = {}) const {
         QProcess process;
-        process.setProcessEnvironment(env);
+        process.setProcessEnvironment(environment(extra));
 #ifdef Q_OS_UNIX
         if (m_childSetup)
             process.setChildProcessModifier(m_childSetup);
@@ -55,6 +67,13 @@ protected:
             QCoreApplication::processEvents();
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
                 QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    // cli() that must succeed; its error output is shown when it does not.
+    CliRun succeeds(const QStringList& args, const QStringList& extra = {}, const QString& folder = {}) const {
+        CliRun run = cli(args, extra, folder);
+        EXPECT_EQ(run.status, 0) << args.join(' ').toStdString() << ": " << run.err.toStdString();
+        return run;
     }
 
     QTemporaryDir m_dir;

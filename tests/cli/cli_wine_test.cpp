@@ -16,6 +16,9 @@ protected:
     CliRun run(const QStringList& args, const QStringList& environment = {}) const {
         return cli(args, QStringList{"LC_ALL=C", "LANG=C", "HOME=" + path("home")} + environment);
     }
+    CliRun runs(const QStringList& args, const QStringList& environment = {}) const {
+        return succeeds(args, QStringList{"LC_ALL=C", "LANG=C", "HOME=" + path("home")} + environment);
+    }
 };
 
 } // namespace
@@ -34,9 +37,8 @@ TEST_F(WineCli, mountsArchivesWithNamesOfTheChosenCodePageAndWritesThemInIt) {
     for (const auto& c : cases) {
         write(c.folder + "/POD.INI", "99\r\n");
         write(c.folder + "/ADDON/" + c.archive, "POD");
-        const CliRun mounted = run({"--codepage", c.option, "mounter", "--game", path(c.folder), "mount",
-                                    path(c.folder + "/ADDON/" + c.archive)});
-        ASSERT_EQ(mounted.status, 0) << c.option << mounted.err.toStdString();
+        const CliRun mounted = runs({"--codepage", c.option, "mounter", "--game", path(c.folder), "mount",
+                                     path(c.folder + "/ADDON/" + c.archive)});
         // Mounted names are stored in capitals, the code page's own capitals included.
         const QString stored = "ADDON\\" + c.archive.toUpper();
         EXPECT_EQ(read(c.folder + "/POD.INI"), "1\r\n" + inCodePage(c.converter, stored) + "\r\n") << c.option;
@@ -52,9 +54,8 @@ TEST_F(WineCli, takesTheWinePrefixsCodePageBeforeTheLocales) {
           "\"ACP\"=\"1251\"\n\"OEMCP\"=\"866\"\n");
     write("Игры/POD.INI", "99\r\n");
     write("Игры/Трасса.POD", "POD");
-    const CliRun mounted = run({"mounter", "--game", path("Игры"), "mount", path("Игры/Трасса.POD")},
-                               {"WINEPREFIX=" + path("prefix"), "LC_ALL=pl_PL.UTF-8"});
-    ASSERT_EQ(mounted.status, 0) << mounted.err.toStdString();
+    const CliRun mounted = runs({"mounter", "--game", path("Игры"), "mount", path("Игры/Трасса.POD")},
+                                {"WINEPREFIX=" + path("prefix"), "LC_ALL=pl_PL.UTF-8"});
     EXPECT_EQ(read("Игры/POD.INI"), "1\r\n" + inCodePage("windows-1251", "ТРАССА.POD") + "\r\n");
 }
 
@@ -88,15 +89,13 @@ TEST_F(WineCli, extractsAndListsArchiveEntriesNamedInTheCodePage) {
     pod.add(inCodePage("Shift_JIS", "データ\\トラック.BMP").toStdString(), "bmp");
     pod.add(inCodePage("Shift_JIS", "説明.TXT").toStdString(), "text");
     const QString archive = write("JAPAN.POD", pod.pod2());
-    const CliRun extracted = run({"--codepage=932", "extract", archive, "--to", path("out")});
-    ASSERT_EQ(extracted.status, 0) << extracted.err.toStdString();
+    const CliRun extracted = runs({"--codepage=932", "extract", archive, "--to", path("out")});
     EXPECT_EQ(read("out/データ/トラック.BMP"), "bmp");
     EXPECT_EQ(read("out/説明.TXT"), "text");
 
     const CliRun listed = run({"list", archive, "--json"}, {"KORVEL_CODEPAGE=932"});
     EXPECT_TRUE(listed.out.contains("データ\\\\トラック.BMP")) << listed.out.toStdString();
-    const CliRun one = run({"--codepage", "932", "extract", archive, "--to", path("one"), "説明.txt"});
-    ASSERT_EQ(one.status, 0) << one.err.toStdString();
+    const CliRun one = runs({"--codepage", "932", "extract", archive, "--to", path("one"), "説明.txt"});
     EXPECT_EQ(read("one/説明.TXT"), "text");
 }
 
@@ -106,8 +105,7 @@ TEST_F(WineCli, takesGamePathsAndHomePathsWhereverAPathIsTyped) {
     write("extra/EXTRA.POD", "POD");
     write("home/Games/MTM2/monster.exe", "MZ");
     write("P.ACT", std::string(768, '\x10'));
-    const CliRun shown = run({"mounter", "--game", "C:\\game", "--extra-dirs", "C:\\EXTRA", "show"});
-    ASSERT_EQ(shown.status, 0) << shown.err.toStdString();
+    const CliRun shown = runs({"mounter", "--game", "C:\\game", "--extra-dirs", "C:\\EXTRA", "show"});
     EXPECT_TRUE(shown.out.contains("TRUCKS.POD\tUnmounted")) << shown.out.toStdString();
     EXPECT_TRUE(shown.out.contains("\tUnmounted\tC:\\EXTRA\\EXTRA.POD")) << shown.out.toStdString();
     EXPECT_EQ(run({"mounter", "--game", "C:\\game", "mount", "c:\\GAME\\trucks.pod"}).status, 0);
@@ -116,8 +114,7 @@ TEST_F(WineCli, takesGamePathsAndHomePathsWhereverAPathIsTyped) {
     EXPECT_EQ(run({"palette", "C:\\P.ACT"}).status, 0);
     const QString zPath = "Z:" + QString(path("P.ACT")).replace('/', '\\');
     EXPECT_EQ(run({"palette", zPath}).status, 0);
-    const CliRun added = run({"profiles", "add", "~/Games/MTM2/monster.exe"});
-    ASSERT_EQ(added.status, 0) << added.err.toStdString();
+    const CliRun added = runs({"profiles", "add", "~/Games/MTM2/monster.exe"});
     EXPECT_TRUE(added.out.contains("C:\\home\\Games\\MTM2\\monster.exe")) << added.out.toStdString();
 
     const CliRun unmapped = run({"mounter", "--game", "Q:\\game", "show"});
@@ -130,8 +127,7 @@ TEST_F(WineCli, findsPodIniLinesWithTrailingBlanksAndDotsAsTheGameDoes) {
     write("game/TRUCKS.POD", "POD");
     write("game/ADDON/ARENA.POD", "POD");
     write("game/POD.INI", "3\r\nTRUCKS.POD \r\nADDON.\\ARENA.POD..\r\nGONE.POD\r\n");
-    const CliRun shown = run({"mounter", "--game", path("game"), "show"});
-    ASSERT_EQ(shown.status, 0) << shown.err.toStdString();
+    const CliRun shown = runs({"mounter", "--game", path("game"), "show"});
     EXPECT_TRUE(shown.out.contains("TRUCKS.POD \tMounted")) << shown.out.toStdString();
     EXPECT_TRUE(shown.out.contains("ARENA.POD..\tMounted")) << shown.out.toStdString();
     EXPECT_TRUE(shown.out.contains("GONE.POD\tNot found"));

@@ -1,5 +1,6 @@
 #include "configurator/monster_ini.h"
 #include "configurator/player_profile.h"
+#include "platform/file_services.h"
 #include "temp_game.h"
 
 #include <gtest/gtest.h>
@@ -184,4 +185,58 @@ TEST(PlayerProfileFile, refusesToWriteWhatWasNotReadWholeOrWouldReadBackDifferen
         EXPECT_TRUE(saved.failure().message.contains(QStringLiteral("Nothing was written")));
         EXPECT_EQ(drive.read(kPro), text);
     }
+}
+
+TEST(PlayerProfileChange, aSaveRefusesToWriteOverDriversAnotherProgramChangedUntilTheStampIsDropped) {
+    TempDrive drive;
+    drive.write(kPro, file({record("Alice"), record("Bob"), record("Carol")}));
+    DriverLoad load = LoadDrivers(drive.files(), kFolder);
+    ASSERT_EQ(load.list.state, DriverRecords::State::Read);
+    ASSERT_TRUE(load.list.loadedFrom.has_value());
+    ASSERT_EQ(RemoveSelectedDriver(load.list, {false, true}), 1);
+    // The game adds a driver meanwhile; the same size with other bytes counts too.
+    for (const std::string& theirs : {file({record("Alice"), record("Bob"), record("Carol"), record("Dave")}),
+                                      file({record("Alice"), record("Bob"), record("Carl!")})}) {
+        drive.write(kPro, theirs);
+        const Result<DriverLoad> refusedSave = SaveDrivers(drive.files(), kFolder, load.list);
+        ASSERT_FALSE(refusedSave.ok());
+        EXPECT_EQ(refusedSave.failure().kind, FailureKind::ChangedOnDisk);
+        EXPECT_TRUE(refusedSave.failure().message.contains(QStringLiteral("player.pro")));
+        EXPECT_EQ(drive.read(kPro), theirs);
+    }
+    DriverRecords over = load.list;
+    over.loadedFrom.reset(); // the user chose to write over it
+    Result<DriverLoad> saved = SaveDrivers(drive.files(), kFolder, over);
+    ASSERT_TRUE(saved.ok());
+    EXPECT_EQ(drive.read(kPro), file({record("Alice"), record("Carol")}));
+    // What a save answers carries the stamp of what it wrote: the next save goes through.
+    ASSERT_EQ(RemoveSelectedDriver(saved->list, {true}), 1);
+    ASSERT_TRUE(SaveDrivers(drive.files(), kFolder, saved->list).ok());
+    EXPECT_EQ(drive.read(kPro), file({record("Carol")}));
+}
+
+TEST(MonsterIniChange, aSaveWithTheLoadedStampRefusesAnUnseenChangeAndCarriesItsOwnStampOn) {
+    TempDrive drive;
+    drive.write(kIni, ini("0", "0", "UI\\MTM2.loc"));
+    LoadedFileStamp stamp;
+    Result<MonsterSettings> settings = LoadMonsterIni(drive.files(), kFolder, &stamp);
+    ASSERT_TRUE(settings.ok());
+    settings->hiddenTrack = true;
+    ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok());
+    settings->horn = true;
+    ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok()); // its own change
+    EXPECT_EQ(drive.read(kIni), ini("666", "1", "UI\\MTM2.loc"));
+
+    const std::string theirs = ini("666", "0", "UI\\MTM2.loc");
+    drive.write(kIni, theirs);
+    settings->localization = 2;
+    const Status refusedSave = SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp);
+    ASSERT_FALSE(refusedSave.ok());
+    EXPECT_EQ(refusedSave.failure().kind, FailureKind::ChangedOnDisk);
+    EXPECT_TRUE(refusedSave.failure().message.contains(QStringLiteral("monster.ini")));
+    EXPECT_EQ(drive.read(kIni), theirs);
+    // Without a stamp (the user chose to overwrite) the three lines are written as before.
+    ASSERT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, nullptr, &stamp).ok());
+    EXPECT_EQ(drive.read(kIni), ini("666", "1", "UI\\MTM2-fun.loc"));
+    EXPECT_TRUE(SaveMonsterIni(drive.files(), kFolder, *settings, &stamp, &stamp).ok());
 }

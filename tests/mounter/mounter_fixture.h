@@ -8,6 +8,9 @@
 #include "startup/settings_names.h"
 #include "temp_game.h"
 
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -48,6 +51,12 @@ protected:
             drive.write(game(name), "POD");
     }
     void writeIni(const Entries& entries) { drive.write(kIni, podIniText(entries)); }
+    // POD.INI's modification time: a save gives the file a new one.
+    void setIniTime(const QDateTime& time) {
+        QFile ini(drive.host(kIni));
+        ASSERT_TRUE(ini.open(QIODevice::ReadWrite) && ini.setFileTime(time, QFileDevice::FileModificationTime));
+    }
+    QDateTime iniTime() const { return QFileInfo(drive.host(kIni)).lastModified(); }
     void autosaveOnChange() { session.autosave.pod = session.autosave.onChange = true; }
 
     static std::string joined(const EntryList& list) {

@@ -1,58 +1,34 @@
 #include "mounter_fixture.h"
 
-#include <QDateTime>
-#include <QFile>
-
-#include <functional>
-
-namespace {
-
-// Another program's doings to POD.INI between the Mounter's load and its save.
-struct BehindTheBack {
-    const char* what;
-    std::function<void()> act;
-    bool refused; // whether the save must refuse to write over it
-};
-
-} // namespace
-
-class PodIniChange : public MounterTest {
-protected:
-    void touch() {
-        QFile file(drive.host(kIni));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime));
-    }
-};
+using PodIniChange = MounterTest;
 
 TEST_F(PodIniChange, aSaveNeverWritesOverAChangeItHasNotSeenUnlessToldTo) {
-    const std::vector<BehindTheBack> rows = {
-        {"another mount",
-         [this] {
-             writeIni({"A.POD", "B.POD", "C.POD"});
-         },
-         true},
+    // Another program's doings to POD.INI between the Mounter's load and its save.
+    const struct {
+        const char* what;
+        Entries theirs; // written, unless the file is removed or only touched
+        bool removed, touched;
+        bool refused; // whether the save must refuse to write over it
+    } rows[] = {
+        {"another mount", {"A.POD", "B.POD", "C.POD"}, false, false, true},
         // Same size, written within the same instant: only the bytes tell.
-        {"same size, other bytes",
-         [this] {
-             writeIni({"A.POD", "C.POD"});
-         },
-         true},
-        {"removed", [this] { drive.remove(kIni); }, true},
-        {"rewritten with the same bytes",
-         [this] {
-             writeIni({"A.POD", "B.POD"});
-         },
-         false},
-        {"only its time changed", [this] { touch(); }, false},
+        {"same size, other bytes", {"A.POD", "C.POD"}, false, false, true},
+        {"removed", {}, true, false, true},
+        {"rewritten with the same bytes", {"A.POD", "B.POD"}, false, false, false},
+        {"only its time changed", {}, false, true, false},
     };
-    for (const BehindTheBack& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         archives({"C.POD"});
         mountedOf({"A.POD", "B.POD"});
         mounter().MoveSelectedToBottom({0}); // no autosave: an unsaved change of its own
         ASSERT_TRUE(mounter().isModified());
-        row.act();
+        if (row.removed)
+            drive.remove(kIni);
+        else if (row.touched)
+            setIniTime(QDateTime::currentDateTime().addSecs(60));
+        else
+            writeIni(row.theirs);
         const std::string theirs = drive.exists(kIni) ? drive.read(kIni) : std::string("(none)");
         EXPECT_EQ(mounter().changedOnDisk(), row.refused);
 

@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 TEST(PodIniText, readsEntriesAfterTheCountLineWhateverTheLineEnds) {
     EXPECT_EQ(podIniEntries("9\r\nA.POD\r\n\r\n   \r\n\x1b\r\n  \x1b  \r\n  SPACED.POD \r\n"),
@@ -94,34 +93,21 @@ TEST_F(LoadMountedList, leavesAMissingFileToTheNextSaveRewritesACountOnlyOneUnle
     EXPECT_TRUE(mounter().isModified());
 }
 
-TEST_F(LoadMountedList, leavesACanonicalFileAloneAndLoadsAnUnwritableOneQuietlyWhileASaveStillReports) {
+TEST_F(LoadMountedList, leavesACanonicalFileAloneAndLoadsAnUnwritableOneQuietly) {
     archives({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     writeIni({"TRUCKS.POD", "ADDON\\MYTRACK.POD"});
     const QDateTime old(QDate(2001, 2, 3), QTime(4, 5, 6));
-    auto modified = [this] { return QFileInfo(drive.host(kIni)).lastModified(); };
-    {
-        QFile ini(drive.host(kIni));
-        ASSERT_TRUE(ini.open(QIODevice::ReadWrite) && ini.setFileTime(old, QFileDevice::FileModificationTime));
-    }
+    setIniTime(old);
     ASSERT_TRUE(mounter().LoadMountedList().ok());
-    EXPECT_EQ(modified(), old); // nothing to tidy: the file was not written
+    EXPECT_EQ(iniTime(), old); // nothing to tidy: the file was not written
     const std::string untidy = "2\nTRUCKS.POD\naddon\\mytrack.pod\n";
     drive.write(kIni, untidy);
-    {
-        FullDisk full;
-        if (!full.active())
-            GTEST_SKIP() << "no file-size limit on this platform";
-        for (int load = 0; load < 2; ++load) { // at start-up, then F5 or Refresh
-            const Mounter::Outcome loaded = load == 0 ? mounter().LoadMountedList() : mounter().refreshBoth();
-            EXPECT_TRUE(loaded.ok()) << loaded.status.failure().message.toStdString();
-            EXPECT_EQ(joined(mounter().mounted()), "TRUCKS.POD,addon\\mytrack.pod");
-            EXPECT_EQ(drive.read(kIni), untidy);
-            EXPECT_FALSE(mounter().isModified());
-        }
-        const Status saved = mounter().SaveMountedList(); // asked for: its failure is reported
-        ASSERT_FALSE(saved.ok());
-        EXPECT_EQ(saved.failure().kind, FailureKind::WriteError);
-    }
-    ASSERT_TRUE(mounter().LoadMountedList().ok()); // writable again: tidied up on the next load
-    EXPECT_EQ(drive.read(kIni), "2\r\nTRUCKS.POD\r\naddon\\mytrack.pod\r\n");
+    FullDisk full; // the tidy-up fails, and is not reported
+    if (!full.active())
+        GTEST_SKIP() << "no file-size limit on this platform";
+    const Mounter::Outcome loaded = mounter().LoadMountedList();
+    EXPECT_TRUE(loaded.ok()) << loaded.status.failure().message.toStdString();
+    EXPECT_EQ(joined(mounter().mounted()), "TRUCKS.POD,addon\\mytrack.pod");
+    EXPECT_EQ(drive.read(kIni), untidy);
+    EXPECT_FALSE(mounter().isModified());
 }

@@ -136,82 +136,41 @@ TEST(Extraction, refusesTraversalNamesAndWritesNothingOutsideTheDestination) {
     }
 }
 
-TEST(MassExtract, extractsEveryArchiveIntoTheGameFolderAndStopsOnAMissingOne) {
-    TempDrive drive;
-    PodWriter one, two;
-    one.add("ART\\A.RAW", "first").add("SHARED.TXT", "one");
-    two.add("SHARED.TXT", "two");
-    drive.write("C:\\Game\\ONE.POD", one.pod1());
-    drive.write("C:\\Game\\TWO.POD", two.pod2());
-    drive.write("C:\\Game\\ART\\seed", "s");
-    ASSERT_TRUE(MassExtract(drive.files(), "C:\\Game", {"ONE.POD", "TWO.POD"}).ok());
-    EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "first");
-    EXPECT_EQ(drive.read("C:\\Game\\SHARED.TXT"), "two");
-    Status missing = MassExtract(drive.files(), "C:\\Game\\", {"GONE.POD"});
-    ASSERT_FALSE(missing.ok());
-    EXPECT_EQ(missing.failure().message, "File not found!");
-    // The hooks may decline a listed archive and choose the rows' order (the last write wins).
-    PodWriter twice;
-    twice.add("SAME.TXT", "first").add("SAME.TXT", "later");
-    drive.write("C:\\Game\\TWICE.POD", twice.pod1());
-    drive.write("C:\\Game\\ART\\A.RAW", "kept");
-    std::vector<std::string> listed;
-    MassExtractHooks hooks;
-    hooks.listed = [&](const std::string& path, const Result<PodDirectory>& listing) {
-        listed.push_back(path);
-        return listing.ok() && path.find("ONE") == std::string::npos;
-    };
-    hooks.rows = [](const PodDirectory&) { return std::vector<size_t>{1, 0}; };
-    ASSERT_TRUE(MassExtract(drive.files(), "C:\\Game", {"ONE.POD", "TWICE.POD"}, {}, hooks).ok());
-    EXPECT_EQ(listed, (std::vector<std::string>{"C:\\Game\\ONE.POD", "C:\\Game\\TWICE.POD"}));
-    EXPECT_EQ(drive.read("C:\\Game\\ART\\A.RAW"), "kept");
-    EXPECT_EQ(drive.read("C:\\Game\\SAME.TXT"), "first");
-}
-
-TEST(Extraction, copiesEveryCorpusShapeByteForByteUnderBothRules) {
-    // Many small entries in folders, entries larger than the read window and copied in the kernel,
-    // empty ones, and data laid out against directory order (so every read path is taken).
-    struct Shape {
-        const char* what;
-        std::vector<std::pair<std::string, std::string>> entries;
-    };
-    std::vector<Shape> shapes(3);
-    shapes[0].what = "many small entries in folders";
+TEST(Extraction, copiesEveryEntryShapeByteForByteUnderBothRules) {
+    // Many small entries in folders, entries of every size (one empty), two larger than the read window
+    // and copied in the kernel with small ones between, read against the data's order so that every
+    // read path is taken.
+    std::vector<std::pair<std::string, std::string>> entries = {
+        {"BIG1.BIN", std::string(3 << 20, 'x')},
+        {"SMALL.TXT", "tiny"},
+        {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')}};
     for (int i = 0; i < 600; ++i)
-        shapes[0].entries.emplace_back("F" + std::to_string(i % 7) + "\\E" + std::to_string(i) + ".BIN",
-                                       std::string(size_t(40 + i % 90), char('a' + i % 26)));
-    shapes[1].what = "entries of every size, one of them empty";
+        entries.emplace_back("F" + std::to_string(i % 7) + "\\E" + std::to_string(i) + ".BIN",
+                             std::string(size_t(40 + i % 90), char('a' + i % 26)));
     for (int i = 0; i < 12; ++i) {
         std::string data(size_t(i == 5 ? 0 : (1 << (i + 6)) + i), '\0');
         for (size_t b = 0; b < data.size(); ++b)
             data[b] = char((b * 31 + size_t(i)) & 0xFF);
-        shapes[1].entries.emplace_back("SIZES\\S" + std::to_string(i) + ".DAT", data);
+        entries.emplace_back("SIZES\\S" + std::to_string(i) + ".DAT", data);
     }
-    shapes[2].what = "two large entries and small ones between";
-    shapes[2].entries = {{"BIG1.BIN", std::string(3 << 20, 'x')},
-                         {"SMALL.TXT", "tiny"},
-                         {"DEEP\\ER\\BIG2.BIN", std::string((2 << 20) + 7, 'y')},
-                         {"LAST.TXT", "last"}};
-    for (const Shape& shape : shapes) {
-        for (bool cli : {false, true}) {
-            SCOPED_TRACE(std::string(shape.what) + (cli ? " (command line)" : " (desktop)"));
-            TempDrive drive;
-            PodWriter pod;
-            for (const auto& [name, data] : shape.entries)
-                pod.add(name, data);
-            std::string bytes = pod.pod1();
-            PodDirectory listing = listed(drive, bytes);
-            std::vector<size_t> rows = allRows(listing);
-            std::reverse(rows.begin(), rows.end()); // reads run against the data's order
-            drive.write(kOut + "\\seed.txt", "s");
-            if (!cli) // the desktop makes one folder level only
-                drive.makeFolder(kOut + "\\DEEP");
-            auto done = ExtractFiles(drive.files(), listing, rows, kOut, ExtractOptions{cli, cli});
-            ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
-            EXPECT_EQ(done->files, int(shape.entries.size()));
-            for (const auto& [name, data] : shape.entries)
-                ASSERT_EQ(drive.read(kOut + "\\" + name), data) << name;
-        }
+    PodWriter pod;
+    for (const auto& [name, data] : entries)
+        pod.add(name, data);
+    const std::string bytes = pod.pod1();
+    for (bool cli : {false, true}) {
+        SCOPED_TRACE(cli ? "command line" : "desktop");
+        TempDrive drive;
+        PodDirectory listing = listed(drive, bytes);
+        std::vector<size_t> rows = allRows(listing);
+        std::reverse(rows.begin(), rows.end());
+        drive.write(kOut + "\\seed.txt", "s");
+        if (!cli) // the desktop makes one folder level only
+            drive.makeFolder(kOut + "\\DEEP");
+        auto done = ExtractFiles(drive.files(), listing, rows, kOut, ExtractOptions{cli, cli});
+        ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
+        EXPECT_EQ(done->files, int(entries.size()));
+        for (const auto& [name, data] : entries)
+            ASSERT_EQ(drive.read(kOut + "\\" + name), data) << name;
     }
 }
 

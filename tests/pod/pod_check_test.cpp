@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 using namespace korvel;
 using korvel::testing::PodWriter;
 using korvel::testing::putInt32;
@@ -47,64 +45,47 @@ std::string keys(const ArchiveCheck& check) {
 } // namespace
 
 TEST(ArchiveCheck, reportsEveryKindOfDamageWithItsOwnText) {
+    PodWriter pastTheEnd = sample();
+    pastTheEnd.add({"LONG.BIN", "xy", 5000, std::nullopt});
+    std::string headerSum = sealed(sample().pod2());
+    headerSum[4] = static_cast<char>(headerSum[4] ^ 1);
+    std::string entrySum = sample().pod2();
+    entrySum[96 + 20 + 16] = 1; // B.BIN's record, sealed again below except for that field
+    entrySum = sealed(entrySum);
+    entrySum[96 + 20 + 16] = static_cast<char>(entrySum[96 + 20 + 16] ^ 0x40);
+    putInt32(entrySum, 4, static_cast<std::int32_t>(podCrc(entrySum.data() + 8, entrySum.size() - 8)));
+    std::string dataByte = sealed(sample().pod2());
+    dataByte.back() = 'X';
     const struct {
         const char* name;
-        std::function<std::string()> bytes; // nothing written when empty
+        std::string bytes; // nothing written when empty
         const char* keys;
         const char* text; // a part of the summary
     } rows[] = {
-        {"sound POD1", [] { return sample().pod1(); }, "fine", "Fine"},
-        {"sound POD2", [] { return sealed(sample().pod2()); }, "fine", "Fine"},
-        {"missing", [] { return std::string(); }, "not-found", "Not found"},
-        {"directory past the file", [] { return sample().count(100000).pod1(); }, "damaged", "unable to read this POD"},
-        {"POD3", [] { return sample().magic("POD3").pod2(); }, "pod3", "POD3"},
-        {"entry past the end",
-         [] {
-             PodWriter pod = sample();
-             pod.add({"LONG.BIN", "xy", 5000, std::nullopt});
-             return pod.pod1();
-         },
-         "truncated", "Truncated: LONG.BIN ends at byte 5509 of a 511-byte file"},
-        {"escaping names", [] { return sample().add("..\\EVIL.BIN", "e").add("C:\\ABS.BIN", "a").pod1(); },
-         "unsafe-names", "Unsafe entry names: ..\\EVIL.BIN, C:\\ABS.BIN"},
-        {"header checksum only",
-         [] {
-             std::string bytes = sealed(sample().pod2());
-             bytes[4] = static_cast<char>(bytes[4] ^ 1);
-             return bytes;
-         },
-         "wrong-checksum", "Wrong checksum: header"},
-        {"one entry's checksum",
-         [] {
-             std::string bytes = sample().pod2();
-             bytes[96 + 20 + 16] = 1; // B.BIN's record, sealed again below except for that field
-             std::string good = sealed(bytes);
-             good[96 + 20 + 16] = static_cast<char>(good[96 + 20 + 16] ^ 0x40);
-             putInt32(good, 4, static_cast<std::int32_t>(podCrc(good.data() + 8, good.size() - 8)));
-             return good;
-         },
-         "wrong-checksum", "Wrong checksum: entries B.BIN"},
-        {"a changed data byte",
-         [] {
-             std::string bytes = sealed(sample().pod2());
-             bytes[bytes.size() - 1] = 'X';
-             return bytes;
-         },
-         "wrong-checksum", "Wrong checksum: header; entries B.BIN"},
-        {"unsealed POD2 with an unsafe name", [] { return sample().add("A\\..\\..\\X", "x").pod2(); },
-         "unsafe-names,wrong-checksum",
+        {"sound POD1", sample().pod1(), "fine", "Fine"},
+        {"sound POD2", sealed(sample().pod2()), "fine", "Fine"},
+        {"missing", std::string(), "not-found", "Not found"},
+        {"directory past the file", sample().count(100000).pod1(), "damaged", "unable to read this POD"},
+        {"POD3", sample().magic("POD3").pod2(), "pod3", "POD3"},
+        {"entry past the end", pastTheEnd.pod1(), "truncated",
+         "Truncated: LONG.BIN ends at byte 5509 of a 511-byte file"},
+        {"escaping names", sample().add("..\\EVIL.BIN", "e").add("C:\\ABS.BIN", "a").pod1(), "unsafe-names",
+         "Unsafe entry names: ..\\EVIL.BIN, C:\\ABS.BIN"},
+        {"header checksum only", headerSum, "wrong-checksum", "Wrong checksum: header"},
+        {"one entry's checksum", entrySum, "wrong-checksum", "Wrong checksum: entries B.BIN"},
+        {"a changed data byte", dataByte, "wrong-checksum", "Wrong checksum: header; entries B.BIN"},
+        {"unsealed POD2 with an unsafe name", sample().add("A\\..\\..\\X", "x").pod2(), "unsafe-names,wrong-checksum",
          "Unsafe entry names: A\\..\\..\\X; Wrong checksum: header; entries DATA\\A.BIN, B.BIN"},
     };
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         TempDrive drive;
-        const std::string bytes = row.bytes();
-        if (!bytes.empty())
-            drive.write(kArchive, bytes);
+        if (!row.bytes.empty())
+            drive.write(kArchive, row.bytes);
         const ArchiveCheck check = checkArchive(drive.files(), kArchive);
-        EXPECT_EQ(keys(check), row.keys) << row.name;
-        EXPECT_NE(check.summary().indexOf(QString::fromLatin1(row.text)), -1)
-            << row.name << ": " << check.summary().toStdString();
-        EXPECT_EQ(check.fine(), std::string(row.keys) == "fine") << row.name;
+        EXPECT_EQ(keys(check), row.keys);
+        EXPECT_NE(check.summary().indexOf(QString::fromLatin1(row.text)), -1) << check.summary().toStdString();
+        EXPECT_EQ(check.fine(), std::string(row.keys) == "fine");
     }
 }
 

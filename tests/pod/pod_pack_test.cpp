@@ -50,10 +50,6 @@ std::string refusal(const Result<std::string>& result) {
     return result ? "ok:" + *result : result.failure().message.toStdString();
 }
 
-const char* formatName(PodFormat format) {
-    return format == PodFormat::Pod1 ? "POD1" : "POD2";
-}
-
 // A mod folder with nested files, an empty file and one larger than a copy chunk, and the folder
 // the archive goes to.
 void writeModFolder(TempDrive& drive) {
@@ -141,7 +137,7 @@ TEST(TypedEntryName, acceptsEitherSeparatorAndRefusesNamesThatEscape) {
 
 TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats) {
     for (PodFormat format : {PodFormat::Pod1, PodFormat::Pod2}) {
-        SCOPED_TRACE(formatName(format));
+        SCOPED_TRACE(format == PodFormat::Pod1 ? "POD1" : "POD2");
         TempDrive drive;
         writeModFolder(drive);
         const QDateTime stamp = QDateTime::fromSecsSinceEpoch(981173106); // 2001-02-03
@@ -165,8 +161,9 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         ASSERT_TRUE(listing.ok()) << listing.failure().message.toStdString();
         EXPECT_EQ(listing->pod2, format == PodFormat::Pod2);
         EXPECT_EQ(listing->comment, "My mod");
-        EXPECT_EQ(names(*listing), (std::vector<std::string>{"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN",
-                                                             "big.bin", "empty.bin", "Zeta.bin"}));
+        const std::vector<std::string> files = {"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN",
+                                                "big.bin",        "empty.bin",           "Zeta.bin"};
+        EXPECT_EQ(names(*listing), files);
         // Data in directory order, packed without gaps, right after the directory.
         qint32 expectedStart = listing->entries[0].start;
         for (const PodEntry entry : listing->entries) {
@@ -176,9 +173,8 @@ TEST(PackFolder, roundTripsNamesAndBytesThroughListingAndExtractionInBothFormats
         EXPECT_EQ(expectedStart, qint32(bytes.size()));
 
         ASSERT_TRUE(ExtractFiles(drive.files(), *listing, allRows(*listing), "C:\\Out", {true, true}).ok());
-        for (const char* file :
-             {"alpha\\One.bin", "alpha\\sub\\two.bin", "Beta.BIN", "big.bin", "empty.bin", "Zeta.bin"})
-            EXPECT_EQ(drive.read(std::string("C:\\Out\\") + file), drive.read(kFolder + "\\" + file)) << file;
+        for (const std::string& file : files)
+            EXPECT_EQ(drive.read("C:\\Out\\" + file), drive.read(kFolder + "\\" + file)) << file;
         EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine())
             << checkArchive(drive.files(), kArchive).summary().toStdString();
 
@@ -249,7 +245,7 @@ TEST(PackFolder, leavesOutTheArchiveItWritesIntoTheSameFolderAndFollowsLinksToFi
 
 TEST(ArchiveUpdate, addReplacesInPlaceOrAppendsAndKeepsCommentOrderAndOtherBytes) {
     for (PodFormat format : {PodFormat::Pod1, PodFormat::Pod2}) {
-        SCOPED_TRACE(formatName(format));
+        SCOPED_TRACE(format == PodFormat::Pod1 ? "POD1" : "POD2");
         TempDrive drive;
         drive.makeFolder("C:\\Game");
         drive.write(kFolder + "\\a\\one.bin", "one");
@@ -266,14 +262,11 @@ TEST(ArchiveUpdate, addReplacesInPlaceOrAppendsAndKeepsCommentOrderAndOtherBytes
         EXPECT_EQ(listing->comment, "Keep me");
         EXPECT_EQ(names(*listing), (std::vector<std::string>{"A\\ONE.BIN", "b.bin", "c.bin", "data\\added.bin"}));
         const std::string after = drive.read(kArchive);
-        auto data = [&](size_t row) {
-            const PodEntry& entry = listing->entries[row];
-            return after.substr(size_t(entry.start), size_t(entry.size));
-        };
-        EXPECT_EQ(data(0), "brand new");
-        EXPECT_EQ(data(1), std::string(3000, 'b'));
-        EXPECT_EQ(data(2), "ccc");
-        EXPECT_EQ(data(3), "brand new");
+        const std::vector<std::string> data = {"brand new", std::string(3000, 'b'), "ccc", "brand new"};
+        for (size_t row = 0; row < data.size(); ++row) {
+            const PodEntry entry = listing->entries[row];
+            EXPECT_EQ(after.substr(size_t(entry.start), size_t(entry.size)), data[row]) << row;
+        }
         EXPECT_TRUE(checkArchive(drive.files(), kArchive).fine())
             << checkArchive(drive.files(), kArchive).summary().toStdString();
         if (format == PodFormat::Pod2) {
