@@ -208,16 +208,17 @@ int runMounter(const QStringList& args) {
         mounter.setExtraDirsOverride(std::move(folders));
     }
 
-    if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
-        return refusedWith(loaded.status.failure().message);
     if (report) {
+        if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
+            return refusedWith(loaded.status.failure().message);
         std::vector<std::string> stored;
         for (const MountedEntry& row : mounter.mounted().rows())
             stored.push_back(row.path);
         return command == QLatin1String("conflicts") ? runMountedConflicts(files, session.location, stored, json)
                                                      : runMountedCheck(files, session.location, stored, json);
     }
-    mounter.ScanUnmounted();
+    if (Mounter::Outcome loaded = mounter.refreshBoth(Mounter::LoadMode::ReadOnly); !loaded)
+        return refusedWith(loaded.status.failure().message);
 
     Status status;
     if (command == QLatin1String("show")) {

@@ -1,6 +1,6 @@
 #include "pod_ini.h"
 
-#include "path_cache.h"
+#include "folder_snapshot.h"
 
 #include "platform/game_path.h"
 #include "platform/game_text.h"
@@ -77,20 +77,24 @@ bool archiveEntryExists(const FileServices& files, const std::string& gameFolder
     return firstFoundIs(files, gameFolder + "\\" + entry, name) || firstFoundIs(files, entry, name);
 }
 
-std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std::string& gameFolder,
-                                            const std::string& shortGameFolder,
+std::vector<MountedEntry> mountedEntriesFor(FolderSnapshot& folders, const std::string& gameFolder,
                                             const std::vector<std::string>& entries) {
     std::vector<MountedEntry> rows;
     rows.reserve(entries.size());
-    PathCache cache(files, shortGameFolder);
     for (const std::string& line : entries) {
-        MountedEntry row;
-        row.path = cache.shortPath(line);
+        MountedEntry& row = rows.emplace_back();
+        row.path = folders.shortPath(line);
         row.text = ArchiveDisplayName(row.path);
-        row.status = std::string(cache.entryExists(gameFolder, line) ? kStatusMounted : kStatusNotFound);
-        rows.push_back(std::move(row));
+        row.status = folders.entryExists(gameFolder, line) ? kStatusMounted : kStatusNotFound;
     }
     return rows;
+}
+
+std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std::string& gameFolder,
+                                            const std::string& shortGameFolder,
+                                            const std::vector<std::string>& entries) {
+    FolderSnapshot folders(files, shortGameFolder);
+    return mountedEntriesFor(folders, gameFolder, entries);
 }
 
 } // namespace korvel
