@@ -36,8 +36,9 @@ std::vector<std::string> podIniEntries(std::string_view text) {
             first = false;
             continue;
         }
-        const std::string trimmed = trimBlanks(line);
-        if (trimmed.empty() || trimmed == "\x1b")
+        // Blanks only, or a single ESC between blanks.
+        const size_t first = line.find_first_not_of(' ');
+        if (first == std::string_view::npos || (line[first] == '\x1b' && line.find_last_not_of(' ') == first))
             continue;
         entries.emplace_back(line);
     }
