@@ -14,6 +14,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <cstdint>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -132,9 +133,11 @@ FolderListing FileServices::readFolder(const std::string& folder) const {
 
     // Unsorted from the system, sorted once below on keys made once per name (a folder of thousands
     // of archives is searched often).
+    std::vector<FolderListing::Entry> found;
+    found.reserve(64);
     auto add = [&](std::string name, bool file, bool dir) {
         std::string key = upperGame(name);
-        listing.entries.push_back({std::move(key), std::move(name), file, dir});
+        found.emplace_back(std::move(key), std::move(name), file, dir);
     };
 #ifdef Q_OS_WIN
     QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -172,9 +175,18 @@ FolderListing FileServices::readFolder(const std::string& folder) const {
         ::closedir(stream);
     }
 #endif
-    std::sort(listing.entries.begin(), listing.entries.end(), [](const auto& a, const auto& b) {
-        return a.key != b.key ? a.key < b.key : a.name < b.name;
+    // The order is sorted as indices, and the entries moved once into it.
+    std::vector<uint32_t> order(found.size());
+    for (uint32_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::sort(order.begin(), order.end(), [&found](uint32_t a, uint32_t b) {
+        const FolderListing::Entry& x = found[a];
+        const FolderListing::Entry& y = found[b];
+        return x.key != y.key ? x.key < y.key : x.name < y.name;
     });
+    listing.entries.reserve(found.size());
+    for (uint32_t i : order)
+        listing.entries.push_back(std::move(found[i]));
     return listing;
 }
 
