@@ -72,8 +72,10 @@ private:
 
 class Collector {
 public:
-    Collector(FolderSnapshot& folders, const std::vector<MountedEntry>& mounted)
-        : m_folders(folders), m_mounted(mounted) {}
+    Collector(FolderSnapshot& folders, const std::vector<MountedEntry>& mounted, size_t capacity)
+        : m_folders(folders), m_mounted(mounted) {
+        m_rows.reserve(capacity);
+    }
 
     // Every "*.pod" name of `folder`; `prefix` turns a name into the candidate path.
     void scan(const std::string& folder, const std::string& prefix) {
@@ -179,39 +181,58 @@ std::vector<MountedEntry> sortedByDisplay(std::vector<MountedEntry> rows) {
     std::stable_sort(order.begin(), order.end(), [base](const Key& a, const Key& b) {
         return std::string_view(base + a.offset, a.size) < std::string_view(base + b.offset, b.size);
     });
-    std::vector<MountedEntry> sorted;
-    sorted.reserve(rows.size());
-    for (const Key& key : order)
-        sorted.push_back(std::move(rows[key.row]));
-    return sorted;
+    // The rows move into that order in place, a cycle of the permutation at a time.
+    constexpr size_t kPlaced = SIZE_MAX;
+    for (size_t start = 0; start < order.size(); ++start) {
+        if (order[start].row == kPlaced || order[start].row == start)
+            continue;
+        MountedEntry held = std::move(rows[start]);
+        size_t at = start;
+        while (order[at].row != start) {
+            const size_t from = order[at].row;
+            rows[at] = std::move(rows[from]);
+            order[at].row = kPlaced;
+            at = from;
+        }
+        rows[at] = std::move(held);
+        order[at].row = kPlaced;
+    }
+    return rows;
 }
 
 } // namespace
 
 std::vector<MountedEntry> ScanUnmounted(FolderSnapshot& folders, const ScanInputs& inputs,
                                         const std::vector<MountedEntry>& mounted) {
-    Collector collector(folders, mounted);
     const std::string& game = inputs.gameFolder;
-
-    // The game folder itself (its "." entry) and its first-level subfolders, in search order.
+    // The folders to scan with the prefix that turns a name into a candidate path: the game folder
+    // itself (its "." entry) and its first-level subfolders in search order, then the extra folders.
+    std::vector<std::pair<std::string, std::string>> scanned;
     for (const std::string& folder : folders.listing(game + "\\").search("*", SearchFilter::Folders)) {
         if (folder == "..")
             continue;
         if (folder == ".")
-            collector.scan(game, std::string());
+            scanned.emplace_back(game, std::string());
         else
-            collector.scan(game + "\\" + folder, folder + "\\");
+            scanned.emplace_back(game + "\\" + folder, folder + "\\");
     }
-
     const std::string gamePrefix = upperGame(game) + "\\";
     for (std::string folder : inputs.extraDirs) {
         if (!folder.empty() && folder.back() == '\\')
             folder.pop_back();
         if (folder.empty() || folder.find('\0') != std::string::npos)
             continue; // names no folder
-        const std::string prefix = replaceAll(upperGame(folder), gamePrefix, "") + "\\";
-        collector.scan(folder, prefix);
+        std::string prefix = replaceAll(upperGame(folder), gamePrefix, "") + "\\";
+        scanned.emplace_back(std::move(folder), std::move(prefix));
     }
+
+    // Every folder is read first, so the rows are allocated once.
+    size_t entries = 0;
+    for (const auto& [folder, prefix] : scanned)
+        entries += folders.listing(folder + "\\").entries.size();
+    Collector collector(folders, mounted, entries);
+    for (const auto& [folder, prefix] : scanned)
+        collector.scan(folder, prefix);
 
     return sortedByDisplay(collector.take());
 }
