@@ -26,10 +26,12 @@ std::vector<std::string> podIniEntries(std::string_view text) {
     bool first = true;
     size_t pos = 0;
     while (pos < text.size()) {
-        const size_t end = text.find_first_of("\r\n", pos);
-        const std::string_view line = text.substr(pos, end == std::string_view::npos ? text.size() - pos : end - pos);
-        if (end == std::string_view::npos)
-            pos = text.size();
+        size_t end = pos;
+        while (end < text.size() && text[end] != '\r' && text[end] != '\n')
+            ++end;
+        const std::string_view line = text.substr(pos, end - pos);
+        if (end == text.size())
+            pos = end;
         else
             pos = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
         if (first) {
@@ -37,8 +39,8 @@ std::vector<std::string> podIniEntries(std::string_view text) {
             continue;
         }
         // Blanks only, or a single ESC between blanks.
-        const size_t first = line.find_first_not_of(' ');
-        if (first == std::string_view::npos || (line[first] == '\x1b' && line.find_last_not_of(' ') == first))
+        const size_t start = line.find_first_not_of(' ');
+        if (start == std::string_view::npos || (line[start] == '\x1b' && line.find_last_not_of(' ') == start))
             continue;
         entries.emplace_back(line);
     }

@@ -93,7 +93,8 @@ public:
             displayPrefix = ArchiveDisplayName(*shortFolder);
         }
         for (const FolderListing::Entry& entry : listing.entries) {
-            if (!entry.file || !hasPodSuffix(entry.name))
+            // The key is the upper-cased name: it ends in ".POD" exactly when the name has the suffix.
+            if (!entry.file || !entry.key.ends_with(".POD"))
                 continue;
             // The stored path keeps the short folder and the upper-cased name.
             const std::string_view name = entry.key;
@@ -164,7 +165,6 @@ std::vector<MountedEntry> sortedByDisplay(std::vector<MountedEntry> rows) {
     for (const MountedEntry& row : rows)
         bytes += row.text.size();
     std::string keys;
-    keys.reserve(bytes);
     struct Key {
         size_t offset;
         size_t size;
@@ -172,10 +172,12 @@ std::vector<MountedEntry> sortedByDisplay(std::vector<MountedEntry> rows) {
     };
     std::vector<Key> order;
     order.reserve(rows.size());
+    keys.resize(bytes);
+    char* out = keys.data();
     for (size_t i = 0; i < rows.size(); ++i) {
-        order.push_back({keys.size(), rows[i].text.size(), i});
+        order.push_back({static_cast<size_t>(out - keys.data()), rows[i].text.size(), i});
         for (char c : rows[i].text)
-            keys += static_cast<char>(weight[static_cast<unsigned char>(c)]);
+            *out++ = static_cast<char>(weight[static_cast<unsigned char>(c)]);
     }
     const char* base = keys.data();
     std::stable_sort(order.begin(), order.end(), [base](const Key& a, const Key& b) {
