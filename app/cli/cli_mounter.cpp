@@ -50,11 +50,14 @@ QJsonArray rowsJson(const EntryList& list) {
     return rows;
 }
 
+bool isPlainAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 // Writes game text to standard output. Plain ASCII in Windows-1252 is the same bytes in the
 // terminal's UTF-8, so it goes out as it is, after what the text stream still holds.
 void printGameText(std::string_view text) {
-    const bool ascii = GameCodec::active().codePage() == 1252 &&
-                       std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    const bool ascii = GameCodec::active().codePage() == 1252 && isPlainAscii(text);
     if (!ascii) {
         out() << fromGameText(text);
         return;

@@ -40,8 +40,7 @@ private:
         using is_transparent = void;
         size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
     };
-    template <typename Value>
-    using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+    template <typename Value> using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 
     const FileServices& m_files;
     std::string m_shortGameFolder;

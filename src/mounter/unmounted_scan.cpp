@@ -113,7 +113,8 @@ public:
                 row.text += name;
                 row.status = kStatusUnmounted;
             } else {
-                std::string path = shortFolder ? *shortFolder + entry.key : m_folders.shortPath(upperPrefix + entry.key);
+                std::string path =
+                    shortFolder ? *shortFolder + entry.key : m_folders.shortPath(upperPrefix + entry.key);
                 if (m_mounted.contains(upperGame(path)))
                     continue;
                 MountedEntry& row = m_rows.emplace_back();
