@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace korvel {
 
@@ -296,10 +297,10 @@ Mounter::Outcome Mounter::refreshBoth(LoadMode mode) {
     // Both lists from one look at the folders: each folder is listed once for the existence of the
     // mounted entries and the search for unmounted archives alike.
     FolderSnapshot folders(m_services.files, m_session.shortGameFolder);
-    m_refresh = &folders;
+    FolderSnapshot* const outer = std::exchange(m_refresh, &folders);
     Outcome loaded = LoadMountedList(mode);
     loaded.unmounted = ScanUnmounted().unmounted;
-    m_refresh = nullptr;
+    m_refresh = outer;
     return loaded;
 }
 
