@@ -135,9 +135,9 @@ FolderListing FileServices::readFolder(const std::string& folder) const {
     // of archives is searched often).
     std::vector<FolderListing::Entry> found;
     found.reserve(64);
-    auto add = [&](std::string name, bool file, bool dir) {
+    auto add = [&found](std::string name, bool isFile, bool isDir) {
         std::string key = upperGame(name);
-        found.emplace_back(std::move(key), std::move(name), file, dir);
+        found.emplace_back(std::move(key), std::move(name), isFile, isDir);
     };
 #ifdef Q_OS_WIN
     QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
