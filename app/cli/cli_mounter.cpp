@@ -2,6 +2,7 @@
 
 #include "mounter/mounter.h"
 #include "platform/file_services.h"
+#include "platform/game_codec.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
 #include "platform/path_map.h"
@@ -18,6 +19,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <algorithm>
+#include <cstdio>
 
 namespace korvel::cli {
 
@@ -46,6 +50,22 @@ QJsonArray rowsJson(const EntryList& list) {
     return rows;
 }
 
+bool isPlainAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Writes game text to standard output. Plain ASCII in Windows-1252 is the same bytes in the
+// terminal's UTF-8, so it goes out as it is, after what the text stream still holds.
+void printGameText(std::string_view text) {
+    const bool ascii = GameCodec::active().codePage() == 1252 && isPlainAscii(text);
+    if (!ascii) {
+        out() << fromGameText(text);
+        return;
+    }
+    out().flush();
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 void printState(const Mounter& mounter, bool json) {
     if (json) {
         const QJsonObject state{{QStringLiteral("counter"), mounter.counterText()},
@@ -70,12 +90,12 @@ void printState(const Mounter& mounter, bool json) {
             lines += row.path;
             lines += '\n';
             if (lines.size() >= kBlock) {
-                out() << fromGameText(lines);
+                printGameText(lines);
                 lines.clear();
             }
         }
     }
-    out() << fromGameText(lines);
+    printGameText(lines);
 }
 
 // The rows named by their stored paths (ignoring case), every row that carries a name; the names
@@ -208,16 +228,17 @@ int runMounter(const QStringList& args) {
         mounter.setExtraDirsOverride(std::move(folders));
     }
 
-    if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
-        return refusedWith(loaded.status.failure().message);
     if (report) {
+        if (Mounter::Outcome loaded = mounter.LoadMountedList(Mounter::LoadMode::ReadOnly); !loaded)
+            return refusedWith(loaded.status.failure().message);
         std::vector<std::string> stored;
         for (const MountedEntry& row : mounter.mounted().rows())
             stored.push_back(row.path);
         return command == QLatin1String("conflicts") ? runMountedConflicts(files, session.location, stored, json)
                                                      : runMountedCheck(files, session.location, stored, json);
     }
-    mounter.ScanUnmounted();
+    if (Mounter::Outcome loaded = mounter.refreshBoth(Mounter::LoadMode::ReadOnly); !loaded)
+        return refusedWith(loaded.status.failure().message);
 
     Status status;
     if (command == QLatin1String("show")) {

@@ -1,5 +1,6 @@
 #include "mounter.h"
 
+#include "folder_snapshot.h"
 #include "platform/diagnostics.h"
 #include "platform/game_path.h"
 #include "platform/game_text.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace korvel {
 
@@ -45,7 +47,9 @@ Mounter::Outcome Mounter::LoadMountedList(LoadMode mode) {
     std::vector<MountedEntry> rows;
     if (text.ok()) {
         m_loadedStamp = present ? m_services.files.stampFor(ini, *text) : LoadedFileStamp::missing();
-        rows = mountedEntriesFor(m_services.files, m_session.location, m_session.shortGameFolder, podIniEntries(*text));
+        std::optional<FolderSnapshot> own;
+        FolderSnapshot& folders = m_refresh ? *m_refresh : own.emplace(m_services.files, m_session.shortGameFolder);
+        rows = mountedEntriesFor(folders, m_session.location, podIniEntries(*text));
     }
     m_mounted.assign(std::move(rows));
 
@@ -117,7 +121,9 @@ std::vector<std::string> Mounter::extraDirs() {
 
 Mounter::Outcome Mounter::ScanUnmounted() {
     const ScanInputs inputs{m_session.location, m_session.shortGameFolder, extraDirs()};
-    m_unmounted.assign(korvel::ScanUnmounted(m_services.files, inputs, pathKeys(m_mounted.rows())));
+    std::optional<FolderSnapshot> own;
+    FolderSnapshot& folders = m_refresh ? *m_refresh : own.emplace(m_services.files, m_session.shortGameFolder);
+    m_unmounted.assign(korvel::ScanUnmounted(folders, inputs, m_mounted.rows()));
     return {{}, {}, firstRow(m_unmounted)};
 }
 
@@ -287,9 +293,14 @@ Mounter::Outcome Mounter::DeleteSelectedArchives(Rows unmountedRows) {
     return {};
 }
 
-Mounter::Outcome Mounter::refreshBoth() {
-    Outcome loaded = LoadMountedList();
+Mounter::Outcome Mounter::refreshBoth(LoadMode mode) {
+    // Both lists from one look at the folders: each folder is listed once for the existence of the
+    // mounted entries and the search for unmounted archives alike.
+    FolderSnapshot folders(m_services.files, m_session.shortGameFolder);
+    FolderSnapshot* const outer = std::exchange(m_refresh, &folders);
+    Outcome loaded = LoadMountedList(mode);
     loaded.unmounted = ScanUnmounted().unmounted;
+    m_refresh = outer;
     return loaded;
 }
 

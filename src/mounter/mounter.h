@@ -16,6 +16,8 @@
 
 namespace korvel {
 
+class FolderSnapshot;
+
 // The Mounter: the mounted list (POD.INI) and the unmounted list, and every operation the user
 // runs on them. Each operation ends as the Mounter's table of operations says (counter, save,
 // rescan); the front end only wires events to these calls and shows the lists and the counter.
@@ -117,7 +119,8 @@ public:
     // row is removed when the user says No or when any file could not be moved (then reported).
     Outcome DeleteSelectedArchives(Rows unmountedRows);
 
-    Outcome refreshBoth();
+    // Reloads the mounted list and rescans the unmounted list from one listing of each folder.
+    Outcome refreshBoth(LoadMode mode = LoadMode::Rewrite);
     Outcome refreshUnmounted();
 
     // Drops onto the mounted list at `dropRow` (the row under the pointer; -1 or past the last row
@@ -167,6 +170,8 @@ private:
     // What POD.INI held when the list was last loaded or saved.
     LoadedFileStamp m_loadedStamp;
     std::optional<std::vector<std::string>> m_extraDirsOverride;
+    // The folders as refreshBoth sees them, while it runs.
+    FolderSnapshot* m_refresh = nullptr;
 };
 
 } // namespace korvel

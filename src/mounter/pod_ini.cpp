@@ -1,6 +1,6 @@
 #include "pod_ini.h"
 
-#include "path_cache.h"
+#include "folder_snapshot.h"
 
 #include "platform/game_path.h"
 #include "platform/game_text.h"
@@ -26,18 +26,21 @@ std::vector<std::string> podIniEntries(std::string_view text) {
     bool first = true;
     size_t pos = 0;
     while (pos < text.size()) {
-        const size_t end = text.find_first_of("\r\n", pos);
-        const std::string_view line = text.substr(pos, end == std::string_view::npos ? text.size() - pos : end - pos);
-        if (end == std::string_view::npos)
-            pos = text.size();
+        size_t end = pos;
+        while (end < text.size() && text[end] != '\r' && text[end] != '\n')
+            ++end;
+        const std::string_view line = text.substr(pos, end - pos);
+        if (end == text.size())
+            pos = end;
         else
             pos = end + ((text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') ? 2 : 1);
         if (first) {
             first = false;
             continue;
         }
-        const std::string trimmed = trimBlanks(line);
-        if (trimmed.empty() || trimmed == "\x1b")
+        // Blanks only, or a single ESC between blanks.
+        const size_t start = line.find_first_not_of(' ');
+        if (start == std::string_view::npos || (line[start] == '\x1b' && line.find_last_not_of(' ') == start))
             continue;
         entries.emplace_back(line);
     }
@@ -77,20 +80,24 @@ bool archiveEntryExists(const FileServices& files, const std::string& gameFolder
     return firstFoundIs(files, gameFolder + "\\" + entry, name) || firstFoundIs(files, entry, name);
 }
 
-std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std::string& gameFolder,
-                                            const std::string& shortGameFolder,
+std::vector<MountedEntry> mountedEntriesFor(FolderSnapshot& folders, const std::string& gameFolder,
                                             const std::vector<std::string>& entries) {
     std::vector<MountedEntry> rows;
     rows.reserve(entries.size());
-    PathCache cache(files, shortGameFolder);
     for (const std::string& line : entries) {
-        MountedEntry row;
-        row.path = cache.shortPath(line);
+        MountedEntry& row = rows.emplace_back();
+        row.path = folders.shortPath(line);
         row.text = ArchiveDisplayName(row.path);
-        row.status = std::string(cache.entryExists(gameFolder, line) ? kStatusMounted : kStatusNotFound);
-        rows.push_back(std::move(row));
+        row.status = folders.entryExists(gameFolder, line) ? kStatusMounted : kStatusNotFound;
     }
     return rows;
+}
+
+std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std::string& gameFolder,
+                                            const std::string& shortGameFolder,
+                                            const std::vector<std::string>& entries) {
+    FolderSnapshot folders(files, shortGameFolder);
+    return mountedEntriesFor(folders, gameFolder, entries);
 }
 
 } // namespace korvel

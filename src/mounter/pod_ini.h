@@ -28,7 +28,12 @@ bool hasPodSuffix(std::string_view path);
 // entry itself (relative to the process's current folder), yields its file name, ignoring case.
 bool archiveEntryExists(const FileServices& files, const std::string& gameFolder, const std::string& entry);
 
+class FolderSnapshot;
+
 // Rows for the entry lines: stored path through ShortPath, display text, "Mounted" / "Not found".
+// The folders are read through `folders` (made for the game's short folder).
+std::vector<MountedEntry> mountedEntriesFor(FolderSnapshot& folders, const std::string& gameFolder,
+                                            const std::vector<std::string>& entries);
 std::vector<MountedEntry> mountedEntriesFor(const FileServices& files, const std::string& gameFolder,
                                             const std::string& shortGameFolder,
                                             const std::vector<std::string>& entries);

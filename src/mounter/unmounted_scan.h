@@ -1,10 +1,10 @@
 #pragma once
 
+#include "folder_snapshot.h"
 #include "mounted_entry.h"
-#include "platform/file_services.h"
 
 #include <string>
-#include <unordered_set>
+#include <string_view>
 #include <vector>
 
 namespace korvel {
@@ -15,16 +15,14 @@ struct ScanInputs {
     std::vector<std::string> extraDirs; // the extra folders, in the order they are scanned
 };
 
-// Upper-cased stored paths, for look-ups that ignore case.
-using PathKeySet = std::unordered_set<std::string>;
-PathKeySet pathKeys(const std::vector<MountedEntry>& rows);
-
 // The order of the unmounted list: compare the keys of two display texts byte by byte.
 std::string displaySortKey(std::string_view text);
 
 // The unmounted archives: "*.pod" files of the game folder, of its first-level subfolders and of
-// the extra folders, whose stored path is not in `mounted` (ignoring case), sorted by display
-// text. Rows come with status "Unmounted".
-std::vector<MountedEntry> ScanUnmounted(const FileServices& files, const ScanInputs& inputs, const PathKeySet& mounted);
+// the extra folders, whose stored path is not the path of a row of `mounted` (ignoring case),
+// sorted by display text. Rows come with status "Unmounted". The folders are read through
+// `folders`, whose short game folder must be `inputs.shortGameFolder`.
+std::vector<MountedEntry> ScanUnmounted(FolderSnapshot& folders, const ScanInputs& inputs,
+                                        const std::vector<MountedEntry>& mounted);
 
 } // namespace korvel

@@ -14,6 +14,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <cstdint>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -36,20 +37,6 @@ bool isHiddenName(const QFileInfo& info) {
     return info.fileName().startsWith(QLatin1Char('.'));
 #endif
 }
-
-#ifndef Q_OS_WIN
-// What a search needs to know of a directory entry whose name already passed the hidden-name test.
-struct TypedEntry {
-    bool file = false;
-    bool dir = false;
-    bool isFile() const { return file; }
-    bool isDir() const { return dir; }
-};
-
-bool isHiddenName(const TypedEntry&) {
-    return false;
-}
-#endif
 
 // The six letters QSaveFile appends to a temporary's name, unless they read as a word in one case.
 bool isTemporarySuffix(QStringView suffix) {
@@ -98,57 +85,68 @@ bool wildcardMatch(std::string_view pattern, std::string_view name) {
 
 FileServices::FileServices(const PathMap& paths) : m_paths(paths) {}
 
-std::vector<std::string> FileServices::search(const std::string& pattern, SearchFilter filter) const {
+namespace {
+
+bool acceptsEntry(bool file, bool dir, SearchFilter filter) {
+    switch (filter) {
+    case SearchFilter::NormalFiles:
+        return file;
+    case SearchFilter::FilesAndFolders:
+        return file || dir;
+    case SearchFilter::Folders:
+        return dir;
+    }
+    return false;
+}
+
+} // namespace
+
+const FolderListing::Entry* FolderListing::find(std::string_view key) const {
+    auto it = std::lower_bound(entries.begin(), entries.end(), key,
+                               [](const Entry& entry, std::string_view wanted) { return entry.key < wanted; });
+    return it != entries.end() && it->key == key ? &*it : nullptr;
+}
+
+std::vector<std::string> FolderListing::search(std::string_view pattern, SearchFilter filter) const {
     std::vector<std::string> names;
-    const std::string folder = FolderOf(pattern);
-    const std::string last = FileNameOf(pattern);
-    if (last.empty())
+    if (!exists || pattern.empty())
         return names;
+    for (const Entry& entry : entries) {
+        if (acceptsEntry(entry.file, entry.dir, filter) && wildcardMatch(pattern, entry.name))
+            names.push_back(entry.name);
+    }
+    if (filter == SearchFilter::Folders && !root && wildcardMatch(pattern, "."))
+        names.insert(names.begin(), {".", ".."});
+    return names;
+}
+
+FolderListing FileServices::readFolder(const std::string& folder) const {
+    FolderListing listing;
     const QString hostFolder = folder.empty() ? m_paths.toHost(".") : m_paths.toHost(folder);
     if (hostFolder.isEmpty())
-        return names;
+        return listing;
     QDir dir(hostFolder);
     if (!dir.exists())
-        return names;
-
-    auto accepts = [&](const auto& info) {
-        if (isHiddenName(info))
-            return false;
-        switch (filter) {
-        case SearchFilter::NormalFiles:
-            return info.isFile();
-        case SearchFilter::FilesAndFolders:
-            return info.isFile() || info.isDir();
-        case SearchFilter::Folders:
-            return info.isDir();
-        }
-        return false;
-    };
-
-    if (!hasWildcard(last)) {
-        // A plain name: look it up directly (without regard to case), as the system's search does.
-        const QString host = m_paths.toHost(joinGamePath(folder, last));
-        QFileInfo info(host);
-        if (info.exists() && accepts(info))
-            names.push_back(toGameText(info.fileName()));
-        return names;
-    }
+        return listing;
+    listing.exists = true;
+    listing.root = PathMap::isDriveRoot(withoutTrailingBackslash(folder)) || dir.absolutePath() == QLatin1String("/");
 
     // Unsorted from the system, sorted once below on keys made once per name (a folder of thousands
     // of archives is searched often).
-    std::vector<std::pair<std::string, std::string>> found; // upper-case key, name
-    auto consider = [&](std::optional<std::string> name, auto&& info) {
-        // A name the game's code page cannot hold is one the game cannot open either.
-        if (name && wildcardMatch(last, *name) && accepts(info())) {
-            std::string key = upperGame(*name);
-            found.emplace_back(std::move(key), std::move(*name));
-        }
+    std::vector<FolderListing::Entry> found;
+    found.reserve(64);
+    auto add = [&found](std::string name, bool isFile, bool isDir) {
+        std::string key = upperGame(name);
+        found.emplace_back(std::move(key), std::move(name), isFile, isDir);
     };
 #ifdef Q_OS_WIN
     QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     while (it.hasNext()) {
         const QFileInfo info = it.nextFileInfo();
-        consider(encodeGameText(info.fileName()), [&] { return info; });
+        // A name the game's code page cannot hold is one the game cannot open either.
+        std::optional<std::string> name = encodeGameText(info.fileName());
+        if (name && !isHiddenName(info))
+            add(std::move(*name), info.isFile(), info.isDir());
     }
 #else
     // The directory's own entry types spare a status call per name; links and file systems that
@@ -163,26 +161,52 @@ std::vector<std::string> FileServices::search(const std::string& pattern, Search
                 continue; // hidden here, "." and ".." included
             const bool ascii = asciiAsIs && std::all_of(raw.begin(), raw.end(),
                                                         [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-            consider(ascii ? std::optional<std::string>(raw) : encodeGameText(QFile::decodeName(entry->d_name)), [&] {
-                if (entry->d_type == DT_REG || entry->d_type == DT_DIR)
-                    return TypedEntry{entry->d_type == DT_REG, entry->d_type == DT_DIR};
+            std::optional<std::string> name =
+                ascii ? std::optional<std::string>(raw) : encodeGameText(QFile::decodeName(entry->d_name));
+            if (!name)
+                continue; // a name the game's code page cannot hold is one the game cannot open either
+            if (entry->d_type == DT_REG || entry->d_type == DT_DIR) {
+                add(std::move(*name), entry->d_type == DT_REG, entry->d_type == DT_DIR);
+            } else {
                 const QFileInfo info(hostFolder + QLatin1Char('/') + QFile::decodeName(entry->d_name));
-                return TypedEntry{info.isFile(), info.isDir()};
-            });
+                add(std::move(*name), info.isFile(), info.isDir());
+            }
         }
         ::closedir(stream);
     }
 #endif
-    std::sort(found.begin(), found.end());
-    names.reserve(found.size());
-    for (auto& [key, name] : found)
-        names.push_back(std::move(name));
-    if (filter == SearchFilter::Folders && wildcardMatch(last, ".")) {
-        const std::string gameFolder = withoutTrailingBackslash(folder);
-        if (!PathMap::isDriveRoot(gameFolder) && dir.absolutePath() != QLatin1String("/"))
-            names.insert(names.begin(), {".", ".."});
+    // The order is sorted as indices, and the entries moved once into it.
+    std::vector<uint32_t> order(found.size());
+    for (uint32_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::sort(order.begin(), order.end(), [&found](uint32_t a, uint32_t b) {
+        const FolderListing::Entry& x = found[a];
+        const FolderListing::Entry& y = found[b];
+        return x.key != y.key ? x.key < y.key : x.name < y.name;
+    });
+    listing.entries.reserve(found.size());
+    for (uint32_t i : order)
+        listing.entries.push_back(std::move(found[i]));
+    return listing;
+}
+
+std::vector<std::string> FileServices::search(const std::string& pattern, SearchFilter filter) const {
+    const std::string folder = FolderOf(pattern);
+    const std::string last = FileNameOf(pattern);
+    if (last.empty())
+        return {};
+    if (!hasWildcard(last)) {
+        std::vector<std::string> names;
+        const QString hostFolder = folder.empty() ? m_paths.toHost(".") : m_paths.toHost(folder);
+        if (hostFolder.isEmpty() || !QDir(hostFolder).exists())
+            return names;
+        // A plain name: look it up directly (without regard to case), as the system's search does.
+        const QFileInfo info(m_paths.toHost(joinGamePath(folder, last)));
+        if (info.exists() && !isHiddenName(info) && acceptsEntry(info.isFile(), info.isDir(), filter))
+            names.push_back(toGameText(info.fileName()));
+        return names;
     }
-    return names;
+    return readFolder(folder).search(last, filter);
 }
 
 bool FileServices::FileExists(const std::string& path) const {

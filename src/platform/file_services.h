@@ -20,6 +20,24 @@ enum class SearchFilter {
     Folders,         // folders only, led by "." and ".." unless the folder is a drive's root
 };
 
+// One read of a folder, for any number of searches of it (see FileServices::readFolder).
+struct FolderListing {
+    struct Entry {
+        std::string key;  // upper-case name, the sort key
+        std::string name; // game text
+        bool file = false;
+        bool dir = false;
+    };
+    std::vector<Entry> entries; // hidden entries left out; sorted by key, then name
+    bool exists = false;        // false when the folder could not be found (no entries then)
+    bool root = false;          // a drive's root or "/": folder searches give no "." and ".."
+
+    // The first entry whose key is `key`, or nullptr.
+    const Entry* find(std::string_view key) const;
+    // What search() yields for a pattern whose last component is `pattern` (wildcards allowed).
+    std::vector<std::string> search(std::string_view pattern, SearchFilter filter) const;
+};
+
 // The file services of the platform layer, on game paths. Every write goes through a temporary
 // file and an atomic replace, so a failed write leaves the old file as it was. Every operation that
 // can fail returns the reason, as the text a user is shown.
@@ -34,6 +52,9 @@ public:
     // component may hold the wildcards "*" and "?" (matched without regard to case). Sorted by name
     // without regard to case, so results do not depend on the host's directory order.
     std::vector<std::string> search(const std::string& pattern, SearchFilter filter) const;
+    // The entries of `folder` (a game path; empty is the current folder) as the searches of it see
+    // them: one read of the directory serves every later search of the listing.
+    FolderListing readFolder(const std::string& folder) const;
 
     // True when a search for the path with normal attributes finds an entry (a folder does not count).
     bool FileExists(const std::string& path) const;
