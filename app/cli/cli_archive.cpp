@@ -115,41 +115,6 @@ std::optional<PodEntry> findEntry(const PodDirectory& listing, const QString& na
     return std::nullopt;
 }
 
-// Standard output written through one buffer, handed to the system in large pieces.
-class OutputBuffer {
-public:
-    OutputBuffer() : m_data(new char[kCapacity]) {}
-    ~OutputBuffer() { flush(); }
-    void append(std::string_view text) {
-        if (text.size() > kCapacity - m_size) {
-            flush();
-            if (text.size() > kCapacity) {
-                std::fwrite(text.data(), 1, text.size(), stdout);
-                return;
-            }
-        }
-        std::memcpy(m_data.get() + m_size, text.data(), text.size());
-        m_size += text.size();
-    }
-    void flush() {
-        std::fwrite(m_data.get(), 1, m_size, stdout);
-        m_size = 0;
-    }
-    // Room for `length` (a few kilobytes at most) more characters: write them at the pointer returned, then
-    // commit() the end of what was written.
-    char* room(size_t length) {
-        if (length > kCapacity - m_size)
-            flush();
-        return m_data.get() + m_size;
-    }
-    void commit(const char* end) { m_size = size_t(end - m_data.get()); }
-
-private:
-    static constexpr size_t kCapacity = size_t(256) << 10;
-    std::unique_ptr<char[]> m_data;
-    size_t m_size = 0;
-};
-
 // A JSON string of game text.
 void appendJsonString(std::string& out, std::string_view gameText) {
     const size_t from = out.size();
@@ -210,7 +175,7 @@ int runList(const QStringList& args) {
         QByteArray document = QJsonDocument(head).toJson(QJsonDocument::Indented);
         document.chop(3); // "\n}\n"
         out().flush();
-        OutputBuffer buffer;
+        PodOutput buffer(stdout);
         buffer.append(std::string_view(document.constData(), size_t(document.size())));
         buffer.append(",\n    \"entries\": [");
         std::string line;
@@ -223,48 +188,16 @@ int runList(const QStringList& args) {
             buffer.append(line);
         }
         buffer.append(rows.empty() ? "]\n}\n" : "\n    ]\n}\n");
-        buffer.flush();
-        std::fflush(stdout);
+        if (!buffer.flush())
+            return refusedWith(QString::fromStdString(listingWriteFailureText(buffer.errorNumber())));
         return kExitOk;
     }
 
-    QString lines;
-    lines += QStringLiteral("POD Name: ") + text(listing->nameText()) + QLatin1Char('\n');
-    lines += QStringLiteral("POD Size: ") + text(listing->sizeText()) + QLatin1Char('\n');
-    lines += QStringLiteral("POD Type: ") + text(listing->typeText) + QLatin1Char('\n');
-    lines += QStringLiteral("Editor Used: ") + text(listing->editorText) + QLatin1Char('\n');
-    lines += QStringLiteral("Total Files: ") + text(listing->totalText()) + QStringLiteral("\n\n");
-    out() << lines;
     out().flush();
-    // One buffer for every row: listings run to a hundred thousand rows.
-    OutputBuffer buffer;
-    std::string converted;
-    for (quint32 row : rows) {
-        const PodEntry entry = entries[row];
-        char* at = buffer.room(entry.name.size() + 3 * (kMaxGroupedLength + 1));
-        unsigned char high = 0;
-        for (char c : entry.name) {
-            high |= static_cast<unsigned char>(c);
-            *at++ = c;
-        }
-        if (high >= 0x80) { // not plain ASCII: converted from the game's code page
-            buffer.commit(at - entry.name.size());
-            converted.clear();
-            appendUtf8(converted, entry.name);
-            buffer.append(converted);
-            at = buffer.room(3 * (kMaxGroupedLength + 1));
-        }
-        *at++ = '\t';
-        at = writeWithCommas(at, entry.size);
-        *at++ = '\t';
-        at = writeWithCommas(at, entry.start);
-        *at++ = '\t';
-        at = writeWithCommas(at, entry.end);
-        *at++ = '\n';
-        buffer.commit(at);
-    }
-    buffer.flush();
-    std::fflush(stdout);
+    // One buffer for the whole text: listings run to a hundred thousand rows.
+    PodOutput buffer(stdout);
+    if (!writePodTextListing(*listing, rows, buffer, appendUtf8))
+        return refusedWith(QString::fromStdString(listingWriteFailureText(buffer.errorNumber())));
     return kExitOk;
 }
 

@@ -1,12 +1,13 @@
 #include "cli_command.h"
 
+#include "launcher/cli_module.h"
+
 #include "platform/game_codec.h"
 #include "platform/path_map.h"
 
 #include <QCoreApplication>
 
-#include <cstdio>
-#include <cstring>
+#include <type_traits>
 
 namespace korvel::cli {
 
@@ -87,12 +88,10 @@ std::optional<QString> takeCodePageOption(QStringList& args) {
 
 } // namespace korvel::cli
 
-int main(int argc, char** argv) {
-    // Answered before the application object exists: a version check costs no more than the loader.
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::printf("korvel-cli %d.%d.%d\n", KORVEL_VERSION_MAJOR, KORVEL_VERSION_MINOR, KORVEL_VERSION_PATCH);
-        return 0;
-    }
+// The whole command line, as main() would run it; the korvel-cli launcher calls it after answering
+// what it can without Qt.
+extern "C" Q_DECL_EXPORT int korvel_cli_main(int argc, char** argv) {
+    static_assert(std::is_same_v<decltype(&korvel_cli_main), CliEntryFunction>);
     // Help texts name the program as users type it, whatever path started it.
     static char programName[] = "korvel-cli";
     if (argc > 0)
