@@ -42,6 +42,7 @@ TEST(SettingsStore, readsBackWhatItWroteWithLeadingBlanksDroppedAndErrorForWhatI
     EXPECT_EQ(s.store.ReadValue(s.key, "Associate"), "Error"); // no key
     s.store.WriteValue(s.key + "\\MTM2", "Screen", "E");       // nothing is written into a key never created
     EXPECT_FALSE(s.drive.registry().keyExists(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\MTM2"));
+    EXPECT_EQ(s.store.ReadValue(s.key + "\\MTM2", "Screen"), "Error");
     s.store.CreateKey(s.key);
     EXPECT_EQ(s.store.ReadValue(s.key, "Associate"), "Error"); // no value
     const std::pair<std::string, std::string> rows[] = {
