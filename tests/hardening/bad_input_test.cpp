@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <cctype>
 #include <cstdint>
 
 #include <gtest/gtest.h>
@@ -202,14 +201,11 @@ TEST(BadInputFiles, areTheCommittedOutputOfTheirGenerators) {
         const std::string bytes = row.make();
         EXPECT_LE(bytes.size(), 100000u) << row.file << ": the corpus stays small";
         names << QLatin1String(row.file);
-        QFile file(kFolder + QLatin1String(row.file));
         if (write) {
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-            file.write(bytes.data(), qint64(bytes.size()));
-            file.close();
+            ASSERT_TRUE(writeFile(kFolder + QLatin1String(row.file), bytes));
         }
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << row.file;
-        EXPECT_EQ(file.readAll().toStdString(), bytes) << row.file << " differs from its generator";
+        EXPECT_EQ(readFile(kFolder + QLatin1String(row.file)).toStdString(), bytes)
+            << row.file << " differs from its generator";
     }
     names.sort();
     EXPECT_EQ(QDir(kFolder).entryList(QDir::Files, QDir::Name), names) << "every file of the folder has its row";
@@ -260,15 +256,8 @@ TEST_P(BadInputCorpus, givesItsMessageWithinBoundedTimeAndMemory) {
     }
 }
 
-std::string rowName(const ::testing::TestParamInfo<BadInput>& info) {
-    std::string name = info.param.file;
-    for (char& c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryFile, BadInputCorpus, ::testing::ValuesIn(badInputs()), rowName);
+INSTANTIATE_TEST_SUITE_P(EveryFile, BadInputCorpus, ::testing::ValuesIn(badInputs()),
+                         [](const auto& info) { return paramName(info.param.file); });
 
 } // namespace
 } // namespace korvel::testing

@@ -4,8 +4,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QTemporaryDir>
 
+#include <cctype>
 #include <chrono>
+#include <string>
 #include <thread>
 
 #ifdef Q_OS_UNIX
@@ -40,6 +43,17 @@ inline bool writeFile(const QString& path, const QByteArray& bytes) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+inline bool writeFile(const QString& path, const std::string& bytes) {
+    return writeFile(path, QByteArray::fromStdString(bytes));
+}
+
+// A test-parameter name made of letters, digits and "_" only.
+inline std::string paramName(std::string name) {
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    return name;
 }
 
 // Limits a child process runs under. Zero means no limit.
@@ -123,6 +137,36 @@ inline bool runAndKill(const QString& program, const QStringList& arguments, std
     return running && process.exitStatus() == QProcess::CrashExit;
 }
 
+// A game folder in a temporary folder, and the environment korvel-cli runs in over it: its settings
+// file is "registry.json" inside the game folder, drive C: is the temporary folder, and the Wine
+// prefix does not exist.
+class CliGameFolder {
+public:
+    CliGameFolder() : m_game(m_temp.path() + QStringLiteral("/game")) {}
+    QString inGame(const char* relative) const { return m_game + QLatin1Char('/') + QLatin1String(relative); }
+    // A command line whose "%g" stand for the game folder.
+    QStringList command(const char* text) const {
+        return QString::fromLatin1(text).split(QLatin1Char(' ')).replaceInStrings("%g", m_game);
+    }
+    QProcessEnvironment environment() const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("KORVEL_REGISTRY"), inGame("registry.json"));
+        environment.insert(QStringLiteral("KORVEL_DRIVES"), QStringLiteral("C=") + m_temp.path());
+        environment.insert(QStringLiteral("WINEPREFIX"), m_temp.path() + QStringLiteral("/no-wine"));
+        return environment;
+    }
+    ChildLimits limits() const {
+        ChildLimits limits;
+        limits.environment = environment();
+        return limits;
+    }
+    ChildResult runCli(const char* text) const { return runChild(cliProgram(), command(text), limits()); }
+
+protected:
+    QTemporaryDir m_temp;
+    QString m_game;
+};
+
 #ifdef Q_OS_UNIX
 // What one child process cost, as the system accounted it when the child was reaped.
 struct MeasuredResult {
@@ -177,9 +221,7 @@ inline MeasuredResult runMeasured(const QString& program, const QStringList& arg
     result.peakRssKiB = usage.ru_maxrss;
     result.cpuSeconds = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
                         double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-    QFile errors(QString::fromLocal8Bit(errPath));
-    if (errors.open(QIODevice::ReadOnly))
-        result.err = errors.readAll();
+    result.err = readFile(QString::fromLocal8Bit(errPath));
     return result;
 }
 #endif

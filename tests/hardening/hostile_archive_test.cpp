@@ -65,18 +65,13 @@ TEST_P(SparseArchives, listOrAreRefusedWithinASecondAnd64MB) {
         header = std::string(84, '\0');
         putInt32(header, 0, row.count);
     }
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(header.data(), qint64(header.size())), qint64(header.size()));
-    ASSERT_TRUE(file.resize(row.length)) << "a sparse file of " << row.length << " bytes";
-    file.close();
+    ASSERT_TRUE(writeFile(path, header));
+    ASSERT_TRUE(QFile::resize(path, row.length)) << "a sparse file of " << row.length << " bytes";
 
     const MeasuredResult run = runMeasured(cliProgram(), {QStringLiteral("list"), path}, temp.filePath("out.txt"));
     ASSERT_TRUE(run.finished) << row.what << " did not end by itself:\n" << run.err.toStdString();
     EXPECT_EQ(run.exitCode, row.exitCode) << run.err.toStdString();
-    QFile out(temp.filePath("out.txt"));
-    ASSERT_TRUE(out.open(QIODevice::ReadOnly));
-    const QByteArray said = row.exitCode == 0 ? out.read(4096) : run.err;
+    const QByteArray said = row.exitCode == 0 ? readFile(temp.filePath("out.txt")).left(4096) : run.err;
     EXPECT_TRUE(said.contains(row.said)) << said.toStdString();
     EXPECT_LT(run.cpuSeconds, 1.0) << row.what;
 #ifndef KORVEL_TEST_ASAN
@@ -132,9 +127,7 @@ QStringList snapshot(const QString& folder) {
         if (info.isSymLink()) {
             item += QStringLiteral(" -> ") + info.symLinkTarget();
         } else if (info.isFile()) {
-            QFile file(info.filePath());
-            file.open(QIODevice::ReadOnly);
-            item += QStringLiteral(": ") + QString::fromLatin1(file.readAll());
+            item += QStringLiteral(": ") + QString::fromLatin1(readFile(info.filePath()));
         }
         items << item;
     }
@@ -202,15 +195,8 @@ TEST_P(LinksInTheDestination, areRefusedByTheDesktopsInPlaceWrites) {
     }
 }
 
-std::string layoutName(const ::testing::TestParamInfo<LinkLayout>& info) {
-    std::string name = info.param.what;
-    for (char& c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryLayout, LinksInTheDestination, ::testing::ValuesIn(linkLayouts()), layoutName);
+INSTANTIATE_TEST_SUITE_P(EveryLayout, LinksInTheDestination, ::testing::ValuesIn(linkLayouts()),
+                         [](const auto& info) { return paramName(info.param.what); });
 
 } // namespace
 } // namespace korvel::testing

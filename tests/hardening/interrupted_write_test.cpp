@@ -1,11 +1,7 @@
 #include "child_run.h"
 #include "pod_writer.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -49,12 +45,11 @@ const WrittenFile kWrittenFiles[] = {
     {"archive_add", "SMALL.POD", "add %g/SMALL.POD %g/out/DATA/SMALL.BIN --as DATA\\NEW.BIN"},
 };
 
-class InterruptedWrites : public ::testing::TestWithParam<WrittenFile> {
+class InterruptedWrites : public CliGameFolder, public ::testing::TestWithParam<WrittenFile> {
 protected:
     // Lays out the sample game and learns the target's content before and after one complete run.
     void SetUp() override {
         ASSERT_TRUE(m_temp.isValid());
-        m_game = m_temp.path() + QStringLiteral("/game");
         const ChildResult demo = runChild(QStringLiteral(KORVEL_DEMO_GAME_PATH), {m_game});
         ASSERT_EQ(demo.exitCode, 0) << demo.err.toStdString();
         // A 3 MB entry and many small ones, so that extraction and the export take a while; the
@@ -64,21 +59,18 @@ protected:
         big.add("DATA\\SMALL.BIN", std::string(2000, 'S'));
         for (int i = 0; i < 4000; ++i)
             big.add("ART\\TEXTURE" + std::to_string(i) + ".RAW", "x");
-        const std::string bytes = big.pod2();
-        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.POD"), QByteArray(bytes.data(), qsizetype(bytes.size()))));
-        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/BIG.txt"), "an older listing\r\n"));
-        const std::string small = PodWriter().comment("Small").add("DATA\\OLD.BIN", "old").pod2();
-        ASSERT_TRUE(
-            writeFile(m_game + QStringLiteral("/SMALL.POD"), QByteArray(small.data(), qsizetype(small.size()))));
-        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/LARGE.BIN"), "an older extraction"));
-        ASSERT_TRUE(writeFile(m_game + QStringLiteral("/out/DATA/SMALL.BIN"), "an older small extraction"));
+        ASSERT_TRUE(writeFile(inGame("BIG.POD"), big.pod2()));
+        ASSERT_TRUE(writeFile(inGame("BIG.txt"), QByteArray("an older listing\r\n")));
+        ASSERT_TRUE(writeFile(inGame("SMALL.POD"), PodWriter().comment("Small").add("DATA\\OLD.BIN", "old").pod2()));
+        ASSERT_TRUE(writeFile(inGame("out/DATA/LARGE.BIN"), QByteArray("an older extraction")));
+        ASSERT_TRUE(writeFile(inGame("out/DATA/SMALL.BIN"), QByteArray("an older small extraction")));
         // The program's key exists already, so that setting a value is one write.
-        const ChildResult key = runChild(cliProgram(), {"settings", "set", "Mode", "M"}, limits());
+        const ChildResult key = runCli("settings set Mode M");
         ASSERT_EQ(key.exitCode, 0) << key.err.toStdString();
 
         m_old = readFile(target());
         const auto started = Clock::now();
-        const ChildResult run = runChild(cliProgram(), command(), limits());
+        const ChildResult run = runCli(GetParam().command);
         m_fullRun = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - started);
         ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
         m_new = readFile(target());
@@ -86,15 +78,7 @@ protected:
         ASSERT_TRUE(writeFile(target(), m_old));
     }
 
-    QString target() const { return m_game + QLatin1Char('/') + QLatin1String(GetParam().target); }
-    QStringList command() const {
-        return QString::fromLatin1(GetParam().command).split(QLatin1Char(' ')).replaceInStrings("%g", m_game);
-    }
-    ChildLimits limits() const {
-        ChildLimits limits;
-        limits.environment.insert(QStringLiteral("KORVEL_REGISTRY"), m_game + QStringLiteral("/registry.json"));
-        return limits;
-    }
+    QString target() const { return inGame(GetParam().target); }
 
     // A run whose save could not be completed failed, named the file and left the old content.
     void expectFailedSaveKeepsOldContent(const ChildResult& run) {
@@ -106,8 +90,6 @@ protected:
         EXPECT_EQ(readFile(target()), m_old) << GetParam().name << " lost its old content";
     }
 
-    QTemporaryDir m_temp;
-    QString m_game;
     QByteArray m_old;
     QByteArray m_new;
     std::chrono::microseconds m_fullRun{0};
@@ -118,7 +100,7 @@ TEST_P(InterruptedWrites, killedAtRandomMomentsLeaveTheOldOrTheWholeNewContent) 
     int killed = 0;
     for (int round = 0; round < 400 && Clock::now() < deadline; ++round) {
         const std::chrono::microseconds delay(QRandomGenerator::global()->bounded(qint64(m_fullRun.count()) + 2000));
-        killed += runAndKill(cliProgram(), command(), delay, limits().environment);
+        killed += runAndKill(cliProgram(), command(GetParam().command), delay, environment());
         const QByteArray now = readFile(target());
         ASSERT_TRUE(now == m_old || now == m_new)
             << "round " << round << " (killed after " << delay.count() << " us): " << now.size()
@@ -131,7 +113,7 @@ TEST_P(InterruptedWrites, killedAtRandomMomentsLeaveTheOldOrTheWholeNewContent) 
 TEST_P(InterruptedWrites, aFileSizeLimitLeavesTheOldContentAndNamesTheFile) {
     ChildLimits limited = limits();
     limited.fileSize = std::max<qint64>(1, m_new.size() / 2);
-    expectFailedSaveKeepsOldContent(runChild(cliProgram(), command(), limited));
+    expectFailedSaveKeepsOldContent(runChild(cliProgram(), command(GetParam().command), limited));
 }
 
 // A 64 KB tmpfs, filled up, holds the game folder. Needs the right to mount; skipped otherwise.
@@ -165,14 +147,11 @@ TEST_P(InterruptedWrites, aFullDiskLeavesTheOldContentAndNamesTheFile) {
     while (filler.write(block) == block.size() && filler.flush()) {
     }
     m_game = small;
-    expectFailedSaveKeepsOldContent(runChild(cliProgram(), command(), limits()));
+    expectFailedSaveKeepsOldContent(runCli(GetParam().command));
 }
 
-std::string fileName(const ::testing::TestParamInfo<WrittenFile>& info) {
-    return info.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryWrittenFile, InterruptedWrites, ::testing::ValuesIn(kWrittenFiles), fileName);
+INSTANTIATE_TEST_SUITE_P(EveryWrittenFile, InterruptedWrites, ::testing::ValuesIn(kWrittenFiles),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace
 } // namespace korvel::testing

@@ -10,10 +10,15 @@ using namespace korvel;
 
 namespace {
 constexpr auto HKCU = RegistryRoot::CurrentUser;
+constexpr auto HKCR = RegistryRoot::ClassesRoot;
 const std::string kKey = "Software\\Dunmere\\Korvel";
+
+QStringList entriesOf(const QTemporaryDir& dir) {
+    return QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+}
 } // namespace
 
-TEST(FileRegistry, keepsKeysAndValuesOfAnyBytesAcrossInstances) {
+TEST(FileRegistry, keepsKeysAndValuesOfAnyBytesAcrossInstancesAndDeletesOnlyKeysWithoutSubkeys) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/sub/registry.json";
     {
@@ -23,12 +28,19 @@ TEST(FileRegistry, keepsKeysAndValuesOfAnyBytesAcrossInstances) {
         EXPECT_TRUE(registry.keyExists(HKCU, kKey)); // parents are created too
         EXPECT_TRUE(registry.writeValue(HKCU, kKey, "ExtraDirs", std::string(1, '\0')));
         EXPECT_TRUE(registry.writeValue(HKCU, kKey + "\\MTM2", "Location", "C:\\Games\\MTM2 \xe9"));
+        ASSERT_TRUE(registry.createKey(HKCR, "Korvel\\shell\\open\\command"));
+        ASSERT_TRUE(registry.createKey(HKCR, "Korvel shell"));
     }
     FileRegistry again(path);
     EXPECT_EQ(again.readValue(HKCU, kKey, "extradirs"), std::string(1, '\0'));
     EXPECT_EQ(again.readValue(HKCU, "SOFTWARE\\dunmere\\korvel\\mtm2", "Location"), "C:\\Games\\MTM2 \xe9");
     EXPECT_FALSE(again.readValue(HKCU, kKey, "Missing").has_value());
     EXPECT_TRUE(again.takeWarnings().isEmpty());
+    EXPECT_FALSE(again.deleteKey(HKCR, "Korvel"));
+    EXPECT_TRUE(again.deleteKey(HKCR, "Korvel\\shell\\open\\command"));
+    EXPECT_FALSE(again.keyExists(HKCR, "Korvel\\shell\\open\\command"));
+    EXPECT_TRUE(again.keyExists(HKCR, "Korvel\\shell\\open"));
+    EXPECT_FALSE(again.deleteKey(HKCR, "Nothing"));
 }
 
 TEST(FileRegistry, twoInstancesDoNotLoseEachOthersWrites) {
@@ -72,18 +84,6 @@ TEST(FileRegistry, keepsADamagedFileAsideAndReportsItOnce) {
     EXPECT_TRUE(registry.keyExists(HKCU, kKey));
 }
 
-TEST(FileRegistry, deletesOnlyKeysWithoutSubkeys) {
-    QTemporaryDir dir;
-    FileRegistry registry(dir.path() + "/registry.json");
-    ASSERT_TRUE(registry.createKey(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
-    ASSERT_TRUE(registry.createKey(RegistryRoot::ClassesRoot, "Korvel shell"));
-    EXPECT_FALSE(registry.deleteKey(RegistryRoot::ClassesRoot, "Korvel"));
-    EXPECT_TRUE(registry.deleteKey(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
-    EXPECT_FALSE(registry.keyExists(RegistryRoot::ClassesRoot, "Korvel\\shell\\open\\command"));
-    EXPECT_TRUE(registry.keyExists(RegistryRoot::ClassesRoot, "Korvel\\shell\\open"));
-    EXPECT_FALSE(registry.deleteKey(RegistryRoot::ClassesRoot, "Nothing"));
-}
-
 TEST(FileRegistry, savesAGroupOfChangesOnceAtItsOutermostEnd) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/registry.json";
@@ -107,9 +107,7 @@ TEST(FileRegistry, savesAGroupOfChangesOnceAtItsOutermostEnd) {
 
 TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
     QTemporaryDir dir;
-    QFile blocker(dir.path() + "/file");
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
+    QFile(dir.path() + "/file").open(QIODevice::WriteOnly);
     FileRegistry registry(dir.path() + "/file/registry.json"); // its folder is a file
     registry.beginChanges();
     EXPECT_FALSE(registry.createKey(HKCU, kKey));
@@ -125,29 +123,24 @@ TEST(FileRegistry, aGroupThatCannotBeSavedChangesNothingAndGivesItsReasonOnce) {
 
 TEST(FileRegistry, saysAtOnceWhenItsFileCannotBeWrittenAndLeavesNoTraceWhenItCan) {
     const struct {
-        const char* name;
         const char* file;    // under the temporary folder
-        const char* blocker; // a file made there first, standing where a folder or the file should be
+        const char* blocker; // a file made there first, standing where a folder should be
         bool folderAsFile;   // the settings file's own name is taken by a folder
         const char* reason;  // empty: no warning
     } cases[] = {
-        {"a folder yet to be made", "new/deeper/registry.json", nullptr, false, ""},
-        {"a file standing where the folder should be", "config/korvel/registry.json", "config", false,
-         "is not a folder"},
-        {"a folder where the file should be", "registry.json", nullptr, true, "it is not a file"},
+        {"new/deeper/registry.json", nullptr, false, ""},
+        {"config/korvel/registry.json", "config", false, "is not a folder"},
+        {"registry.json", nullptr, true, "it is not a file"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(c.file);
         QTemporaryDir dir;
-        if (c.blocker) {
-            QFile blocker(dir.path() + "/" + c.blocker);
-            ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-        }
+        if (c.blocker)
+            QFile(dir.path() + "/" + c.blocker).open(QIODevice::WriteOnly);
         const QString path = dir.path() + "/" + c.file;
-        if (c.folderAsFile) {
-            ASSERT_TRUE(QDir().mkpath(path));
-        }
-        const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+        if (c.folderAsFile)
+            QDir().mkpath(path);
+        const QStringList before = entriesOf(dir);
         FileRegistry registry(path);
         const QStringList warnings = registry.takeWarnings();
         if (QString(c.reason).isEmpty()) {
@@ -157,7 +150,6 @@ TEST(FileRegistry, saysAtOnceWhenItsFileCannotBeWrittenAndLeavesNoTraceWhenItCan
             EXPECT_TRUE(warnings[0].contains("cannot be written")) << warnings[0].toStdString();
             EXPECT_TRUE(warnings[0].contains(c.reason)) << warnings[0].toStdString();
         }
-        // The check makes nothing: no folder, no probe left behind.
-        EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), before);
+        EXPECT_EQ(entriesOf(dir), before); // the check makes nothing: no folder, no probe left behind
     }
 }

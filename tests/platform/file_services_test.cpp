@@ -1,42 +1,51 @@
+#include "leftovers.h"
+#include "platform/file_lock.h"
 #include "platform/file_services.h"
 #include "temp_game.h"
 
-#include <QDir>
-#include <QFile>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <thread>
+
 using namespace korvel;
-using korvel::testing::TempDrive;
+using namespace korvel::testing;
+
+using Names = std::vector<std::string>;
 
 TEST(Wildcard, matchesAsTheSystemSearchDoes) {
-    EXPECT_TRUE(wildcardMatch("*.pod", "TRUCKS.POD"));
-    EXPECT_TRUE(wildcardMatch("*.pod", "a.b.pod"));
-    EXPECT_FALSE(wildcardMatch("*.pod", "x.podx"));
-    EXPECT_TRUE(wildcardMatch("*.*", "README"));
-    EXPECT_TRUE(wildcardMatch("T?UCKS.*", "trucks.pod"));
-    EXPECT_FALSE(wildcardMatch("?", ""));
-    EXPECT_TRUE(wildcardMatch("*a*a*a*a*b", std::string(40, 'a') + "b"));
-    EXPECT_FALSE(wildcardMatch("*a*a*a*a*b", std::string(4000, 'a')));
+    const std::tuple<const char*, std::string, bool> rows[] = {{"*.pod", "TRUCKS.POD", true},
+                                                               {"*.pod", "a.b.pod", true},
+                                                               {"*.pod", "x.podx", false},
+                                                               {"*.*", "README", true},
+                                                               {"T?UCKS.*", "trucks.pod", true},
+                                                               {"?", "", false},
+                                                               {"*a*a*a*a*b", std::string(40, 'a') + "b", true},
+                                                               {"*a*a*a*a*b", std::string(4000, 'a'), false}};
+    for (const auto& [pattern, name, matches] : rows)
+        EXPECT_EQ(wildcardMatch(pattern, name), matches) << pattern << " / " << name.substr(0, 20);
 }
 
-TEST(FileServices, searchesWithAttributeFiltersSortedByName) {
+TEST(FileServices, searchesWithAttributeFiltersSortedByNameAndFindsOnlyFilesAsFiles) {
     TempDrive drive;
-    drive.write("C:\\Game\\b.pod", "b");
-    drive.write("C:\\Game\\A.POD", "a");
-    drive.write("C:\\Game\\.hidden.pod", "h");
-    drive.write("C:\\Game\\x.podx", "x");
+    for (const char* name : {"b.pod", "A.POD", ".hidden.pod", "x.podx"})
+        drive.write(std::string("C:\\Game\\") + name, "x");
     drive.makeFolder("C:\\Game\\Sub.pod");
     drive.makeFolder("C:\\Game\\Addon");
     auto& files = drive.files();
-    EXPECT_EQ(files.search("C:\\Game\\*.pod", SearchFilter::NormalFiles), (std::vector<std::string>{"A.POD", "b.pod"}));
-    EXPECT_EQ(files.search("C:\\GAME\\*.pod", SearchFilter::FilesAndFolders),
-              (std::vector<std::string>{"A.POD", "b.pod", "Sub.pod"}));
-    EXPECT_EQ(files.search("C:\\Game\\*.*", SearchFilter::Folders),
-              (std::vector<std::string>{".", "..", "Addon", "Sub.pod"}));
+    EXPECT_EQ(files.search("C:\\Game\\*.pod", SearchFilter::NormalFiles), (Names{"A.POD", "b.pod"}));
+    EXPECT_EQ(files.search("C:\\GAME\\*.pod", SearchFilter::FilesAndFolders), (Names{"A.POD", "b.pod", "Sub.pod"}));
+    EXPECT_EQ(files.search("C:\\Game\\*.*", SearchFilter::Folders), (Names{".", "..", "Addon", "Sub.pod"}));
+    EXPECT_EQ(files.search("C:\\*.*", SearchFilter::Folders), (Names{"Game"})); // a drive's root has no dot entries
     // A plain name is looked up without regard to case and answers with the name on disk.
-    EXPECT_EQ(files.search("C:\\game\\a.pod", SearchFilter::NormalFiles), (std::vector<std::string>{"A.POD"}));
+    EXPECT_EQ(files.search("C:\\game\\a.pod", SearchFilter::NormalFiles), (Names{"A.POD"}));
     EXPECT_TRUE(files.search("C:\\Missing\\*.pod", SearchFilter::NormalFiles).empty());
+    EXPECT_TRUE(files.FileExists("C:\\game\\b.POD"));
+    EXPECT_FALSE(files.FileExists("C:\\Game\\Addon"));
+    EXPECT_FALSE(files.FileExists("C:\\Game\\none.ini"));
 }
 
 #ifndef Q_OS_WIN
@@ -52,30 +61,13 @@ TEST(FileServices, searchesFollowLinksAndSkipNamesTheCodePageCannotHold) {
     QFile foreign(game + QStringLiteral("/\u65E5\u672C.pod"));
     ASSERT_TRUE(foreign.open(QIODevice::WriteOnly));
     foreign.close();
-    auto& files = drive.files();
     // A link counts as what it names (a dangling one as nothing); a name outside the code page is
     // left out, one inside it comes back in the game's bytes.
-    EXPECT_EQ(files.search("C:\\Game\\*.pod", SearchFilter::NormalFiles),
-              (std::vector<std::string>{"caf\xE9.pod", "linked.pod", "real.pod"}));
-    EXPECT_EQ(files.search("C:\\Game\\*", SearchFilter::Folders),
-              (std::vector<std::string>{".", "..", "Folder", "LinkedFolder"}));
+    EXPECT_EQ(drive.files().search("C:\\Game\\*.pod", SearchFilter::NormalFiles),
+              (Names{"caf\xE9.pod", "linked.pod", "real.pod"}));
+    EXPECT_EQ(drive.files().search("C:\\Game\\*", SearchFilter::Folders), (Names{".", "..", "Folder", "LinkedFolder"}));
 }
 #endif
-
-TEST(FileServices, drivesRootsYieldNoDotEntries) {
-    TempDrive drive;
-    drive.makeFolder("C:\\Game");
-    EXPECT_EQ(drive.files().search("C:\\*.*", SearchFilter::Folders), (std::vector<std::string>{"Game"}));
-}
-
-TEST(FileServices, fileExistsIgnoresFolders) {
-    TempDrive drive;
-    drive.write("C:\\Game\\POD.INI", "0\r\n");
-    drive.makeFolder("C:\\Game\\backup");
-    EXPECT_TRUE(drive.files().FileExists("C:\\game\\pod.ini"));
-    EXPECT_FALSE(drive.files().FileExists("C:\\Game\\backup"));
-    EXPECT_FALSE(drive.files().FileExists("C:\\Game\\none.ini"));
-}
 
 TEST(FileServices, findsANameOnlyWhenTheSearchYieldsThatOneName) {
     TempDrive drive;
@@ -93,38 +85,22 @@ TEST(FileServices, findsANameOnlyWhenTheSearchYieldsThatOneName) {
     EXPECT_TRUE(drive.files().findsName("C:\\Game\\", "TRAXX.POD"));
 }
 
-TEST(FileServices, failedWriteKeepsTheOldFileAndSaysWhy) {
+// Every operation replaces, copies or makes what it should; every failing one says which file and
+// why, in the text a user is shown, and leaves the old file.
+TEST(FileServices, writesAndCopiesOverOldFilesAndFailuresNameTheFileAndTheReason) {
     TempDrive drive;
     drive.write("C:\\Game\\POD.INI", "old");
     ASSERT_TRUE(drive.files().writeAll("C:\\Game\\POD.INI", "new").ok());
     EXPECT_EQ(drive.read("C:\\Game\\POD.INI"), "new");
-
-    // A folder standing where the file's folder should be: the save cannot even start.
-    drive.write("C:\\Blocked", "a file, not a folder");
-    const Status status = drive.files().writeAll("C:\\Blocked\\POD.INI", "new");
-    ASSERT_FALSE(status.ok());
-    EXPECT_TRUE(status.failure().message.contains("POD.INI"));
-    EXPECT_TRUE(status.failure().message.contains("old file was left unchanged"));
-    EXPECT_EQ(drive.read("C:\\Blocked"), "a file, not a folder");
-}
-
-TEST(FileServices, copiesOverOlderCopiesAndMakesOneFolderLevel) {
-    TempDrive drive;
     drive.write("C:\\Game\\player.pro", "v1");
     drive.write("C:\\Game\\backup\\player.pro", "old copy that is longer");
     EXPECT_TRUE(drive.files().copyFile("C:\\Game\\player.pro", "C:\\Game\\backup\\player.pro"));
     EXPECT_EQ(drive.read("C:\\Game\\backup\\player.pro"), "v1");
     EXPECT_TRUE(drive.files().makeDirectory("C:\\Game\\new"));
     EXPECT_TRUE(drive.exists("C:\\Game\\new"));
-}
 
-// Every failing operation says which file and why, in the text a user is shown.
-TEST(FileServices, failuresNameTheFileAndTheReason) {
-    TempDrive drive;
-    drive.write("C:\\Game\\player.pro", "v1");
-    drive.makeFolder("C:\\Game\\backup");
-    const QString dataHome = drive.root() + "/data";
-    qputenv("XDG_DATA_HOME", dataHome.toLocal8Bit());
+    drive.write("C:\\Blocked", "a file, not a folder");
+    qputenv("XDG_DATA_HOME", (drive.root() + "/data").toLocal8Bit());
     struct Row {
         const char* what;
         Status status;
@@ -133,6 +109,9 @@ TEST(FileServices, failuresNameTheFileAndTheReason) {
     FileServices& files = drive.files();
     auto statusOf = [](const Result<FileLock>& lock) { return lock ? Status() : Status(lock.failure()); };
     const Row rows[] = {
+        {"a file standing where the folder should be",
+         files.writeAll("C:\\Blocked\\POD.INI", "new"),
+         {"POD.INI", "old file was left unchanged"}},
         {"folder exists", files.makeDirectory("C:\\Game\\backup"), {"backup", "exists already"}},
         {"parent missing", files.makeDirectory("C:\\Game\\a\\b"), {"b", "does not exist"}},
         {"unmapped drive", files.makeDirectory("Q:\\Game"), {"Q:\\Game", "no drive is mapped"}},
@@ -155,6 +134,90 @@ TEST(FileServices, failuresNameTheFileAndTheReason) {
         for (const QString& text : row.texts)
             EXPECT_TRUE(row.status.failure().message.contains(text)) << row.status.failure().message.toStdString();
     }
+    EXPECT_EQ(drive.read("C:\\Blocked"), "a file, not a folder");
     EXPECT_FALSE(drive.exists("C:\\Game\\player.pro")); // the one that could be moved was moved
     EXPECT_FALSE(drive.exists("C:\\Game\\a"));
+}
+
+TEST(FileLock, isHeldByOneThreadAtATimeSharedWithinItAndTellsTheSecondWhy) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("POD.INI");
+    {
+        Result<FileLock> first = FileLock::acquire(file);
+        ASSERT_TRUE(first.ok()) << first.failure().message.toStdString();
+        {
+            const Result<FileLock> inner = FileLock::acquire(file, std::chrono::milliseconds(0));
+            ASSERT_TRUE(inner.ok()); // a save inside a command that holds the lock
+        }
+        EXPECT_TRUE(QFile::exists(file + ".lock")); // the inner holder's end leaves the outer one's lock
+        std::optional<Failure> refusal;
+        qint64 waited = 0;
+        std::thread([&] {
+            QElapsedTimer clock;
+            clock.start();
+            const Result<FileLock> second = FileLock::acquire(file, std::chrono::milliseconds(300));
+            waited = clock.elapsed();
+            if (!second)
+                refusal = second.failure();
+        }).join();
+        ASSERT_TRUE(refusal.has_value());
+        EXPECT_GE(waited, 290); // it waited for the holder before giving up
+        EXPECT_TRUE(refusal->message.contains(QDir::toNativeSeparators(file)));
+        EXPECT_TRUE(refusal->message.contains("another program"));
+    }
+    EXPECT_FALSE(QFile::exists(file + ".lock")); // released with its last holder
+    EXPECT_TRUE(FileLock::acquire(file, std::chrono::milliseconds(0)).ok());
+}
+
+TEST(FileLock, takesOverTheLockOfAProcessThatWasKilled) {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("player.pro");
+    ASSERT_TRUE(plantLockOfEndedProcess(file + ".lock"));
+    {
+        QElapsedTimer clock;
+        clock.start();
+        const Result<FileLock> lock = FileLock::acquire(file);
+        ASSERT_TRUE(lock.ok()) << lock.failure().message.toStdString();
+        EXPECT_LT(clock.elapsed(), 2000); // at once, not after the wait for a live holder
+    }
+    EXPECT_FALSE(QFile::exists(file + ".lock"));
+}
+
+// A save killed between writing its temporary and the rename leaves "NAME.xxxxxx" beside the file;
+// the next save of that file takes away the ones old enough to belong to no running save, and never
+// follows a link.
+TEST(FileServices, aSaveRemovesTheTemporariesThatKilledSavesOfTheFileLeft) {
+    TempDrive drive;
+    drive.write("C:\\Game\\POD.INI", "0\r\n");
+    const QString folder = drive.root() + "/Game/";
+    const qint64 hour = 3600, fresh = 5;
+    const std::tuple<const char*, qint64, bool> rows[] = {
+        // name, age, removed
+        {"POD.INI.qWeRtY", hour, true},
+        {"POD.INI.AbcdeF", hour, true},
+        {"POD.INI.xYzzyQ", 11 * 60, true},
+        {"POD.INI.qWeRtY2", hour, false}, // seven characters
+        {"POD.INI.qWeRt1", hour, false},  // a digit
+        {"POD.INI.qWeRt", hour, false},   // five letters
+        {"POD.INI.aBcDeF", fresh, false}, // perhaps another program's save, still running
+        {"POD.INI.aBcDeG", 9 * 60, false},
+        {"POD.INI.backup", hour, false}, // six letters that read as a word: a user's copy
+        {"POD.INI.BACKUP", hour, false},
+        {"POD.INI.Backup", hour, false},
+        {"pod.ini.qWeRtY", hour, false}, // another file's name, on a system that tells case apart
+        {"PODXINI.qWeRtY", hour, false},
+        {"OTHER.INI.qWeRtY", hour, false},
+    };
+    for (const auto& [name, age, removed] : rows)
+        ASSERT_TRUE(writeAged(folder + name, "left over", age)) << name;
+    ASSERT_TRUE(writeAged(drive.root() + "/Elsewhere/KEEP.TXT", "precious", hour));
+    ASSERT_TRUE(QFile::link(drive.root() + "/Elsewhere/KEEP.TXT", folder + "POD.INI.lInKeD"));
+
+    ASSERT_TRUE(drive.files().writeAll("C:\\Game\\POD.INI", "1\r\nA.POD\r\n").ok());
+
+    EXPECT_EQ(drive.read("C:\\Game\\POD.INI"), "1\r\nA.POD\r\n");
+    for (const auto& [name, age, removed] : rows)
+        EXPECT_EQ(!QFile::exists(folder + name), removed) << name;
+    EXPECT_EQ(drive.read("C:\\Elsewhere\\KEEP.TXT"), "precious");
+    EXPECT_TRUE(QFileInfo(folder + "POD.INI.lInKeD").isSymLink());
 }

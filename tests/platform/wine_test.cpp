@@ -13,11 +13,6 @@ using namespace korvel::testing;
 
 namespace {
 
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 const std::vector<RegFileValue> kValues = {
     {"HKEY_LOCAL_MACHINE\\SOFTWARE\\Game\\2.0", "InstalledPath", "C:\\Games\\MTM2"},
     {"HKEY_LOCAL_MACHINE\\SOFTWARE\\Game\\2.0", "Quote", "say \"hi\""},
@@ -26,7 +21,7 @@ const std::vector<RegFileValue> kValues = {
 
 } // namespace
 
-TEST(RegFile, isUtf16WithAByteOrderMarkAndEscapesBackslashesAndQuotes) {
+TEST(RegFile, isUtf16WithAByteOrderMarkAndEscapesBackslashesAndQuotesAndCarriesTheCodePagesText) {
     const QByteArray bytes = regFileText(kValues);
     ASSERT_TRUE(bytes.startsWith("\xFF\xFE"));
     ASSERT_EQ(bytes.size() % 2, 0);
@@ -36,44 +31,39 @@ TEST(RegFile, isUtf16WithAByteOrderMarkAndEscapesBackslashesAndQuotes) {
                                     "\"Quote\"=\"say \\\"hi\\\"\"\r\n"
                                     "\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Lobby]\r\n"
                                     "\"CommandLine\"=\"\"\r\n\r\n");
-}
-
-TEST(RegFile, carriesTheGamesCodePageTextAsUnicode) {
     ScopedGameCodec cyrillic(*GameCodec::forCodePage(1251));
     const QString text =
         fromUtf16File(regFileText({{"HKEY_LOCAL_MACHINE\\SOFTWARE\\G", "Path", "C:\\\xc8\xe3\xf0\xfb"}}));
     EXPECT_TRUE(text.contains(QStringLiteral("\"Path\"=\"C:\\\\Игры\""))) << text.toStdString();
 }
 
-TEST(WineRegistryImport, runsRegeditSilentlyInThePrefixAndSaysWhereTheValuesWent) {
+TEST(WineRegistryImport, runsRegeditSilentlyInThePrefixOrOffersTheFileWhenWineIsMissingOrFails) {
     QTemporaryDir dir;
-    ScopedEnvironment wine("KORVEL_WINE", writeFakeWine(dir).toUtf8());
     const QString regFile = dir.filePath("game.reg");
-    const RegImportOutcome outcome = importIntoWinePrefix(kValues, regFile, dir.filePath("prefix"));
-    ASSERT_TRUE(outcome.imported) << outcome.message.toStdString();
-    const QString zPath = "Z:" + QString(regFile).replace('/', '\\');
-    EXPECT_EQ(QString::fromUtf8(readFile(dir.filePath("wine-args"))).split('\n'),
-              (QStringList{dir.filePath("prefix"), "regedit", "/S", zPath, ""}));
-    EXPECT_EQ(readFile(dir.filePath("imported.reg")), regFileText(kValues));
-    EXPECT_TRUE(outcome.message.contains(dir.filePath("prefix")));
-    EXPECT_TRUE(outcome.message.contains("HKEY_LOCAL_MACHINE\\SOFTWARE\\Lobby"));
-}
-
-TEST(WineRegistryImport, offersTheRegistryFileWhenWineIsMissingOrFails) {
-    QTemporaryDir dir;
-    const std::pair<QByteArray, const char*> cases[] = {
+    {
+        ScopedEnvironment wine("KORVEL_WINE", writeFakeWine(dir).toUtf8());
+        const RegImportOutcome outcome = importIntoWinePrefix(kValues, regFile, dir.filePath("prefix"));
+        ASSERT_TRUE(outcome.imported) << outcome.message.toStdString();
+        const QString zPath = "Z:" + QString(regFile).replace('/', '\\');
+        EXPECT_EQ(QString::fromUtf8(fileBytes(dir.filePath("wine-args"))).split('\n'),
+                  (QStringList{dir.filePath("prefix"), "regedit", "/S", zPath, ""}));
+        EXPECT_EQ(fileBytes(dir.filePath("imported.reg")), regFileText(kValues));
+        EXPECT_TRUE(outcome.message.contains(dir.filePath("prefix")));
+        EXPECT_TRUE(outcome.message.contains("HKEY_LOCAL_MACHINE\\SOFTWARE\\Lobby"));
+    }
+    const std::pair<QByteArray, const char*> failures[] = {
         {dir.filePath("no-such-wine").toUtf8(), "Wine was not found"},
         {writeFakeWine(dir, 3).toUtf8(), "ended with status 3"},
     };
-    for (const auto& [program, reason] : cases) {
+    for (const auto& [program, reason] : failures) {
+        SCOPED_TRACE(reason);
         ScopedEnvironment wine("KORVEL_WINE", program);
-        const QString regFile = dir.filePath("game.reg");
         QFile::remove(regFile);
         const RegImportOutcome outcome = importIntoWinePrefix(kValues, regFile, dir.filePath("prefix"));
-        EXPECT_FALSE(outcome.imported) << reason;
+        EXPECT_FALSE(outcome.imported);
         EXPECT_TRUE(outcome.message.contains(reason)) << outcome.message.toStdString();
         EXPECT_TRUE(outcome.message.contains("wine regedit " + regFile)) << outcome.message.toStdString();
-        EXPECT_EQ(readFile(regFile), regFileText(kValues)) << reason;
+        EXPECT_EQ(fileBytes(regFile), regFileText(kValues));
     }
 }
 

@@ -1,4 +1,7 @@
+#include "fake_wine.h"
 #include "full_disk.h"
+#include "platform/game_codec.h"
+#include "platform/game_text.h"
 #include "startup/backups.h"
 #include "startup_fixture.h"
 
@@ -7,22 +10,8 @@
 using namespace korvel;
 using namespace korvel::testing;
 
-namespace {
-
-struct ProfilesRig : StartupRig {
-    GameProfiles logic{store, drive.files(), drive.dialogs(), session};
-
-    GameProfiles::AddOutcome add(const std::string& exe, std::optional<QString> name) {
-        drive.dialogs().chooseFiles({exe}).typeInput(std::move(name));
-        return logic.AddGame(false);
-    }
-};
-
-} // namespace
-
 TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
     ProfilesRig rig;
-    rig.logic.open();
     EXPECT_FALSE(rig.logic.loadEnabled());
     ASSERT_EQ(rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("mtm 2")), GameProfiles::AddOutcome::Added);
     ASSERT_EQ(rig.drive.dialogs().asked().size(), 2u);
@@ -42,7 +31,6 @@ TEST(GameProfiles, addProposesTheFolderNameAndWritesTheProfile) {
 
 TEST(GameProfiles, namesTheStoreCouldNotKeepAreRefusedAtThePromptWhichAsksAgain) {
     ProfilesRig rig;
-    rig.logic.open();
     const struct {
         QString typed;
         const char* said; // the refusal's reason; nullptr: accepted
@@ -68,28 +56,40 @@ TEST(GameProfiles, namesTheStoreCouldNotKeepAreRefusedAtThePromptWhichAsksAgain)
     EXPECT_EQ(rig.logic.games(), (std::vector<std::string>{"first", "4x4\\Evo"}));
     EXPECT_FALSE(rig.drive.registry().keyExists(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\4x4|Evo"));
     // Cancelling the prompt after a refusal adds nothing.
-    rig.drive.dialogs().chooseFiles({"D:\\Games\\4x4\\4x4.exe"}).typeInput(QStringLiteral("a|b"));
-    EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
+    EXPECT_EQ(rig.add("D:\\Games\\4x4\\4x4.exe", QStringLiteral("a|b")), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.logic.games().size(), 2u);
 }
 
-TEST(GameProfiles, shiftAddChecksTheTypedPath) {
+TEST(GameProfiles, shiftAddChecksTheTypedPathTakesHostPathsAndRefusesNamesOutsideTheCodePage) {
+    ScopedGameCodec western(GameCodec{});
     ProfilesRig rig;
     rig.drive.write("C:\\Games\\Evo\\4x4.exe", "MZ");
-    rig.logic.open();
     rig.logic.setAddShiftState(1);
     rig.drive.dialogs().typeInput(QStringLiteral("C:\\Games\\Evo\\missing.exe"));
     EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Unchanged);
     EXPECT_EQ(rig.lastMessage().title, "Read Error");
     EXPECT_EQ(rig.lastMessage().text, "File not found!");
+    EXPECT_EQ(rig.addTyped("c:\\games\\evo\\4X4.EXE", "Evo"), GameProfiles::AddOutcome::Added);
+    EXPECT_EQ(rig.addTyped(rig.drive.root() + "/games/EVO/4x4.exe", "Host"), GameProfiles::AddOutcome::Added);
+    EXPECT_EQ(rig.profile("Host", settings::kLocationExe), "C:\\games\\EVO\\4x4.exe");
+    EXPECT_EQ(rig.addTyped(rig.drive.root() + "/Games/Evo/4x4.exe", "Гонки"), GameProfiles::AddOutcome::Unchanged);
+    EXPECT_TRUE(rig.lastMessage().text.contains("\"Гонки\" cannot be written in the game's code page (windows-1252)"));
+    EXPECT_EQ(rig.logic.games().size(), 2u);
+}
 
-    rig.drive.dialogs().typeInput(QStringLiteral("c:\\games\\evo\\4X4.EXE")).typeInput(QStringLiteral("Evo"));
-    EXPECT_EQ(rig.logic.AddGame(false), GameProfiles::AddOutcome::Added);
+TEST(GameProfiles, shiftAddFindsACyrillicGameFolderInItsCodePage) {
+    ScopedGameCodec cyrillic(*GameCodec::forCodePage(1251));
+    ProfilesRig rig;
+    rig.drive.write(*encodeGameText(QStringLiteral("C:\\Игры\\Монстры\\MONSTER.EXE")), "MZ");
+    rig.logic.setAddShiftState(1);
+    ASSERT_EQ(rig.addTyped(QStringLiteral("c:\\игры\\монстры\\monster.exe"), QStringLiteral("Грузовики")),
+              GameProfiles::AddOutcome::Added);
+    EXPECT_EQ(rig.profile(*encodeGameText(QStringLiteral("Грузовики")), settings::kLocation),
+              *encodeGameText(QStringLiteral("c:\\игры\\монстры")));
 }
 
 TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
     ProfilesRig rig;
-    rig.logic.open();
     rig.add("C:\\Games\\MTM2\\monster.exe", QStringLiteral("MTM2"));
     rig.add("C:\\Games\\MTM2\\monster.exe", QStringLiteral("MTM2"));
     rig.logic.select(1);
@@ -110,21 +110,48 @@ TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
     EXPECT_EQ(rig.profile("MTM2", settings::kLocation), "C:\\Games\\MTM2"); // removed profiles keep their values
 }
 
-TEST(RepairGameRegistry, writesBothKeysForTheChosenFolder) {
+// Where the store is the registry, the values are written there; under Wine they are imported into
+// the prefix, or left in the offered file when Wine is missing.
+TEST(RepairGameRegistry, writesBothKeysForTheChosenFolderOrImportsThemIntoTheWinePrefix) {
+    QTemporaryDir work;
+    ScopedEnvironment wine("KORVEL_WINE", writeFakeWine(work).toUtf8());
+    ScopedEnvironment prefix("WINEPREFIX", work.filePath("prefix").toUtf8());
     TempDrive drive;
     SettingsStore store(drive.registry(), drive.dialogs());
-    Session session;
-    session.location = "C:\\Games\\MTM2";
-    EXPECT_FALSE(RepairGameRegistry(store, drive.dialogs(), session.location)); // cancelled: nothing written
+    std::string location = "C:\\Games\\MTM2";
+    const PathMap windows(true);
+    EXPECT_FALSE(RepairGameRegistry(store, drive.dialogs(), location, windows, work.filePath("reg"))); // cancelled
     EXPECT_FALSE(drive.registry().keyExists(RegistryRoot::LocalMachine, "SOFTWARE\\Microsoft"));
-
     drive.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
-    EXPECT_EQ(RepairGameRegistry(store, drive.dialogs(), session.location), "E:\\MTM2");
+    EXPECT_EQ(RepairGameRegistry(store, drive.dialogs(), location, windows, work.filePath("reg")), "E:\\MTM2");
     const std::string game = "SOFTWARE\\Microsoft\\Microsoft Games\\Monster Truck Madness\\2.0";
     const std::string lobby = "SOFTWARE\\Microsoft\\DirectPlay\\Applications\\Monster Truck Madness 2";
     for (const auto& [key, name] : {std::pair{game, "InstalledPath"}, {lobby, "CurrentDirectory"}, {lobby, "Path"}})
         EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, key, name), "E:\\MTM2") << name;
     EXPECT_EQ(drive.registry().readValue(RegistryRoot::LocalMachine, lobby, "CommandLine"), "");
+    EXPECT_FALSE(QFile::exists(work.filePath("wine-args"))); // the prefix is left alone
+    EXPECT_TRUE(drive.dialogs().messages().empty());
+
+    drive.dialogs().chooseFiles({"C:\\Games\\MTM \"2\"\\monster.exe"});
+    ASSERT_TRUE(RepairGameRegistry(store, drive.dialogs(), location, drive.paths(), work.filePath("reg")));
+    const QStringList args = QString::fromUtf8(fileBytes(work.filePath("wine-args"))).split('\n');
+    EXPECT_EQ(args.mid(0, 3), (QStringList{work.filePath("prefix"), "regedit", "/S"}));
+    const QString text = fromUtf16File(fileBytes(work.filePath("imported.reg")));
+    EXPECT_TRUE(text.startsWith("Windows Registry Editor Version 5.00\r\n"));
+    EXPECT_TRUE(text.contains("[HKEY_LOCAL_MACHINE\\" + QString::fromStdString(game) + "]\r\n\"Version\"=\"2.0\"\r\n"));
+    EXPECT_TRUE(text.contains("\"InstalledPath\"=\"C:\\\\Games\\\\MTM \\\"2\\\"\"\r\n")) << text.toStdString();
+    EXPECT_TRUE(text.contains("\"CurrentDirectory\"=\"C:\\\\Games\\\\MTM \\\"2\\\"\"\r\n\"Path\"=\"C:"));
+    EXPECT_EQ(drive.dialogs().lastMessage().icon, MessageIcon::Information);
+    EXPECT_TRUE(drive.dialogs().lastMessage().text.contains(work.filePath("prefix")));
+
+    ScopedEnvironment noWine("KORVEL_WINE", work.filePath("missing-wine").toUtf8());
+    drive.dialogs().chooseFiles({"C:\\Games\\MTM2\\monster.exe"});
+    ASSERT_TRUE(RepairGameRegistry(store, drive.dialogs(), location, drive.paths(), work.filePath("reg")));
+    const QString regFile = work.filePath("reg/mtm2-registry.reg");
+    EXPECT_EQ(drive.dialogs().lastMessage().icon, MessageIcon::Exclamation);
+    EXPECT_TRUE(drive.dialogs().lastMessage().text.contains("Wine was not found"));
+    EXPECT_TRUE(drive.dialogs().lastMessage().text.contains(regFile));
+    EXPECT_TRUE(fromUtf16File(fileBytes(regFile)).contains("\"InstalledPath\"=\"C:\\\\Games\\\\MTM2\""));
 }
 
 namespace {
@@ -136,85 +163,71 @@ struct BackupCase {
     std::vector<std::pair<std::string, std::string>> before; // backup folder: name, content
     std::vector<std::pair<std::string, std::string>> after;
     std::vector<std::string> absent;
-    const char* title;
     std::vector<QString> said;
     std::vector<QString> notSaid;
 };
-
-void PrintTo(const BackupCase& row, std::ostream* out) {
-    *out << row.name;
-}
 
 const std::string kOldIni = "1\r\nOLD.POD\r\n";
 const std::string kGameIni = "3\r\nTRUCKS.POD\r\nADDON\\MYTRACK.POD\r\nMISSING.POD\r\n"; // buildGameFolder's
 const QString kInFolder = QStringLiteral(" have been copied to \"C:\\Games\\MTM2\\backup\" just in case.");
 
-class MakeBackupsOnce : public ::testing::TestWithParam<BackupCase> {};
-
 } // namespace
 
-TEST_P(MakeBackupsOnce, keepsEveryEarlierBackupAndReportsWhatWasCopied) {
-    const BackupCase& row = GetParam();
-    TempDrive drive;
-    buildGameFolder(drive, {});
-    const std::string game = "C:\\Games\\MTM2";
-    for (const auto& [name, content] : row.before)
-        drive.write(game + "\\backup\\" + name, content);
-    const BackupReport report = MakeBackups(drive.files(), drive.dialogs(), game, QDate(2026, 11, 23));
-    for (const auto& [name, content] : row.after)
-        EXPECT_EQ(drive.read(game + "\\backup\\" + name), content) << name;
-    for (const std::string& name : row.absent)
-        EXPECT_FALSE(drive.exists(game + "\\backup\\" + name)) << name;
-    ASSERT_EQ(drive.dialogs().messages().size(), 1u);
-    EXPECT_EQ(drive.dialogs().lastMessage().title, row.title);
-    const QString text = drive.dialogs().lastMessage().text;
-    for (const QString& part : row.said)
-        EXPECT_TRUE(text.contains(part)) << text.toStdString() << "\n lacks: " << part.toStdString();
-    for (const QString& part : row.notSaid)
-        EXPECT_FALSE(text.contains(part)) << text.toStdString() << "\n has: " << part.toStdString();
-    EXPECT_EQ(report.failed.empty(), row.title == QStringLiteral("Information"));
+TEST(MakeBackups, keepsEveryEarlierBackupAndReportsWhatWasCopied) {
+    const std::string pro = samplePlayerPro(), ini = sampleMonsterIni();
+    const BackupCase cases[] = {
+        {"first backups",
+         {},
+         {{"POD.INI", kGameIni}, {"player.pro", pro}, {"monster.ini", ini}},
+         {"POD-2026-11-23.INI"},
+         {QStringLiteral("Bear in mind that, like any other piece of software, Korvel may not be perfect. To "
+                         "ensure that no harm comes to your game installation, backups of your key files "
+                         "(POD.INI, player.pro, and monster.ini)") +
+          kInFolder},
+         {QStringLiteral("kept"), QStringLiteral("already")}},
+        {"earlier different copies are kept and dated ones written",
+         {{"POD.INI", kOldIni}, {"player.pro", pro}},
+         {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", kGameIni}, {"player.pro", pro}, {"monster.ini", ini}},
+         {"player-2026-11-23.pro"},
+         {QStringLiteral("(POD-2026-11-23.INI and monster.ini)") + kInFolder,
+          QStringLiteral("The earlier backups there were kept"),
+          QStringLiteral("player.pro was already backed up there.")},
+         {}},
+        {"a second dated copy on the same day",
+         {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}},
+         {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}, {"POD-2026-11-23-2.INI", kGameIni}},
+         {},
+         {QStringLiteral("(POD-2026-11-23-2.INI, player.pro, and monster.ini)") + kInFolder},
+         {}},
+        {"identical copies are left alone",
+         {{"POD.INI", kGameIni}, {"player.pro", pro}, {"monster.ini", ini}},
+         {},
+         {"POD-2026-11-23.INI", "player-2026-11-23.pro", "monster-2026-11-23.ini"},
+         {QStringLiteral("(POD.INI, player.pro, and monster.ini) are already in")},
+         {QStringLiteral("have been copied")}},
+    };
+    for (const BackupCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        TempDrive drive;
+        buildGameFolder(drive, {});
+        const std::string backup = "C:\\Games\\MTM2\\backup\\";
+        for (const auto& [name, content] : row.before)
+            drive.write(backup + name, content);
+        const BackupReport report = MakeBackups(drive.files(), drive.dialogs(), "C:\\Games\\MTM2", QDate(2026, 11, 23));
+        for (const auto& [name, content] : row.after)
+            EXPECT_EQ(drive.read(backup + name), content) << name;
+        for (const std::string& name : row.absent)
+            EXPECT_FALSE(drive.exists(backup + name)) << name;
+        ASSERT_EQ(drive.dialogs().messages().size(), 1u);
+        EXPECT_EQ(drive.dialogs().lastMessage().title, "Information");
+        const QString text = drive.dialogs().lastMessage().text;
+        for (const QString& part : row.said)
+            EXPECT_TRUE(text.contains(part)) << text.toStdString() << "\n lacks: " << part.toStdString();
+        for (const QString& part : row.notSaid)
+            EXPECT_FALSE(text.contains(part)) << text.toStdString() << "\n has: " << part.toStdString();
+        EXPECT_TRUE(report.failed.empty());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Backups, MakeBackupsOnce,
-    ::testing::Values(
-        BackupCase{"firstBackups",
-                   {},
-                   {{"POD.INI", kGameIni}, {"player.pro", samplePlayerPro()}, {"monster.ini", sampleMonsterIni()}},
-                   {"POD-2026-11-23.INI"},
-                   "Information",
-                   {QStringLiteral("Bear in mind that, like any other piece of software, Korvel may not be perfect. To "
-                                   "ensure that no harm comes to your game installation, backups of your key files "
-                                   "(POD.INI, player.pro, and monster.ini)") +
-                    kInFolder},
-                   {QStringLiteral("kept"), QStringLiteral("already")}},
-        BackupCase{"earlierDifferentCopiesAreKeptAndDatedOnesWritten",
-                   {{"POD.INI", kOldIni}, {"player.pro", samplePlayerPro()}},
-                   {{"POD.INI", kOldIni},
-                    {"POD-2026-11-23.INI", kGameIni},
-                    {"player.pro", samplePlayerPro()},
-                    {"monster.ini", sampleMonsterIni()}},
-                   {"player-2026-11-23.pro"},
-                   "Information",
-                   {QStringLiteral("(POD-2026-11-23.INI and monster.ini)") + kInFolder,
-                    QStringLiteral("The earlier backups there were kept"),
-                    QStringLiteral("player.pro was already backed up there.")},
-                   {}},
-        BackupCase{"aSecondDatedCopyOnTheSameDay",
-                   {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}},
-                   {{"POD.INI", kOldIni}, {"POD-2026-11-23.INI", "0\r\n"}, {"POD-2026-11-23-2.INI", kGameIni}},
-                   {},
-                   "Information",
-                   {QStringLiteral("(POD-2026-11-23-2.INI, player.pro, and monster.ini)") + kInFolder},
-                   {}},
-        BackupCase{"identicalCopiesAreLeftAlone",
-                   {{"POD.INI", kGameIni}, {"player.pro", samplePlayerPro()}, {"monster.ini", sampleMonsterIni()}},
-                   {},
-                   {"POD-2026-11-23.INI", "player-2026-11-23.pro", "monster-2026-11-23.ini"},
-                   "Information",
-                   {QStringLiteral("(POD.INI, player.pro, and monster.ini) are already in")},
-                   {QStringLiteral("have been copied")}}),
-    [](const ::testing::TestParamInfo<BackupCase>& info) { return std::string(info.param.name); });
 
 TEST(MakeBackups, saysSoWhenNothingCouldBeCopied) {
     TempDrive drive;

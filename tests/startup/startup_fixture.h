@@ -49,4 +49,19 @@ struct StartupRig {
     const ScriptedDialogs::Shown& lastMessage() { return drive.dialogs().lastMessage(); }
 };
 
+// The profiles dialog's logic, open on the rig's store.
+struct ProfilesRig : StartupRig {
+    ProfilesRig() { logic.open(); }
+    // Adds through the file dialog (or, after setAddShiftState(1), the typed path) and the name prompt.
+    GameProfiles::AddOutcome add(const std::string& exe, std::optional<QString> name) {
+        drive.dialogs().chooseFiles({exe}).typeInput(std::move(name));
+        return logic.AddGame(false);
+    }
+    GameProfiles::AddOutcome addTyped(const QString& exe, const QString& name) {
+        drive.dialogs().typeInput(exe).typeInput(name);
+        return logic.AddGame(false);
+    }
+    GameProfiles logic{store, drive.files(), drive.dialogs(), session};
+};
+
 } // namespace korvel::testing

@@ -1,3 +1,5 @@
+#include "fake_wine.h"
+#include "platform/game_codec.h"
 #include "startup/default_track_list.h"
 #include "startup/version_text.h"
 #include "startup_fixture.h"
@@ -82,12 +84,11 @@ TEST(Startup, picksTheProfileFromTheCommandLine) {
 }
 
 TEST(Startup, replacesInvalidSettingsWithTheirDefaults) {
-    const std::vector<std::tuple<std::string_view, std::string, std::string>> cases = {
-        {settings::kSlider, "739", "3060"},  {settings::kSlider, "5381", "3060"},  {settings::kSlider, "740", "740"},
-        {settings::kSlider, "5380", "5380"}, {settings::kSlider, "12abc", "3060"}, {settings::kLeft, "-1", "915"},
-        {settings::kLeft, "0", "0"},         {settings::kTop, "x", "1200"},        {settings::kScreen, "m", "M"},
-        {settings::kLock, "3", "3"},         {settings::kLock, "4", "0"},          {settings::kSlide, "2", "1"},
-    };
+    using namespace settings;
+    const std::tuple<std::string_view, std::string, std::string> cases[] = {
+        {kSlider, "739", "3060"},   {kSlider, "5381", "3060"}, {kSlider, "740", "740"}, {kSlider, "5380", "5380"},
+        {kSlider, "12abc", "3060"}, {kLeft, "-1", "915"},      {kLeft, "0", "0"},       {kTop, "x", "1200"},
+        {kScreen, "m", "M"},        {kLock, "3", "3"},         {kLock, "4", "0"},       {kSlide, "2", "1"}};
     StartupRig rig;
     rig.addProfile("MTM2", "C:\\Games\\MTM2");
     for (const auto& [name, stored, expected] : cases) {
@@ -95,6 +96,24 @@ TEST(Startup, replacesInvalidSettingsWithTheirDefaults) {
         ASSERT_EQ(rig.relaunch(), StartupResult::ShowMainWindow);
         EXPECT_EQ(rig.profile("MTM2", name), expected) << name << " = " << stored;
     }
+}
+
+TEST(Startup, makesTheProfilesCodePageTheActiveOneAndReportsAnUnknownOne) {
+    ScopedGameCodec restore(GameCodec{});
+    ScopedEnvironment noOverride("KORVEL_CODEPAGE", QByteArray());
+    StartupRig rig;
+    rig.addProfile("MTM2", "C:\\Games\\MTM2");
+    for (const auto& [stored, active] : {std::pair{"cp1250", 1250}, {"1251", 1251}}) {
+        rig.store.writeProfile("MTM2", settings::kCodePage, stored);
+        ASSERT_EQ(rig.relaunch(), StartupResult::ShowMainWindow);
+        EXPECT_EQ(GameCodec::active().codePage(), active);
+    }
+    rig.store.writeProfile("MTM2", settings::kCodePage, "cp9999");
+    const size_t before = rig.drive.dialogs().messages().size();
+    ASSERT_EQ(rig.relaunch(), StartupResult::ShowMainWindow);
+    ASSERT_GT(rig.drive.dialogs().messages().size(), before);
+    EXPECT_TRUE(rig.drive.dialogs().messages()[before].text.contains("\"cp9999\""));
+    EXPECT_NE(GameCodec::active().codePage(), 1251); // back to the system's
 }
 
 TEST(Startup, endsWhenRelocatingAGameWhoseFilesAreGoneIsCancelled) {
@@ -139,48 +158,29 @@ TEST(FileAssociation, registersAtStartupAndUnregisteringLeavesTheKeys) {
     }
 }
 
-TEST(FileAssociation, desktopEntryQuotesTheProgramAndUnregisteringStopsClaimingTheType) {
-    TempDrive drive;
+TEST(FileAssociation, claimsGameArchivesByTheirSignatureLeavesPerlDocumentationAloneAndUnregistersWholly) {
+    StartupRig rig;
     QTemporaryDir home;
-    SettingsStore store(drive.registry(), drive.dialogs());
-    FileAssociation association(store, drive.paths(), {"/opt/My \"Tools\"/korvel", true, home.path(), false});
-    const auto entry = [&] {
-        QFile file(association.desktopEntryPath());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
+    FileAssociation association(rig.store, rig.drive.paths(), {"/opt/My \"Tools\"/korvel", true, home.path(), true});
     association.associate();
-    EXPECT_TRUE(entry().contains("Exec=\"/opt/My \\\\\"Tools\\\\\"/korvel\" %f\n"));
-    EXPECT_TRUE(entry().contains("MimeType=application/x-pod-archive;"));
-    association.dissociate();
-    EXPECT_FALSE(QFile::exists(association.mimePackagePath()));
-    EXPECT_FALSE(QFile::exists(association.desktopEntryPath()));
-}
-
-TEST(FileAssociation, claimsGameArchivesByTheirSignatureAndLeavesPerlDocumentationAlone) {
-    TempDrive drive;
-    QTemporaryDir home;
-    SettingsStore store(drive.registry(), drive.dialogs());
-    FileAssociation association(store, drive.paths(), {"/opt/korvel", true, home.path(), true});
-    association.associate();
-    QFile package(association.mimePackagePath());
-    ASSERT_TRUE(package.open(QIODevice::ReadOnly));
-    const QByteArray xml = package.readAll();
+    const QByteArray entry = fileBytes(association.desktopEntryPath());
+    EXPECT_TRUE(entry.contains("Exec=\"/opt/My \\\\\"Tools\\\\\"/korvel\" %f\n"));
+    EXPECT_TRUE(entry.contains("MimeType=application/x-pod-archive;"));
+    const QByteArray xml = fileBytes(association.mimePackagePath());
     EXPECT_TRUE(xml.contains("<match type=\"string\" value=\"POD2\" offset=\"0\"/>"));
     const QRegularExpressionMatch glob = QRegularExpression("glob pattern=\"\\*\\.pod\" weight=\"(\\d+)\"").match(xml);
     ASSERT_TRUE(glob.hasMatch());
     EXPECT_LT(glob.captured(1).toInt(), 50); // the default weight of Perl's "*.pod"
 
-    if (QStandardPaths::findExecutable("update-mime-database").isEmpty())
-        GTEST_SKIP() << "no MIME database tools";
-    QFile globs(home.filePath("mime/globs2"));
-    ASSERT_TRUE(globs.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(globs.readAll().contains(":application/x-pod-archive:*.pod"));
+    const bool tools = !QStandardPaths::findExecutable("update-mime-database").isEmpty();
+    if (tools) {
+        EXPECT_TRUE(fileBytes(home.filePath("mime/globs2")).contains(":application/x-pod-archive:*.pod"));
+    }
     const QString gio = QStandardPaths::findExecutable("gio");
-    if (!gio.isEmpty()) {
+    if (tools && !gio.isEmpty()) {
         const auto contentType = [&](const QString& name, const QByteArray& bytes) {
             QFile file(home.filePath(name));
-            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(bytes);
+            EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
             file.close();
             QProcess process;
             QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -196,7 +196,7 @@ TEST(FileAssociation, claimsGameArchivesByTheirSignatureAndLeavesPerlDocumentati
                   "application/x-pod-archive");
     }
     association.dissociate();
-    globs.close();
-    ASSERT_TRUE(globs.open(QIODevice::ReadOnly));
-    EXPECT_FALSE(globs.readAll().contains("application/x-pod-archive"));
+    EXPECT_FALSE(QFile::exists(association.mimePackagePath()));
+    EXPECT_FALSE(QFile::exists(association.desktopEntryPath()));
+    EXPECT_FALSE(fileBytes(home.filePath("mime/globs2")).contains("application/x-pod-archive"));
 }

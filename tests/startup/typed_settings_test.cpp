@@ -27,89 +27,49 @@ struct Profile {
     ProgramSettings program{store};
 };
 
-// A stored text and what a reader makes of it ("Error" stands for a value never written).
-template <typename T> struct ReadRow {
-    std::string_view name;
-    std::string stored;
-    T expected;
-};
-
-void store(Profile& p, std::string_view name, const std::string& text) {
-    if (text != settings::kError)
-        p.set(name, text);
+template <typename T> std::optional<int> number(const std::optional<T>& value) {
+    return value ? std::optional<int>(static_cast<int>(*value)) : std::nullopt;
 }
 
 } // namespace
 
-TEST(ProfileSettings, readsSwitchesByTheirOwnClassicRules) {
-    using Read = std::function<bool(const ProfileSettings&)>;
-    const std::vector<std::pair<ReadRow<bool>, Read>> rows = {
-        {{settings::kSlide, "1", true}, &ProfileSettings::slide},
-        {{settings::kSlide, " 1.0", true}, &ProfileSettings::slide}, // compared as a number
-        {{settings::kSlide, "2", false}, &ProfileSettings::slide},
-        {{settings::kSlide, "Error", false}, &ProfileSettings::slide},
-        {{settings::kAutosort, "-1", true}, &ProfileSettings::autosort}, // any non-zero number
-        {{settings::kAutosort, "true", true}, &ProfileSettings::autosort},
-        {{settings::kAutosort, "0", false}, &ProfileSettings::autosort},
-        {{settings::kAutosort, "Error", false}, &ProfileSettings::autosort},
-        {{settings::kBrowse, "0", false}, &ProfileSettings::browse},
-        {{settings::kBrowse, "Error", true}, &ProfileSettings::browse}, // anything but "0"
-        {{settings::kConfigurator, "True", true}, &ProfileSettings::configurator},
-        {{settings::kConfigurator, "true", false}, &ProfileSettings::configurator}, // exact text
-        {{settings::kConfigurator, "1", false}, &ProfileSettings::configurator},
-        {{settings::kFirstRun, "0", false}, &ProfileSettings::firstRun},
-        {{settings::kFirstRun, "Error", true}, &ProfileSettings::firstRun},
-        {{settings::kFirstRun, "00", true}, &ProfileSettings::firstRun},
+// Each reader with stored texts and what it makes of them ("Error" stands for a value never written;
+// no number: no choice).
+TEST(ProfileSettings, readsEverySettingByItsOwnClassicRules) {
+    using Read = std::function<std::optional<int>(const ProfileSettings&)>;
+    const int None = int(ScreenLock::None), Extractor = int(ScreenLock::Extractor);
+    const struct {
+        std::string_view name;
+        Read read;
+        std::vector<std::pair<std::string, std::optional<int>>> rows;
+    } readers[] = {
+        // "1" compared as a number
+        {settings::kSlide, &ProfileSettings::slide, {{"1", 1}, {" 1.0", 1}, {"2", 0}, {"Error", 0}}},
+        // any non-zero number
+        {settings::kAutosort, &ProfileSettings::autosort, {{"-1", 1}, {"true", 1}, {"0", 0}, {"Error", 0}}},
+        {settings::kBrowse, &ProfileSettings::browse, {{"0", 0}, {"Error", 1}}}, // anything but "0"
+        {settings::kConfigurator, &ProfileSettings::configurator, {{"True", 1}, {"true", 0}, {"1", 0}}}, // exact
+        {settings::kFirstRun, &ProfileSettings::firstRun, {{"0", 0}, {"Error", 1}, {"00", 1}}},
+        {settings::kLock,
+         [](const ProfileSettings& p) { return number(p.lock()); },
+         {{"Error", None}, {"2", Extractor}, {"3abc", int(ScreenLock::Mounter)}, {"4", {}}, {"1.5", {}}}},
+        {settings::kScreen,
+         [](const ProfileSettings& p) { return number(p.screen()); },
+         {{"C", int(StartScreen::Configurator)}, {"E", int(StartScreen::Extractor)}, {"m", {}}, {"Error", {}}}},
+        {settings::kFlat,
+         [](const ProfileSettings& p) { return number(p.flatButtons()); },
+         {{"1", 1}, {"0", 0}, {"1.0", {}}, {"Error", {}}}},
+        {settings::kLeft, &ProfileSettings::left, {{"1500", 1500}, {"12abc", 12}, {"Error", 0}}},
+        {settings::kTop, &ProfileSettings::top, {{"-40", -40}, {"2.6", 3}}},
+        {settings::kSlider, &ProfileSettings::slider, {{"99999999999", INT_MAX}}},
     };
-    for (const auto& [row, read] : rows) {
-        Profile p;
-        store(p, row.name, row.stored);
-        EXPECT_EQ(read(p.profile), row.expected) << row.name << "=" << row.stored;
-    }
-}
-
-TEST(ProfileSettings, readsChoicesAndNumbersWithNoChoiceForUnknownTexts) {
-    const std::vector<ReadRow<std::optional<ScreenLock>>> locks = {
-        {settings::kLock, "Error", ScreenLock::None}, // missing reads as 0
-        {settings::kLock, "2", ScreenLock::Extractor}, {settings::kLock, "3abc", ScreenLock::Mounter},
-        {settings::kLock, "4", std::nullopt},          {settings::kLock, "1.5", std::nullopt},
-    };
-    for (const auto& row : locks) {
-        Profile p;
-        store(p, row.name, row.stored);
-        EXPECT_EQ(p.profile.lock(), row.expected) << row.stored;
-    }
-    const std::vector<ReadRow<std::optional<StartScreen>>> screens = {
-        {settings::kScreen, "C", StartScreen::Configurator},
-        {settings::kScreen, "E", StartScreen::Extractor},
-        {settings::kScreen, "m", std::nullopt}, // exact letter
-        {settings::kScreen, "Error", std::nullopt},
-    };
-    for (const auto& row : screens) {
-        Profile p;
-        store(p, row.name, row.stored);
-        EXPECT_EQ(p.profile.screen(), row.expected) << row.stored;
-    }
-    const std::vector<ReadRow<std::optional<bool>>> flats = {{settings::kFlat, "1", true},
-                                                             {settings::kFlat, "0", false},
-                                                             {settings::kFlat, "1.0", std::nullopt},
-                                                             {settings::kFlat, "Error", std::nullopt}};
-    for (const auto& row : flats) {
-        Profile p;
-        store(p, row.name, row.stored);
-        EXPECT_EQ(p.profile.flatButtons(), row.expected) << row.stored;
-    }
-    const std::vector<ReadRow<int>> numbers = {
-        {settings::kLeft, "1500", 1500}, {settings::kLeft, "12abc", 12}, {settings::kLeft, "Error", 0},
-        {settings::kTop, "-40", -40},    {settings::kTop, "2.6", 3},     {settings::kSlider, "99999999999", INT_MAX},
-    };
-    for (const auto& row : numbers) {
-        Profile p;
-        store(p, row.name, row.stored);
-        const int read = row.name == settings::kLeft  ? p.profile.left()
-                         : row.name == settings::kTop ? p.profile.top()
-                                                      : p.profile.slider();
-        EXPECT_EQ(read, row.expected) << row.name << "=" << row.stored;
+    for (const auto& reader : readers) {
+        for (const auto& [stored, expected] : reader.rows) {
+            Profile p;
+            if (stored != settings::kError)
+                p.set(reader.name, stored);
+            EXPECT_EQ(reader.read(p.profile), expected) << reader.name << "=" << stored;
+        }
     }
 }
 
@@ -126,8 +86,17 @@ TEST(ProfileSettings, readsAutosaveSwitchesOnlyFromAOne) {
     EXPECT_FALSE(switches.monsterOnChange());
 }
 
-TEST(ProfileSettings, writesTheStoredFormsByteForByte) {
+TEST(ProfileSettings, writesTheStoredFormsByteForByteAndReadsMissingListsAsNothing) {
     Profile p;
+    EXPECT_FALSE(p.program.installedGames().has_value());
+    EXPECT_FALSE(p.program.trackList().has_value());
+    EXPECT_FALSE(p.program.associateChoice().has_value());
+    EXPECT_FALSE(p.profile.location().has_value());
+    EXPECT_TRUE(p.profile.extraDirs().empty());
+    EXPECT_TRUE(p.profile.recent().empty());
+    p.store.writeProgram(settings::kAssociate, "yes");
+    EXPECT_FALSE(p.program.associateChoice().has_value());
+
     AutosaveSwitches switches;
     switches.player = switches.onExit = true;
     p.profile.setAutosave(switches);
@@ -137,19 +106,21 @@ TEST(ProfileSettings, writesTheStoredFormsByteForByte) {
     p.profile.setExtraDirs({});
     p.profile.setRecent({});
     p.program.setInstalledGames({});
-    p.program.setAssociate(true);
+    p.program.setAssociate(false);
     const std::vector<std::pair<std::string_view, std::string>> expected = {
         {settings::kAsPod, "0"},    {settings::kAsPlayer, "1"}, {settings::kAsMonster, "0"},
         {settings::kAsChange, "0"}, {settings::kAsExit, "1"},   {settings::kConfigurator, "False"},
         {settings::kLock, "2"},     {settings::kLeft, "-15"},   {settings::kTop, "0"},
-        {settings::kRecent, "|"},
-    };
+        {settings::kRecent, "|"}};
     for (const auto& [name, text] : expected)
         EXPECT_EQ(p.get(name), text) << name;
     // Reads stop at a NUL: the empty folder list is checked as stored.
     EXPECT_EQ(p.drive.registry().readValue(RegistryRoot::CurrentUser, "Software\\Dunmere\\Korvel\\MTM2", "ExtraDirs"),
               std::string(1, '\0'));
     EXPECT_EQ(p.store.readProgram(settings::kInstalledGames), "Error"); // an empty list
+    EXPECT_EQ(p.store.readProgram(settings::kAssociate), "0");
+    EXPECT_EQ(p.program.associateChoice(), false);
+    p.program.setAssociate(true);
     EXPECT_EQ(p.store.readProgram(settings::kAssociate), "1");
 
     p.profile.setExtraDirs({"C:\\A", "D:\\B"});
@@ -160,20 +131,6 @@ TEST(ProfileSettings, writesTheStoredFormsByteForByte) {
     EXPECT_EQ(p.profile.extraDirs(), (std::vector<std::string>{"C:\\A", "D:\\B"}));
     EXPECT_EQ(p.profile.recent(), (std::vector<std::string>{"C:\\x.pod", "D:\\y.pod"}));
     EXPECT_EQ(p.program.installedGames(), (std::vector<std::string>{"MTM2", "Evo"}));
-}
-
-TEST(ProfileSettings, missingListsAndPathsReadAsNothing) {
-    Profile p;
-    EXPECT_FALSE(p.program.installedGames().has_value());
-    EXPECT_FALSE(p.program.trackList().has_value());
-    EXPECT_FALSE(p.program.associateChoice().has_value());
-    EXPECT_FALSE(p.profile.location().has_value());
-    EXPECT_TRUE(p.profile.extraDirs().empty());
-    EXPECT_TRUE(p.profile.recent().empty());
-    p.store.writeProgram(settings::kAssociate, "yes");
-    EXPECT_FALSE(p.program.associateChoice().has_value());
-    p.store.writeProgram(settings::kAssociate, "0");
-    EXPECT_EQ(p.program.associateChoice(), false);
 }
 
 TEST(ProfileSettings, repairReplacesOnlyFailingValuesAndBrowsesFromTheGameFolderByDefault) {
@@ -222,25 +179,20 @@ TEST(WebAddresses, areStoredTrimmedAndTheEnvironmentOverridesEachOne) {
 }
 
 TEST(WebAddresses, acceptOnlyWebAndMailAddressesOrNothing) {
-    const struct {
-        WebAddress which;
-        const char* text;
-        bool usable;
-    } rows[] = {{WebAddress::TrackSite, "", true},
-                {WebAddress::TrackSite, "https://tracks.test/mtm2/", true},
-                {WebAddress::TrackList, "http://tracks.test/list.txt", true},
-                {WebAddress::Home, "HTTPS://korvel.test", true},
-                {WebAddress::TrackSite, "tracks.test/mtm2", false},
-                {WebAddress::TrackList, "ftp://tracks.test/list.txt", false},
-                {WebAddress::Home, "https://", false},
-                {WebAddress::Home, "file:///etc/passwd", false},
-                {WebAddress::Support, "", true},
-                {WebAddress::Support, "help@korvel.test", true},
-                {WebAddress::Support, "help at korvel.test", false},
-                {WebAddress::Support, "help@", false},
-                {WebAddress::Support, "a@b@c", false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(!addressProblem(row.which, QString::fromLatin1(row.text)).has_value(), row.usable);
-    }
+    using W = WebAddress;
+    const std::tuple<WebAddress, const char*, bool> rows[] = {{W::TrackSite, "", true},
+                                                              {W::TrackSite, "https://tracks.test/mtm2/", true},
+                                                              {W::TrackList, "http://tracks.test/list.txt", true},
+                                                              {W::Home, "HTTPS://korvel.test", true},
+                                                              {W::TrackSite, "tracks.test/mtm2", false},
+                                                              {W::TrackList, "ftp://tracks.test/list.txt", false},
+                                                              {W::Home, "https://", false},
+                                                              {W::Home, "file:///etc/passwd", false},
+                                                              {W::Support, "", true},
+                                                              {W::Support, "help@korvel.test", true},
+                                                              {W::Support, "help at korvel.test", false},
+                                                              {W::Support, "help@", false},
+                                                              {W::Support, "a@b@c", false}};
+    for (const auto& [which, text, usable] : rows)
+        EXPECT_EQ(!addressProblem(which, QString::fromLatin1(text)).has_value(), usable) << text;
 }

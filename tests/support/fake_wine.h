@@ -51,6 +51,12 @@ inline QString writeFakeWine(const QTemporaryDir& dir, int exitStatus = 0) {
     return script;
 }
 
+// A file's bytes; empty when it cannot be read.
+inline QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // UTF-16LE text after a byte-order mark.
 inline QString fromUtf16File(const QByteArray& bytes) {
     return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData() + 2), (bytes.size() - 2) / 2);

@@ -1,7 +1,6 @@
 #include "pod_writer.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace korvel::testing {
 
@@ -18,35 +17,6 @@ std::int32_t getInt32(const std::string& bytes, size_t offset) {
     for (int i = 0; i < 4; ++i)
         v |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[offset + i])) << (8 * i);
     return static_cast<std::int32_t>(v);
-}
-
-PodWriter& PodWriter::comment(std::string text) {
-    m_comment = std::move(text);
-    return *this;
-}
-
-PodWriter& PodWriter::add(std::string name, std::string data) {
-    return add(Entry{std::move(name), std::move(data), {}, {}});
-}
-
-PodWriter& PodWriter::add(Entry entry) {
-    m_entries.push_back(std::move(entry));
-    return *this;
-}
-
-PodWriter& PodWriter::count(std::int32_t value) {
-    m_count = value;
-    return *this;
-}
-
-PodWriter& PodWriter::magic(std::string value) {
-    m_magic = std::move(value);
-    return *this;
-}
-
-PodWriter& PodWriter::trailer(std::string bytes) {
-    m_trailer = std::move(bytes);
-    return *this;
 }
 
 namespace {
@@ -73,7 +43,7 @@ std::string PodWriter::pod1() const {
         out += numbers;
         data += entry.data;
     }
-    return out + data + m_trailer;
+    return out + data;
 }
 
 std::string PodWriter::pod2() const {
@@ -102,7 +72,7 @@ std::string PodWriter::pod2() const {
         out += record;
         data += entry.data;
     }
-    return out + names + data + m_trailer;
+    return out + names + data;
 }
 
 std::string trackInfoText(int raceLine, const std::string& raceCode, const std::string& line4) {

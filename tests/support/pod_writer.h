@@ -20,15 +20,13 @@ public:
         std::optional<std::int32_t> start; // stored offset instead of the real one
     };
 
-    PodWriter& comment(std::string text);
-    PodWriter& add(std::string name, std::string data);
-    PodWriter& add(Entry entry);
+    PodWriter& comment(std::string text) { return m_comment = std::move(text), *this; }
+    PodWriter& add(std::string name, std::string data) { return add(Entry{std::move(name), std::move(data), {}, {}}); }
+    PodWriter& add(Entry entry) { return m_entries.push_back(std::move(entry)), *this; }
     // Header count instead of the number of entries.
-    PodWriter& count(std::int32_t value);
+    PodWriter& count(std::int32_t value) { return m_count = value, *this; }
     // POD2 magic instead of "POD2" (e.g. "pod2" or "POD3").
-    PodWriter& magic(std::string value);
-    // Bytes appended at the very end of the archive.
-    PodWriter& trailer(std::string bytes);
+    PodWriter& magic(std::string value) { return m_magic = std::move(value), *this; }
 
     std::string pod1() const;
     std::string pod2() const;
@@ -40,7 +38,6 @@ private:
     std::vector<Entry> m_entries;
     std::optional<std::int32_t> m_count;
     std::string m_magic = "POD2";
-    std::string m_trailer;
 };
 
 // Little-endian helpers for fixtures that patch bytes by hand.

@@ -34,10 +34,12 @@ public:
         bool multiSelect = false;
     };
 
-    ScriptedDialogs& answer(MessageAnswer answer);
-    ScriptedDialogs& typeInput(std::optional<QString> text);
-    ScriptedDialogs& chooseFiles(std::vector<std::string> gamePaths);
-    ScriptedDialogs& chooseFolder(std::optional<std::string> gamePath);
+    ScriptedDialogs& answer(MessageAnswer answer) { return m_answers.push_back(answer), *this; }
+    ScriptedDialogs& typeInput(std::optional<QString> text) { return m_inputs.push_back(std::move(text)), *this; }
+    ScriptedDialogs& chooseFiles(std::vector<std::string> paths) { return m_files.push_back(std::move(paths)), *this; }
+    ScriptedDialogs& chooseFolder(std::optional<std::string> path) {
+        return m_folders.push_back(std::move(path)), *this;
+    }
 
     MessageAnswer message(const QString& title, const QString& text, MessageIcon icon,
                           MessageButtons buttons = MessageButtons::Ok) override;
@@ -56,6 +58,15 @@ public:
     std::function<void(const Shown&)> whileShown;
 
 private:
+    // The queue's next answer, or `cautious` (counted as unscripted) when it is empty.
+    template <typename T> T next(std::deque<T>& queue, T cautious = {}) {
+        if (queue.empty())
+            return ++m_unscripted, cautious;
+        T answer = std::move(queue.front());
+        queue.pop_front();
+        return answer;
+    }
+
     std::deque<MessageAnswer> m_answers;
     std::deque<std::optional<QString>> m_inputs;
     std::deque<std::vector<std::string>> m_files;

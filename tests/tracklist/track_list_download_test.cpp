@@ -12,20 +12,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class TrackListDownloadTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "tracklist_tests";
-        static char* argv[] = {name, nullptr};
-        if (!QCoreApplication::instance())
-            new QCoreApplication(argc, argv);
-    }
-};
+// The network layer needs an application object.
+void ensureApplication() {
+    static int argc = 1;
+    static char name[] = "tracklist_tests";
+    static char* argv[] = {name, nullptr};
+    if (!QCoreApplication::instance())
+        new QCoreApplication(argc, argv);
+}
 
 } // namespace
 
-TEST_F(TrackListDownloadTest, deliversEveryBodyTheServerSendsUnmarkedAndEmptyOnesIncluded) {
+TEST(TrackListDownload, deliversEveryBodyTheServerSendsUnmarkedAndEmptyOnesIncluded) {
+    ensureApplication();
     for (const QByteArray& body :
          {QByteArray("QXMTL$A|Rumble|a.zip"), QByteArray("<html>moved</html>"), QByteArray()}) {
         LoopbackHttpServer server(body);
@@ -37,7 +36,8 @@ TEST_F(TrackListDownloadTest, deliversEveryBodyTheServerSendsUnmarkedAndEmptyOne
     EXPECT_FALSE(fetchTrackList(huge.url(), 10s).ok);
 }
 
-TEST_F(TrackListDownloadTest, silentServerTimesOutAndRefusedConnectionFailsAtOnce) {
+TEST(TrackListDownload, silentServerTimesOutAndRefusedConnectionFailsAtOnce) {
+    ensureApplication();
     LoopbackHttpServer silent("", /*silent=*/true);
     QElapsedTimer clock;
     clock.start();

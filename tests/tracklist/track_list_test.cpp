@@ -1,3 +1,4 @@
+#include "fake_wine.h"
 #include "startup/default_track_list.h"
 #include "startup/settings_names.h"
 #include "startup/settings_store.h"
@@ -9,9 +10,16 @@
 #include <gtest/gtest.h>
 
 using namespace korvel;
+using namespace korvel::testing;
 using Captions = std::vector<std::string>;
 
 namespace {
+
+struct ProgramStore {
+    ProgramStore() { store.CreateKey(std::string(settings::kProgramKey)); }
+    TempDrive drive;
+    SettingsStore store{drive.registry(), drive.dialogs()};
+};
 
 Captions captions(const TrackMenu& menu) {
     Captions out;
@@ -47,9 +55,9 @@ TEST(TrackList, menuEntriesCarryNameRaceTypeAndPath) {
 }
 
 TEST(TrackListUpdate, onlyAMarkedReplyReplacesTheListWholeEvenWhenEmpty) {
-    korvel::testing::TempDrive drive;
-    SettingsStore store{drive.registry(), drive.dialogs()};
-    store.CreateKey(std::string(settings::kProgramKey));
+    ProgramStore s;
+    TempDrive& drive = s.drive;
+    SettingsStore& store = s.store;
     store.writeProgram(settings::kTrackList, "Old|Race|o.zip");
     const auto update = [&](const TrackListReply& reply) {
         showTrackListUpdateOutcome(drive.dialogs(), storeTrackListReply(store, reply));
@@ -92,11 +100,10 @@ TEST(TrackListUpdate, lineBreaksOfTheReplyStayOutOfTheLastTracksAddress) {
 }
 
 TEST(TrackSite, takesTheStoredAddressesUnlessTheEnvironmentOverridesThem) {
-    korvel::testing::TempDrive drive;
-    SettingsStore store{drive.registry(), drive.dialogs()};
-    store.CreateKey(std::string(settings::kProgramKey));
-    qunsetenv("KORVEL_TRACK_SITE");
-    qunsetenv("KORVEL_TRACK_LIST_URL");
+    ProgramStore s;
+    SettingsStore& store = s.store;
+    ScopedEnvironment site("KORVEL_TRACK_SITE", QByteArray());
+    ScopedEnvironment list("KORVEL_TRACK_LIST_URL", QByteArray());
     // Nothing is built in: no site, no address.
     const TrackSite none = TrackSite::configured(store);
     EXPECT_FALSE(none.hasSite());
@@ -113,8 +120,6 @@ TEST(TrackSite, takesTheStoredAddressesUnlessTheEnvironmentOverridesThem) {
     qputenv("KORVEL_TRACK_SITE", "http://mirror.test/");
     qputenv("KORVEL_TRACK_LIST_URL", "http://mirror.test/l.txt");
     const TrackSite overridden = TrackSite::configured(store);
-    qunsetenv("KORVEL_TRACK_SITE");
-    qunsetenv("KORVEL_TRACK_LIST_URL");
     EXPECT_EQ(overridden.trackAddress("a.zip").toStdString(), "http://mirror.test/a.zip");
     EXPECT_EQ(overridden.listUrl, QUrl(QStringLiteral("http://mirror.test/l.txt")));
 }
