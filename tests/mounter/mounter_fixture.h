@@ -59,12 +59,14 @@ protected:
     QDateTime iniTime() const { return QFileInfo(drive.host(kIni)).lastModified(); }
     void autosaveOnChange() { session.autosave.pod = session.autosave.onChange = true; }
 
-    static std::string joined(const EntryList& list) {
+    // The rows' stored paths, or their statuses, joined by commas.
+    static std::string joined(const EntryList& list, std::string MountedEntry::*field = &MountedEntry::path) {
         std::string text;
         for (const MountedEntry& row : list.rows())
-            text += (text.empty() ? "" : ",") + row.path;
+            text += (text.empty() ? "" : ",") + row.*field;
         return text;
     }
+    static std::string statuses(const EntryList& list) { return joined(list, &MountedEntry::status); }
     // The rows an outcome asks a list's view to select; "keep" when it leaves the selection alone.
     static std::string selection(const Mounter::Selection& next) {
         if (!next.rows)

@@ -1,5 +1,7 @@
 #include "mounter_fixture.h"
 
+#include <QDir>
+
 using ScanUnmounted = MounterTest;
 
 TEST_F(ScanUnmounted, listsFirstLevelPodFilesSortedByTextHidingMountedOnesWhateverTheirCase) {
@@ -43,6 +45,45 @@ TEST_F(ScanUnmounted, findsNothingDirectlyInAGameFolderAtADriveRoot) {
     session.shortGameFolder = "C:\\";
     mounter().ScanUnmounted();
     EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\SUB.POD");
+}
+
+// One look at the folders serves both lists of a refresh, and only that refresh: archives added or
+// removed afterwards show in the next load or scan, whichever runs alone.
+TEST_F(ScanUnmounted, showsArchivesAddedOrRemovedAfterARefreshInTheNextLoadAndScan) {
+    archives({"ADDON\\GONE.POD", "ADDON\\OLD.POD"});
+    writeIni({"ADDON\\LATE.POD", "ADDON\\GONE.POD"});
+    ASSERT_TRUE(mounter().refreshBoth().ok());
+    EXPECT_EQ(statuses(mounter().mounted()), "Not found,Mounted");
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\OLD.POD");
+
+    archives({"ADDON\\LATE.POD", "ADDON\\NEW.POD"});
+    drive.remove(game("ADDON\\GONE.POD"));
+    mounter().refreshUnmounted();
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\NEW.POD,ADDON\\OLD.POD");
+    ASSERT_TRUE(mounter().LoadMountedList().ok());
+    EXPECT_EQ(statuses(mounter().mounted()), "Mounted,Not found");
+
+    drive.remove(game("ADDON\\NEW.POD"));
+    ASSERT_TRUE(mounter().refreshBoth().ok());
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\OLD.POD");
+    EXPECT_EQ(statuses(mounter().mounted()), "Mounted,Not found");
+}
+
+// Where names are case-sensitive, "Addon" and "ADDON" are two folders; their listings must not be
+// taken for one another although their stored paths read alike.
+TEST_F(ScanUnmounted, keepsFoldersWhoseNamesDifferOnlyInCaseApart) {
+    archives({"ADDON\\TWO.POD"});
+    const QString other = drive.host(kGame) + "/Addon";
+    ASSERT_TRUE(QDir().mkpath(other));
+    if (QFileInfo(other + "/TWO.POD").exists())
+        GTEST_SKIP() << "names ignore case on this file system";
+    QFile file(other + "/ONE.POD");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    writeIni({"ADDON\\TWO.POD"});
+    ASSERT_TRUE(mounter().refreshBoth().ok());
+    EXPECT_EQ(statuses(mounter().mounted()), "Mounted");
+    EXPECT_EQ(joined(mounter().unmounted()), "ADDON\\ONE.POD");
 }
 
 TEST(SplitterBounds, keepsTheBarBetween780And5370AndResetsOnRightRelease) {
