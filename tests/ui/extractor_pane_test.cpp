@@ -143,64 +143,31 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
 }
 
 TEST(ExtractorPane, everyFailedExtractionIsReportedAndThePaneWorksAgain) {
-    const std::string kOut = "C:\\Out";
-    const struct {
-        const char* name;
-        std::string entry;   // the second entry; the first, GOOD.BIN, always comes first
-        bool corrupt;        // the entry ends past the archive's end
-        bool extractTo;      // Extract To into C:\Out rather than the button into the game folder
-        bool outHoldsAFile;  // C:\Out exists and holds a file (so it counts as there)
-        std::string blocker; // a folder in the way of the entry's file
-        const char* title;
-        const char* text; // empty: any text
-    } cases[] = {
-        {"corrupt directory", "Z.BIN", true, false, false, "", "Read Error", "This POD appears to be corrupt!"},
-        {"Extract To an existing empty folder", "Z.BIN", false, true, false, "", "Unexpected Error", ""},
-        {"two folders deep", "DATA\\SUB\\Z.BIN", false, true, true, "", "Unexpected Error", ""},
-        {"a destination that cannot be written", "Z.BIN", false, false, false, "\\Z.BIN", "Unexpected Error", ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const bool corrupt : {true, false}) {
+        SCOPED_TRACE(corrupt ? "the entry ends past the archive's end" : "a folder stands in the entry's way");
         PaneFixture f("0");
         PodWriter writer;
         writer.add("GOOD.BIN", "good");
-        if (c.corrupt)
-            writer.add({c.entry, "bad", std::nullopt, 1 << 20});
+        if (corrupt)
+            writer.add({"Z.BIN", "bad", std::nullopt, 1 << 20});
         else
-            writer.add(c.entry, "zz");
+            writer.add("Z.BIN", "zz");
         f.drive.write(kGame + "\\BAD.POD", writer.pod1());
-        f.drive.write(kGame + "\\keep.txt", "x");
-        f.drive.makeFolder(kOut);
-        if (c.outHoldsAFile)
-            f.drive.write(kOut + "\\keep.txt", "x");
-        const std::string destination = c.extractTo ? kOut : kGame;
-        if (!c.blocker.empty())
-            f.drive.makeFolder(destination + c.blocker);
+        if (!corrupt)
+            f.drive.makeFolder(kGame + "\\Z.BIN");
         ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
         f.selectRows({0, 1});
-        if (c.extractTo) {
-            f.drive.dialogs().chooseFolder(kOut);
-            f.pane->extractTo();
-        } else {
-            f.extract();
-        }
+        f.extract();
         ASSERT_EQ(f.messages().size(), 1);
-        EXPECT_EQ(f.drive.dialogs().lastMessage().title, c.title);
-        EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Critical);
-        if (*c.text) {
-            EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.text);
-        } else {
-            EXPECT_FALSE(f.drive.dialogs().lastMessage().text.isEmpty());
-        }
-        // Rows before the failing one are written (none when the folder itself fails).
-        if (!(c.extractTo && !c.outHoldsAFile)) {
-            EXPECT_EQ(f.drive.read(destination + "\\GOOD.BIN"), "good");
-        }
+        const auto& shown = f.drive.dialogs().lastMessage();
+        EXPECT_EQ(shown.title, corrupt ? "Read Error" : "Unexpected Error");
+        EXPECT_EQ(shown.icon, korvel::MessageIcon::Critical);
+        EXPECT_TRUE(corrupt ? shown.text == "This POD appears to be corrupt!" : !shown.text.isEmpty());
+        EXPECT_EQ(f.drive.read(kGame + "\\GOOD.BIN"), "good"); // rows before the failing one are written
         // The four controls and the busy flag are back, and the next listing works at once.
         EXPECT_FALSE(f.pane->archiveBusy());
-        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExtract")->isEnabled());
-        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExport")->isEnabled());
-        EXPECT_TRUE(f.child<QListWidget>("fileBox")->isEnabled());
+        for (const char* name : {"cmdExtract", "cmdExport", "fileBox"})
+            EXPECT_TRUE(f.child(name)->isEnabled()) << name;
         EXPECT_TRUE(f.recent().combo()->isEnabled());
         EXPECT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
         EXPECT_EQ(f.messages().size(), 1);
@@ -322,8 +289,6 @@ TEST(ExtractorPaneTrackTools, convertAndCompatiblizeChangeOneByteOfADemoArchiveI
         std::string written; // text the archive holds afterwards
         QString message;
     } cases[] = {{"TRAXX.POD", "TRAXX.SIT", "mnuConvertTo_5", "Circuit", "Bomb Tag", "", ""},
-                 {"RALLY.POD", "MUDRALLY.SIT", "mnuConvertTo_1", "Rally (POD2)", "Drag (POD2)", "", ""},
-                 {"ADDON\\ARENA.POD", "ARENA.SIT", "mnuConvertTo_3", "Rumble (POD2)", "Rally (POD2)", "", ""},
                  {"TRUCKS.POD", "TRUCK\\BIGFOOT.TRK", "mnuCompatiblize", "Truck", "Truck", bigfoot6,
                   korvel::compatiblizedText()}};
     for (const auto& c : cases) {
