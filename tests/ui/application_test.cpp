@@ -1,6 +1,5 @@
 #include "configurator/widgets/configurator_pane.h"
 #include "palette/widgets/palette_window.h"
-#include "platform/wine.h"
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/listing_model.h"
 #include "pod/widgets/recent_archives_box.h"
@@ -45,7 +44,7 @@ void addGame(AppRig& rig, const std::string& asPod = "0", const std::string& asE
     rig.store.writeProfile(kGame, settings::kAsChange, "0");
 }
 
-TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLineAfterTheRecentList) {
+TEST(KorvelApplicationOpen, loadsEveryPaneListsTheArchiveNamedOnTheCommandLineAndGrowsItsListsWithTheWindow) {
     AppRig rig;
     addGame(rig);
     rig.drive.write(kFolder + "\\Data\\x.pod", PodWriter().add("A.BIN", "a").pod1());
@@ -63,6 +62,36 @@ TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLin
     EXPECT_EQ(rig.pane().splitterTop(), 2500);
     EXPECT_EQ(rig.window().findChild<ConfiguratorPane*>()->drivers().count(), 3);
     EXPECT_EQ(rig.window().findChild<TracksMenu*>()->entries().size(), 6u);
+    // The lists grow with the window, a hidden pane's when it comes up.
+    QApplication::processEvents();
+    const struct {
+        const char* name;
+        ui::Mode pane;
+        bool wider, taller;
+    } controls[] = {
+        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
+        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
+        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
+    };
+    std::vector<QSize> before;
+    for (const auto& c : controls)
+        before.push_back(rig.find(c.name)->size());
+    const QPoint mount = rig.find("cmdMount")->pos();
+    rig.window().ShowMounter("0");
+    rig.window().resize(rig.window().size() + QSize(250, 120));
+    QApplication::processEvents();
+    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
+    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
+        rig.window().showMode(mode, "0");
+        QApplication::processEvents();
+        for (size_t i = 0; i < std::size(controls); ++i) {
+            SCOPED_TRACE(controls[i].name);
+            if (controls[i].pane == mode) {
+                EXPECT_EQ(rig.find(controls[i].name)->size(),
+                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+            }
+        }
+    }
 }
 
 TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutosaveOrTheAnswerSays) {
@@ -214,44 +243,10 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     EXPECT_TRUE(rig.window().close());
 }
 
-TEST(KorvelApplicationWindow, itsListsGrowWithTheWindowAndAHiddenPanesWhenItComesUp) {
+TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesThroughTheLaunchCommandAndContinueOnlySaves) {
     AppRig rig;
     addGame(rig);
-    ASSERT_TRUE(rig.start());
-    QApplication::processEvents();
-    const struct {
-        const char* name;
-        ui::Mode pane;
-        bool wider, taller;
-    } controls[] = {
-        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
-        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
-        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
-    };
-    std::vector<QSize> before;
-    for (const auto& c : controls)
-        before.push_back(rig.find(c.name)->size());
-    const QPoint mount = rig.find("cmdMount")->pos();
-    rig.window().ShowMounter("0");
-    rig.window().resize(rig.window().size() + QSize(250, 120));
-    QApplication::processEvents();
-    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
-    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
-        rig.window().showMode(mode, "0");
-        QApplication::processEvents();
-        for (size_t i = 0; i < std::size(controls); ++i) {
-            SCOPED_TRACE(controls[i].name);
-            if (controls[i].pane == mode) {
-                EXPECT_EQ(rig.find(controls[i].name)->size(),
-                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
-            }
-        }
-    }
-}
-
-TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
-    AppRig rig;
-    addGame(rig);
+    rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
     ASSERT_TRUE(rig.start());
     const std::string loaded = rig.podIni();
     rig.click("cmdMountAll");
@@ -268,39 +263,26 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
     EXPECT_EQ(rig.drive.shell().launches[0].first, kFolder + "\\monster.exe");
     EXPECT_EQ(rig.drive.shell().launches[0].second, kFolder); // in the game folder, not Korvel's
+    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
+    // A launcher that fails gives its own reason.
+    rig.drive.shell().succeed = false;
+    rig.drive.shell().failure = QStringLiteral("The game's executable was not found: monster.exe");
+    rig.dialogs().clear();
+    rig.click("cmdPlay");
+    ASSERT_EQ(rig.dialogs().messages().size(), 1u);
+    EXPECT_EQ(rig.last().title, "Play Game");
+    EXPECT_EQ(rig.last().text, rig.drive.shell().failure);
+    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
+    rig.drive.shell().succeed = true;
     // A failed save is shown and the game does not start.
     rig.click("cmdUnmountAll");
     blockFile(rig.drive, kFolder + "\\POD.INI");
     rig.click("cmdPlay");
-    EXPECT_EQ(rig.drive.shell().launches.size(), 1u);
+    EXPECT_EQ(rig.drive.shell().launches.size(), 2u);
     EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
     rig.dialogs().answer(MessageAnswer::No);
     rig.click("cmdQuit");
     EXPECT_FALSE(rig.window().isVisible());
-}
-
-TEST(KorvelApplicationButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGameDidNotStart) {
-    AppRig rig;
-    addGame(rig);
-    rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
-    ASSERT_TRUE(rig.start());
-    // The game's executable went away while Korvel was open; the launcher's own reason is shown.
-    const std::string exe = kFolder + "\\monster.exe";
-    rig.drive.remove(exe);
-    const Result<GameLaunchPlan> plan = planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), {}, {});
-    ASSERT_FALSE(plan);
-    rig.drive.shell().succeed = false;
-    rig.drive.shell().failure = plan.failure().message;
-    rig.dialogs().clear();
-    rig.click("cmdPlay");
-    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
-    ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
-    EXPECT_EQ(rig.drive.shell().launches[0].first, exe);
-    ASSERT_EQ(rig.dialogs().messages().size(), 1u);
-    EXPECT_EQ(rig.last().title, "Play Game");
-    EXPECT_TRUE(rig.last().text.startsWith("The game's executable was not found"));
-    EXPECT_TRUE(rig.last().text.contains("monster.exe", Qt::CaseInsensitive));
-    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
 }
 
 TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {

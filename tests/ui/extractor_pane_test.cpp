@@ -84,7 +84,7 @@ struct PaneFixture : korvel::testing::WindowFixture {
 
 } // namespace
 
-TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
+TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentListAndAnUnreadableOneClearsTheRows) {
     PaneFixture f;
     f.drive.makeFolder(kGame + "\\ART");
     f.listTrucks();
@@ -108,6 +108,13 @@ TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     PaneFixture unsorted("0");
     unsorted.listTrucks();
     EXPECT_EQ(unsorted.cell(0, 0), "b.trk");
+    // An archive that cannot be read clears the rows and keeps the boxes of the one before.
+    f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
+    EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
+    EXPECT_EQ(f.drive.dialogs().lastMessage().text,
+              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
+    EXPECT_EQ(f.pane->model().rowCount(), 0);
+    EXPECT_EQ(f.text("txtTotal"), "3");
 }
 
 TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
@@ -174,17 +181,6 @@ TEST(ExtractorPane, everyFailedExtractionIsReportedAndThePaneWorksAgain) {
     }
 }
 
-TEST(ExtractorPane, anUnreadableArchiveClearsTheRowsAndKeepsTheBoxes) {
-    PaneFixture f("0");
-    f.listTrucks();
-    f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
-    EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
-    EXPECT_EQ(f.drive.dialogs().lastMessage().text,
-              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
-    EXPECT_EQ(f.pane->model().rowCount(), 0);
-    EXPECT_EQ(f.text("txtTotal"), "3");
-}
-
 TEST(ExtractorPane, massExtractionAsksThenUnpacksEveryArchivePastUnreadableOnesAndStopsAtAMissingOne) {
     PaneFixture f("0");
     f.drive.write(kGame + "\\A.POD", PodWriter().add("ART\\A.RAW", "first").add("SHARED.TXT", "a").pod1());
@@ -239,7 +235,7 @@ TEST(ExtractorPane, massExtractionAsksThenUnpacksEveryArchivePastUnreadableOnesA
     EXPECT_FALSE(corrupt.pane->archiveBusy());
 }
 
-TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce) {
+TEST(ExtractorPaneRecentArchives, keepsTheEightListedLastNewestFirstEachOnceAndAreChosenTypedAndRemoved) {
     PaneFixture f;
     for (int i = 1; i <= 9; ++i) {
         const std::string name = "P" + std::to_string(i) + ".POD";
@@ -253,6 +249,49 @@ TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce
                            "C:\\Games\\MTM2\\P7.POD", "C:\\Games\\MTM2\\P6.POD", "C:\\Games\\MTM2\\P4.POD",
                            "C:\\Games\\MTM2\\P3.POD", "C:\\Games\\MTM2\\P2.POD"}));
     EXPECT_EQ(f.recent().combo()->currentIndex(), 0);
+
+    f.drive.write(kGame + "\\ONE.POD", PodWriter().add("ONE.TXT", "1").pod1());
+    f.drive.write(kGame + "\\TWO.POD", PodWriter().add("TWO.TXT", "2").add("MORE.TXT", "3").pod1());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "ONE.POD"));
+    f.recent().setEntries({"C:\\Games\\MTM2\\ONE.POD", "C:\\Games\\MTM2\\TWO.POD", "C:\\Nowhere\\GONE.POD"});
+    QComboBox* combo = f.recent().combo();
+    combo->setCurrentIndex(0);
+    QLabel* status = f.child<QLabel>("lblExtract");
+
+    // Choosing an entry with the keyboard lists it and puts it first.
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_Down);
+    EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TWO.POD");
+    EXPECT_EQ(f.pane->model().rowCount(), 2);
+    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
+
+    const struct {
+        const char* typed;
+        std::string listed; // afterwards
+        bool lists;
+    } typed[] = {
+        {"C:\\GAMES\\MTM2\\two.pod", kGame + "\\TWO.POD", false}, // the one listed now, in other case
+        {"C:\\Games\\MTM2\\MISSING.POD", kGame + "\\TWO.POD", false},
+        {"c:\\games\\mtm2\\ONE.POD", "c:\\games\\mtm2\\ONE.POD", true},
+    };
+    for (const auto& t : typed) {
+        SCOPED_TRACE(t.typed);
+        status->clear(); // a listing writes its time here
+        combo->lineEdit()->setText(QString::fromLatin1(t.typed));
+        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
+        EXPECT_EQ(!status->text().isEmpty(), t.lists);
+        EXPECT_EQ(f.pane->listedArchive(), t.listed);
+    }
+    EXPECT_TRUE(f.messages().isEmpty());
+
+    // X removes the selected entry and selects the first one left.
+    const QStringList before = f.recent().entries();
+    combo->setCurrentIndex(1);
+    QTest::mouseClick(f.recent().removeButton(), Qt::LeftButton);
+    QStringList expected = before;
+    expected.removeAt(1);
+    EXPECT_EQ(f.recent().entries(), expected);
+    EXPECT_EQ(combo->currentIndex(), 0);
 }
 
 TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
@@ -342,52 +381,6 @@ TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {
     ASSERT_EQ(model.rowCount(), 100000);
     EXPECT_EQ(model.index(0, 0).data().toString(), "FILE0.BIN");
     EXPECT_EQ(model.index(99999, 0).data().toString(), "FILE99999.BIN");
-}
-
-TEST(ExtractorPaneRecentArchives, choosingTypingWithEnterAndRemovingEntries) {
-    PaneFixture f("0");
-    f.drive.write(kGame + "\\ONE.POD", PodWriter().add("ONE.TXT", "1").pod1());
-    f.drive.write(kGame + "\\TWO.POD", PodWriter().add("TWO.TXT", "2").add("MORE.TXT", "3").pod1());
-    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "ONE.POD"));
-    f.recent().setEntries({"C:\\Games\\MTM2\\ONE.POD", "C:\\Games\\MTM2\\TWO.POD", "C:\\Nowhere\\GONE.POD"});
-    QComboBox* combo = f.recent().combo();
-    combo->setCurrentIndex(0);
-    QLabel* status = f.child<QLabel>("lblExtract");
-
-    // Choosing an entry with the keyboard lists it and puts it first.
-    combo->setFocus();
-    QTest::keyClick(combo, Qt::Key_Down);
-    EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TWO.POD");
-    EXPECT_EQ(f.pane->model().rowCount(), 2);
-    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
-
-    const struct {
-        const char* typed;
-        std::string listed; // afterwards
-        bool lists;
-    } typed[] = {
-        {"C:\\GAMES\\MTM2\\two.pod", kGame + "\\TWO.POD", false}, // the one listed now, in other case
-        {"C:\\Games\\MTM2\\MISSING.POD", kGame + "\\TWO.POD", false},
-        {"c:\\games\\mtm2\\ONE.POD", "c:\\games\\mtm2\\ONE.POD", true},
-    };
-    for (const auto& t : typed) {
-        SCOPED_TRACE(t.typed);
-        status->clear(); // a listing writes its time here
-        combo->lineEdit()->setText(QString::fromLatin1(t.typed));
-        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
-        EXPECT_EQ(!status->text().isEmpty(), t.lists);
-        EXPECT_EQ(f.pane->listedArchive(), t.listed);
-    }
-    EXPECT_TRUE(f.messages().isEmpty());
-
-    // X removes the selected entry and selects the first one left.
-    const QStringList before = f.recent().entries();
-    combo->setCurrentIndex(1);
-    QTest::mouseClick(f.recent().removeButton(), Qt::LeftButton);
-    QStringList expected = before;
-    expected.removeAt(1);
-    EXPECT_EQ(f.recent().entries(), expected);
-    EXPECT_EQ(combo->currentIndex(), 0);
 }
 
 TEST(ExtractorPaneNames, growWithThePaneAndShowWholeAsTooltipsWhenCut) {
