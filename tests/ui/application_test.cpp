@@ -285,7 +285,10 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesThroughTheLaunch
     EXPECT_FALSE(rig.window().isVisible());
 }
 
-TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
+TEST(KorvelApplicationMenus, eachEntryReachesItsPaneAndCommandsWaitForTheAddressesTheOptionsDialogSets) {
+    for (const char* variable :
+         {"KORVEL_TRACK_SITE", "KORVEL_TRACK_LIST_URL", "KORVEL_WEB_ADDRESS", "KORVEL_SUPPORT_ADDRESS"})
+        qunsetenv(variable);
     AppRig rig;
     addGame(rig);
     rig.drive.write(kFolder + "\\ONE.POD", PodWriter().add("ONE.TXT", "one").pod1());
@@ -308,17 +311,7 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     rig.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     menus.fixRegistry()->trigger();
     EXPECT_EQ(rig.app->session().location, "E:\\MTM2");
-}
-
-TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOptionsDialogSets) {
-    for (const char* variable :
-         {"KORVEL_TRACK_SITE", "KORVEL_TRACK_LIST_URL", "KORVEL_WEB_ADDRESS", "KORVEL_SUPPORT_ADDRESS"})
-        qunsetenv(variable);
-    AppRig rig;
-    addGame(rig);
-    ASSERT_TRUE(rig.start());
     rig.window().ShowConfigurator("0");
-    ui::MainMenus& menus = rig.window().menus();
     auto* download = rig.find<ui::GoldButton>("cmdDownload");
     auto* tracks = rig.window().findChild<TracksMenu*>();
     EXPECT_FALSE(download->isEnabled());

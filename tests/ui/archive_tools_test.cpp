@@ -314,11 +314,24 @@ protected:
     AppRig rig;
 };
 
-TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenAndListsTheNewArchive) {
-    createFromMenu(kFolder, QStringLiteral("POD2"), QStringLiteral("My truck"));
-    ASSERT_TRUE(rig.drive.exists(kTarget)) << rig.dialogs().messageTexts().join("\n").toStdString();
-    EXPECT_TRUE(rig.last().text.contains("2 files"));
+TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenReplacingAnArchiveOnlyOnYesAndListsTheNewOne) {
+    rig.drive.write(kTarget, "old archive");
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::No);
+    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
+    EXPECT_EQ(rig.drive.read(kTarget), "old archive");
+    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
+    EXPECT_TRUE(rig.last().text.contains("already exists"));
+    EXPECT_TRUE(rig.extractor().listedArchive().empty() || rig.extractor().listedArchive() != kTarget);
+    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::Yes);
+    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
     Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
+    ASSERT_TRUE(written);
+    EXPECT_FALSE(written->pod2);
+
+    rig.dialogs().answer(MessageAnswer::Yes);
+    createFromMenu(kFolder, QStringLiteral("POD2"), QStringLiteral("My truck"));
+    EXPECT_TRUE(rig.last().text.contains("2 files")) << rig.dialogs().messageTexts().join("\n").toStdString();
+    written = ListPOD(rig.drive.files(), kTarget);
     ASSERT_TRUE(written);
     EXPECT_TRUE(written->pod2);
     EXPECT_TRUE(checkArchive(rig.drive.files(), kTarget).fine()); // checksums as written
@@ -327,24 +340,6 @@ TEST_F(CreatePodTest, packsAFolderIntoTheFormatChosenAndListsTheNewArchive) {
     EXPECT_EQ(rig.window().currentMode(), ui::Mode::Extractor);
     EXPECT_EQ(listedNames(), (std::vector<std::string>{"a.txt", "ART\\b.raw"}));
     EXPECT_EQ(rig.find<QLineEdit>("txtName")->text(), "My truck");
-}
-
-TEST_F(CreatePodTest, anExistingArchiveIsReplacedOnlyWhenTheUserSaysYes) {
-    rig.drive.write(kTarget, "old archive");
-    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::No);
-    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
-    EXPECT_EQ(rig.drive.read(kTarget), "old archive");
-    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
-    EXPECT_TRUE(rig.last().text.contains("already exists"));
-    EXPECT_TRUE(rig.extractor().listedArchive().empty() || rig.extractor().listedArchive() != kTarget);
-
-    rig.dialogs().chooseFolder(std::string(kFolder)).answer(MessageAnswer::Yes);
-    createFromMenu(nullptr, QStringLiteral("POD1"), QString());
-    Result<PodDirectory> written = ListPOD(rig.drive.files(), kTarget);
-    ASSERT_TRUE(written);
-    EXPECT_FALSE(written->pod2);
-    EXPECT_EQ(rig.extractor().listedArchive(), kTarget);
-    EXPECT_EQ(listedNames().size(), 2u);
 }
 
 TEST_F(CreatePodTest, checkPodReportsTheListedArchivesFindings) {
