@@ -1,6 +1,5 @@
 #include "configurator/widgets/configurator_pane.h"
 #include "palette/widgets/palette_window.h"
-#include "platform/wine.h"
 #include "pod/widgets/extractor_pane.h"
 #include "pod/widgets/listing_model.h"
 #include "pod/widgets/recent_archives_box.h"
@@ -14,6 +13,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -44,11 +44,7 @@ void addGame(AppRig& rig, const std::string& asPod = "0", const std::string& asE
     rig.store.writeProfile(kGame, settings::kAsChange, "0");
 }
 
-ExtractorPane& extractor(AppRig& rig) {
-    return *rig.window().findChild<ExtractorPane*>();
-}
-
-TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLineAfterTheRecentList) {
+TEST(KorvelApplicationOpen, loadsEveryPaneListsTheArchiveNamedOnTheCommandLineAndGrowsItsListsWithTheWindow) {
     AppRig rig;
     addGame(rig);
     rig.drive.write(kFolder + "\\Data\\x.pod", PodWriter().add("A.BIN", "a").pod1());
@@ -57,15 +53,45 @@ TEST(KorvelApplicationOpen, loadsEveryPaneAndListsTheArchiveNamedOnTheCommandLin
     rig.store.writeProfile(kGame, settings::kLock, "3");
     ASSERT_TRUE(rig.start({rig.drive.host(kFolder + "\\Data\\x.pod")}));
     EXPECT_EQ(rig.window().windowTitle(), "Korvel - MTM2 - [Extractor]");
-    const QStringList recent = extractor(rig).recentArchives().entries();
+    const QStringList recent = rig.extractor().recentArchives().entries();
     ASSERT_EQ(recent.size(), 3);
     EXPECT_TRUE(recent[0].endsWith("x.pod", Qt::CaseInsensitive));
     EXPECT_EQ(recent.mid(1), QStringList({"C:\\A\\ONE.POD", "C:\\B\\TWO.POD"}));
-    EXPECT_EQ(extractor(rig).model().rowCount(), 1);
+    EXPECT_EQ(rig.extractor().model().rowCount(), 1);
     EXPECT_EQ(rig.pane().mounter().mounted().size(), 3);
     EXPECT_EQ(rig.pane().splitterTop(), 2500);
     EXPECT_EQ(rig.window().findChild<ConfiguratorPane*>()->drivers().count(), 3);
     EXPECT_EQ(rig.window().findChild<TracksMenu*>()->entries().size(), 6u);
+    // The lists grow with the window, a hidden pane's when it comes up.
+    QApplication::processEvents();
+    const struct {
+        const char* name;
+        ui::Mode pane;
+        bool wider, taller;
+    } controls[] = {
+        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
+        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
+        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
+    };
+    std::vector<QSize> before;
+    for (const auto& c : controls)
+        before.push_back(rig.find(c.name)->size());
+    const QPoint mount = rig.find("cmdMount")->pos();
+    rig.window().ShowMounter("0");
+    rig.window().resize(rig.window().size() + QSize(250, 120));
+    QApplication::processEvents();
+    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
+    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
+        rig.window().showMode(mode, "0");
+        QApplication::processEvents();
+        for (size_t i = 0; i < std::size(controls); ++i) {
+            SCOPED_TRACE(controls[i].name);
+            if (controls[i].pane == mode) {
+                EXPECT_EQ(rig.find(controls[i].name)->size(),
+                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
+            }
+        }
+    }
 }
 
 TEST(KorvelApplicationClose, waitsForTheExtractorAndSettlesTheMountedListAsAutosaveOrTheAnswerSays) {
@@ -185,8 +211,8 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     rig.drive.write(kFolder + "\\BAD.POD", PodWriter().add({"BAD.BIN", "bad", std::nullopt, 1 << 20}).pod1());
     rig.drive.write("C:\\Out\\keep.txt", "x");
     ASSERT_TRUE(rig.start());
-    ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "MANY.POD"));
-    extractor(rig).fileList()->selectAll();
+    ASSERT_TRUE(rig.extractor().ListPOD(kFolder + "\\", "MANY.POD"));
+    rig.extractor().fileList()->selectAll();
     // A close asked for halfway through the run, however fast the entries are written.
     std::optional<bool> closed, busyWhenAsked;
     QString said;
@@ -194,12 +220,12 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
         QObject::connect(rig.find<QProgressBar>("prgExtract"), &QProgressBar::valueChanged, [&](int value) {
             if (value < 300 || closed)
                 return;
-            busyWhenAsked = extractor(rig).archiveBusy();
+            busyWhenAsked = rig.extractor().archiveBusy();
             closed = rig.window().close();
             said = rig.find<QLabel>("lblExtract")->text();
         });
     rig.dialogs().chooseFolder("C:\\Out");
-    extractor(rig).extractTo();
+    rig.extractor().extractTo();
     QObject::disconnect(halfway);
     ASSERT_TRUE(closed.has_value());
     EXPECT_TRUE(*busyWhenAsked);
@@ -209,52 +235,18 @@ TEST(KorvelApplicationClose, isRefusedWithAWordWhileAnExtractionRunsAndAllowedAf
     EXPECT_TRUE(rig.drive.exists("C:\\Out\\F599.BIN"));
 
     // After a corrupt archive's message the window closes as usual.
-    ASSERT_TRUE(extractor(rig).ListPOD(kFolder + "\\", "BAD.POD"));
-    extractor(rig).fileList()->selectAll();
-    extractor(rig).extractClicked();
+    ASSERT_TRUE(rig.extractor().ListPOD(kFolder + "\\", "BAD.POD"));
+    rig.extractor().fileList()->selectAll();
+    rig.extractor().extractClicked();
     EXPECT_EQ(rig.last().text, "This POD appears to be corrupt!");
-    EXPECT_FALSE(extractor(rig).archiveBusy());
+    EXPECT_FALSE(rig.extractor().archiveBusy());
     EXPECT_TRUE(rig.window().close());
 }
 
-TEST(KorvelApplicationWindow, itsListsGrowWithTheWindowAndAHiddenPanesWhenItComesUp) {
+TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesThroughTheLaunchCommandAndContinueOnlySaves) {
     AppRig rig;
     addGame(rig);
-    ASSERT_TRUE(rig.start());
-    QApplication::processEvents();
-    const struct {
-        const char* name;
-        ui::Mode pane;
-        bool wider, taller;
-    } controls[] = {
-        {"lstMounted", ui::Mode::Mounter, true, false},  {"lstUnmounted", ui::Mode::Mounter, true, true},
-        {"lstFiles", ui::Mode::Extractor, true, true},   {"fileBox", ui::Mode::Extractor, false, true},
-        {"cmbRecent", ui::Mode::Extractor, true, false}, {"txtName", ui::Mode::Extractor, true, false},
-    };
-    std::vector<QSize> before;
-    for (const auto& c : controls)
-        before.push_back(rig.find(c.name)->size());
-    const QPoint mount = rig.find("cmdMount")->pos();
-    rig.window().ShowMounter("0");
-    rig.window().resize(rig.window().size() + QSize(250, 120));
-    QApplication::processEvents();
-    EXPECT_EQ(rig.find("cmdMount")->pos(), mount + QPoint(250, 0));
-    for (ui::Mode mode : {ui::Mode::Mounter, ui::Mode::Extractor}) {
-        rig.window().showMode(mode, "0");
-        QApplication::processEvents();
-        for (size_t i = 0; i < std::size(controls); ++i) {
-            SCOPED_TRACE(controls[i].name);
-            if (controls[i].pane == mode) {
-                EXPECT_EQ(rig.find(controls[i].name)->size(),
-                          before[i] + QSize(controls[i].wider ? 250 : 0, controls[i].taller ? 120 : 0));
-            }
-        }
-    }
-}
-
-TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlySaves) {
-    AppRig rig;
-    addGame(rig);
+    rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
     ASSERT_TRUE(rig.start());
     const std::string loaded = rig.podIni();
     rig.click("cmdMountAll");
@@ -271,42 +263,32 @@ TEST(KorvelApplicationButtons, playSavesAChangedListThenLaunchesAndContinueOnlyS
     ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
     EXPECT_EQ(rig.drive.shell().launches[0].first, kFolder + "\\monster.exe");
     EXPECT_EQ(rig.drive.shell().launches[0].second, kFolder); // in the game folder, not Korvel's
+    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
+    // A launcher that fails gives its own reason.
+    rig.drive.shell().succeed = false;
+    rig.drive.shell().failure = QStringLiteral("The game's executable was not found: monster.exe");
+    rig.dialogs().clear();
+    rig.click("cmdPlay");
+    ASSERT_EQ(rig.dialogs().messages().size(), 1u);
+    EXPECT_EQ(rig.last().title, "Play Game");
+    EXPECT_EQ(rig.last().text, rig.drive.shell().failure);
+    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
+    rig.drive.shell().succeed = true;
     // A failed save is shown and the game does not start.
     rig.click("cmdUnmountAll");
     blockFile(rig.drive, kFolder + "\\POD.INI");
     rig.click("cmdPlay");
-    EXPECT_EQ(rig.drive.shell().launches.size(), 1u);
+    EXPECT_EQ(rig.drive.shell().launches.size(), 2u);
     EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
     rig.dialogs().answer(MessageAnswer::No);
     rig.click("cmdQuit");
     EXPECT_FALSE(rig.window().isVisible());
 }
 
-TEST(KorvelApplicationButtons, playUsesTheProfilesLaunchCommandAndSaysWhyTheGameDidNotStart) {
-    AppRig rig;
-    addGame(rig);
-    rig.store.writeProfile(kGame, settings::kLaunchCommand, "proton run");
-    ASSERT_TRUE(rig.start());
-    // The game's executable went away while Korvel was open; the launcher's own reason is shown.
-    const std::string exe = kFolder + "\\monster.exe";
-    rig.drive.remove(exe);
-    const Result<GameLaunchPlan> plan = planGameLaunch(rig.drive.host(exe), rig.drive.host(kFolder), {}, {});
-    ASSERT_FALSE(plan);
-    rig.drive.shell().succeed = false;
-    rig.drive.shell().failure = plan.failure().message;
-    rig.dialogs().clear();
-    rig.click("cmdPlay");
-    EXPECT_EQ(rig.drive.shell().launchCommands, QStringList{"proton run"});
-    ASSERT_EQ(rig.drive.shell().launches.size(), 1u);
-    EXPECT_EQ(rig.drive.shell().launches[0].first, exe);
-    ASSERT_EQ(rig.dialogs().messages().size(), 1u);
-    EXPECT_EQ(rig.last().title, "Play Game");
-    EXPECT_TRUE(rig.last().text.startsWith("The game's executable was not found"));
-    EXPECT_TRUE(rig.last().text.contains("monster.exe", Qt::CaseInsensitive));
-    EXPECT_EQ(rig.last().icon, MessageIcon::Critical);
-}
-
-TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
+TEST(KorvelApplicationMenus, eachEntryReachesItsPaneAndCommandsWaitForTheAddressesTheOptionsDialogSets) {
+    for (const char* variable :
+         {"KORVEL_TRACK_SITE", "KORVEL_TRACK_LIST_URL", "KORVEL_WEB_ADDRESS", "KORVEL_SUPPORT_ADDRESS"})
+        qunsetenv(variable);
     AppRig rig;
     addGame(rig);
     rig.drive.write(kFolder + "\\ONE.POD", PodWriter().add("ONE.TXT", "one").pod1());
@@ -314,16 +296,10 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     ui::MainMenus& menus = rig.window().menus();
 
     // Mass extraction asks about the archives the file box shows, then extracts them all.
-    rig.dialogs().answer(MessageAnswer::No);
-    menus.mass()->trigger();
-    EXPECT_EQ(rig.last().title, "Question");
-    EXPECT_EQ(rig.last().icon, MessageIcon::Question);
-    EXPECT_EQ(rig.last().buttons, MessageButtons::YesNo);
-    EXPECT_EQ(rig.last().text,
-              "All 3 PODs in \"C:\\Games\\MTM2\" will be extracted. Are you sure you wish to continue?");
-    EXPECT_FALSE(rig.drive.exists(kFolder + "\\ONE.TXT"));
     rig.dialogs().answer(MessageAnswer::Yes);
     menus.mass()->trigger();
+    EXPECT_EQ(rig.dialogs().messages().front().icon, MessageIcon::Question);
+    EXPECT_EQ(rig.dialogs().messages().front().buttons, MessageButtons::YesNo);
     EXPECT_EQ(rig.window().windowTitle(), "Korvel - MTM2 - [Extractor]");
     EXPECT_EQ(rig.drive.read(kFolder + "\\ONE.TXT"), "one");
 
@@ -335,24 +311,20 @@ TEST(KorvelApplicationMenus, eachEntryReachesThePaneThatOwnsIt) {
     rig.dialogs().chooseFiles({"E:\\MTM2\\monster.exe"});
     menus.fixRegistry()->trigger();
     EXPECT_EQ(rig.app->session().location, "E:\\MTM2");
-}
-
-TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOptionsDialogSets) {
-    for (const char* variable :
-         {"KORVEL_TRACK_SITE", "KORVEL_TRACK_LIST_URL", "KORVEL_WEB_ADDRESS", "KORVEL_SUPPORT_ADDRESS"})
-        qunsetenv(variable);
-    AppRig rig;
-    addGame(rig);
-    ASSERT_TRUE(rig.start());
     rig.window().ShowConfigurator("0");
-    ui::MainMenus& menus = rig.window().menus();
     auto* download = rig.find<ui::GoldButton>("cmdDownload");
     auto* tracks = rig.window().findChild<TracksMenu*>();
     EXPECT_FALSE(download->isEnabled());
     EXPECT_TRUE(download->toolTip().contains("File > Options > Web"));
     EXPECT_FALSE(menus.update()->isEnabled());
+    EXPECT_TRUE(menus.update()->toolTip().contains("File > Options > Web"));
     EXPECT_FALSE(tracks->entries()[0]->isEnabled());
     EXPECT_TRUE(tracks->entries()[0]->toolTip().contains("KORVEL_TRACK_SITE"));
+    EXPECT_TRUE(menus.tracksMenu()->toolTipsVisible());
+    tracks->mnuTrackList_Click(1); // the keyboard's way past a disabled entry
+    tracks->mnuUpdate_Click();
+    EXPECT_FALSE(tracks->isUpdating());
+    EXPECT_TRUE(rig.drive.shell().urls.isEmpty());
     const auto aboutLink = [&rig](const char* name) {
         QDialog* about = rig.window().showAbout();
         const QString text = child<QLabel>(about, name)->text();
@@ -373,7 +345,10 @@ TEST(KorvelApplicationAddresses, commandsWaitForTheirAddressAndTakeTheOnesTheOpt
     click(options, "cmdOK");
     EXPECT_TRUE(download->isEnabled());
     EXPECT_TRUE(menus.update()->isEnabled());
+    tracks->LoadTrackList(); // the tracks rebuilt later keep the addresses
     EXPECT_TRUE(tracks->entries()[0]->isEnabled());
+    EXPECT_TRUE(tracks->entries()[1]->toolTip().isEmpty() ||
+                tracks->entries()[1]->toolTip() == tracks->entries()[1]->text());
     click(download);
     tracks->entries()[0]->trigger();
     EXPECT_EQ(rig.drive.shell().urls.join(QLatin1Char(' ')).toStdString(),

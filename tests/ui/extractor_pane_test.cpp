@@ -84,7 +84,7 @@ struct PaneFixture : korvel::testing::WindowFixture {
 
 } // namespace
 
-TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
+TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentListAndAnUnreadableOneClearsTheRows) {
     PaneFixture f;
     f.drive.makeFolder(kGame + "\\ART");
     f.listTrucks();
@@ -108,6 +108,13 @@ TEST(ExtractorPane, listingFillsTheBoxesRowsStatusLineAndRecentList) {
     PaneFixture unsorted("0");
     unsorted.listTrucks();
     EXPECT_EQ(unsorted.cell(0, 0), "b.trk");
+    // An archive that cannot be read clears the rows and keeps the boxes of the one before.
+    f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
+    EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
+    EXPECT_EQ(f.drive.dialogs().lastMessage().text,
+              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
+    EXPECT_EQ(f.pane->model().rowCount(), 0);
+    EXPECT_EQ(f.text("txtTotal"), "3");
 }
 
 TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
@@ -143,79 +150,35 @@ TEST(ExtractorPane, extractButtonWritesTheSelectedRowsWithProgress) {
 }
 
 TEST(ExtractorPane, everyFailedExtractionIsReportedAndThePaneWorksAgain) {
-    const std::string kOut = "C:\\Out";
-    const struct {
-        const char* name;
-        std::string entry;   // the second entry; the first, GOOD.BIN, always comes first
-        bool corrupt;        // the entry ends past the archive's end
-        bool extractTo;      // Extract To into C:\Out rather than the button into the game folder
-        bool outHoldsAFile;  // C:\Out exists and holds a file (so it counts as there)
-        std::string blocker; // a folder in the way of the entry's file
-        const char* title;
-        const char* text; // empty: any text
-    } cases[] = {
-        {"corrupt directory", "Z.BIN", true, false, false, "", "Read Error", "This POD appears to be corrupt!"},
-        {"Extract To an existing empty folder", "Z.BIN", false, true, false, "", "Unexpected Error", ""},
-        {"two folders deep", "DATA\\SUB\\Z.BIN", false, true, true, "", "Unexpected Error", ""},
-        {"a destination that cannot be written", "Z.BIN", false, false, false, "\\Z.BIN", "Unexpected Error", ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const bool corrupt : {true, false}) {
+        SCOPED_TRACE(corrupt ? "the entry ends past the archive's end" : "a folder stands in the entry's way");
         PaneFixture f("0");
         PodWriter writer;
         writer.add("GOOD.BIN", "good");
-        if (c.corrupt)
-            writer.add({c.entry, "bad", std::nullopt, 1 << 20});
+        if (corrupt)
+            writer.add({"Z.BIN", "bad", std::nullopt, 1 << 20});
         else
-            writer.add(c.entry, "zz");
+            writer.add("Z.BIN", "zz");
         f.drive.write(kGame + "\\BAD.POD", writer.pod1());
-        f.drive.write(kGame + "\\keep.txt", "x");
-        f.drive.makeFolder(kOut);
-        if (c.outHoldsAFile)
-            f.drive.write(kOut + "\\keep.txt", "x");
-        const std::string destination = c.extractTo ? kOut : kGame;
-        if (!c.blocker.empty())
-            f.drive.makeFolder(destination + c.blocker);
+        if (!corrupt)
+            f.drive.makeFolder(kGame + "\\Z.BIN");
         ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
         f.selectRows({0, 1});
-        if (c.extractTo) {
-            f.drive.dialogs().chooseFolder(kOut);
-            f.pane->extractTo();
-        } else {
-            f.extract();
-        }
+        f.extract();
         ASSERT_EQ(f.messages().size(), 1);
-        EXPECT_EQ(f.drive.dialogs().lastMessage().title, c.title);
-        EXPECT_EQ(f.drive.dialogs().lastMessage().icon, korvel::MessageIcon::Critical);
-        if (*c.text) {
-            EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.text);
-        } else {
-            EXPECT_FALSE(f.drive.dialogs().lastMessage().text.isEmpty());
-        }
-        // Rows before the failing one are written (none when the folder itself fails).
-        if (!(c.extractTo && !c.outHoldsAFile)) {
-            EXPECT_EQ(f.drive.read(destination + "\\GOOD.BIN"), "good");
-        }
+        const auto& shown = f.drive.dialogs().lastMessage();
+        EXPECT_EQ(shown.title, corrupt ? "Read Error" : "Unexpected Error");
+        EXPECT_EQ(shown.icon, korvel::MessageIcon::Critical);
+        EXPECT_TRUE(corrupt ? shown.text == "This POD appears to be corrupt!" : !shown.text.isEmpty());
+        EXPECT_EQ(f.drive.read(kGame + "\\GOOD.BIN"), "good"); // rows before the failing one are written
         // The four controls and the busy flag are back, and the next listing works at once.
         EXPECT_FALSE(f.pane->archiveBusy());
-        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExtract")->isEnabled());
-        EXPECT_TRUE(f.child<korvel::ui::GoldButton>("cmdExport")->isEnabled());
-        EXPECT_TRUE(f.child<QListWidget>("fileBox")->isEnabled());
+        for (const char* name : {"cmdExtract", "cmdExport", "fileBox"})
+            EXPECT_TRUE(f.child(name)->isEnabled()) << name;
         EXPECT_TRUE(f.recent().combo()->isEnabled());
         EXPECT_TRUE(f.pane->ListPOD(kGame + "\\", "BAD.POD"));
         EXPECT_EQ(f.messages().size(), 1);
     }
-}
-
-TEST(ExtractorPane, anUnreadableArchiveClearsTheRowsAndKeepsTheBoxes) {
-    PaneFixture f("0");
-    f.listTrucks();
-    f.drive.write(kGame + "\\BROKEN.POD", PodWriter().add("X.BIN", "x").magic("POD3").pod2());
-    EXPECT_FALSE(f.pane->ListPOD(kGame + "\\", "BROKEN.POD"));
-    EXPECT_EQ(f.drive.dialogs().lastMessage().text,
-              "Sorry, but Korvel was unable to read this POD. Please note that POD3 files are not yet supported.");
-    EXPECT_EQ(f.pane->model().rowCount(), 0);
-    EXPECT_EQ(f.text("txtTotal"), "3");
 }
 
 TEST(ExtractorPane, massExtractionAsksThenUnpacksEveryArchivePastUnreadableOnesAndStopsAtAMissingOne) {
@@ -272,7 +235,7 @@ TEST(ExtractorPane, massExtractionAsksThenUnpacksEveryArchivePastUnreadableOnesA
     EXPECT_FALSE(corrupt.pane->archiveBusy());
 }
 
-TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce) {
+TEST(ExtractorPaneRecentArchives, keepsTheEightListedLastNewestFirstEachOnceAndAreChosenTypedAndRemoved) {
     PaneFixture f;
     for (int i = 1; i <= 9; ++i) {
         const std::string name = "P" + std::to_string(i) + ".POD";
@@ -286,6 +249,49 @@ TEST(ExtractorPane, recentListKeepsTheEightArchivesListedLastNewestFirstEachOnce
                            "C:\\Games\\MTM2\\P7.POD", "C:\\Games\\MTM2\\P6.POD", "C:\\Games\\MTM2\\P4.POD",
                            "C:\\Games\\MTM2\\P3.POD", "C:\\Games\\MTM2\\P2.POD"}));
     EXPECT_EQ(f.recent().combo()->currentIndex(), 0);
+
+    f.drive.write(kGame + "\\ONE.POD", PodWriter().add("ONE.TXT", "1").pod1());
+    f.drive.write(kGame + "\\TWO.POD", PodWriter().add("TWO.TXT", "2").add("MORE.TXT", "3").pod1());
+    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "ONE.POD"));
+    f.recent().setEntries({"C:\\Games\\MTM2\\ONE.POD", "C:\\Games\\MTM2\\TWO.POD", "C:\\Nowhere\\GONE.POD"});
+    QComboBox* combo = f.recent().combo();
+    combo->setCurrentIndex(0);
+    QLabel* status = f.child<QLabel>("lblExtract");
+
+    // Choosing an entry with the keyboard lists it and puts it first.
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_Down);
+    EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TWO.POD");
+    EXPECT_EQ(f.pane->model().rowCount(), 2);
+    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
+
+    const struct {
+        const char* typed;
+        std::string listed; // afterwards
+        bool lists;
+    } typed[] = {
+        {"C:\\GAMES\\MTM2\\two.pod", kGame + "\\TWO.POD", false}, // the one listed now, in other case
+        {"C:\\Games\\MTM2\\MISSING.POD", kGame + "\\TWO.POD", false},
+        {"c:\\games\\mtm2\\ONE.POD", "c:\\games\\mtm2\\ONE.POD", true},
+    };
+    for (const auto& t : typed) {
+        SCOPED_TRACE(t.typed);
+        status->clear(); // a listing writes its time here
+        combo->lineEdit()->setText(QString::fromLatin1(t.typed));
+        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
+        EXPECT_EQ(!status->text().isEmpty(), t.lists);
+        EXPECT_EQ(f.pane->listedArchive(), t.listed);
+    }
+    EXPECT_TRUE(f.messages().isEmpty());
+
+    // X removes the selected entry and selects the first one left.
+    const QStringList before = f.recent().entries();
+    combo->setCurrentIndex(1);
+    QTest::mouseClick(f.recent().removeButton(), Qt::LeftButton);
+    QStringList expected = before;
+    expected.removeAt(1);
+    EXPECT_EQ(f.recent().entries(), expected);
+    EXPECT_EQ(combo->currentIndex(), 0);
 }
 
 TEST(ExtractorPane, contextMenuShowsTheTrackToolsByTheSelectedEntrysSuffix) {
@@ -322,8 +328,6 @@ TEST(ExtractorPaneTrackTools, convertAndCompatiblizeChangeOneByteOfADemoArchiveI
         std::string written; // text the archive holds afterwards
         QString message;
     } cases[] = {{"TRAXX.POD", "TRAXX.SIT", "mnuConvertTo_5", "Circuit", "Bomb Tag", "", ""},
-                 {"RALLY.POD", "MUDRALLY.SIT", "mnuConvertTo_1", "Rally (POD2)", "Drag (POD2)", "", ""},
-                 {"ADDON\\ARENA.POD", "ARENA.SIT", "mnuConvertTo_3", "Rumble (POD2)", "Rally (POD2)", "", ""},
                  {"TRUCKS.POD", "TRUCK\\BIGFOOT.TRK", "mnuCompatiblize", "Truck", "Truck", bigfoot6,
                   korvel::compatiblizedText()}};
     for (const auto& c : cases) {
@@ -377,52 +381,6 @@ TEST(ListingModel, aHundredThousandRowsListSortAndScrollQuickly) {
     ASSERT_EQ(model.rowCount(), 100000);
     EXPECT_EQ(model.index(0, 0).data().toString(), "FILE0.BIN");
     EXPECT_EQ(model.index(99999, 0).data().toString(), "FILE99999.BIN");
-}
-
-TEST(ExtractorPaneRecentArchives, choosingTypingWithEnterAndRemovingEntries) {
-    PaneFixture f("0");
-    f.drive.write(kGame + "\\ONE.POD", PodWriter().add("ONE.TXT", "1").pod1());
-    f.drive.write(kGame + "\\TWO.POD", PodWriter().add("TWO.TXT", "2").add("MORE.TXT", "3").pod1());
-    ASSERT_TRUE(f.pane->ListPOD(kGame + "\\", "ONE.POD"));
-    f.recent().setEntries({"C:\\Games\\MTM2\\ONE.POD", "C:\\Games\\MTM2\\TWO.POD", "C:\\Nowhere\\GONE.POD"});
-    QComboBox* combo = f.recent().combo();
-    combo->setCurrentIndex(0);
-    QLabel* status = f.child<QLabel>("lblExtract");
-
-    // Choosing an entry with the keyboard lists it and puts it first.
-    combo->setFocus();
-    QTest::keyClick(combo, Qt::Key_Down);
-    EXPECT_EQ(f.pane->listedArchive(), kGame + "\\TWO.POD");
-    EXPECT_EQ(f.pane->model().rowCount(), 2);
-    EXPECT_EQ(f.recent().entries().value(0), "C:\\Games\\MTM2\\TWO.POD");
-
-    const struct {
-        const char* typed;
-        std::string listed; // afterwards
-        bool lists;
-    } typed[] = {
-        {"C:\\GAMES\\MTM2\\two.pod", kGame + "\\TWO.POD", false}, // the one listed now, in other case
-        {"C:\\Games\\MTM2\\MISSING.POD", kGame + "\\TWO.POD", false},
-        {"c:\\games\\mtm2\\ONE.POD", "c:\\games\\mtm2\\ONE.POD", true},
-    };
-    for (const auto& t : typed) {
-        SCOPED_TRACE(t.typed);
-        status->clear(); // a listing writes its time here
-        combo->lineEdit()->setText(QString::fromLatin1(t.typed));
-        QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
-        EXPECT_EQ(!status->text().isEmpty(), t.lists);
-        EXPECT_EQ(f.pane->listedArchive(), t.listed);
-    }
-    EXPECT_TRUE(f.messages().isEmpty());
-
-    // X removes the selected entry and selects the first one left.
-    const QStringList before = f.recent().entries();
-    combo->setCurrentIndex(1);
-    QTest::mouseClick(f.recent().removeButton(), Qt::LeftButton);
-    QStringList expected = before;
-    expected.removeAt(1);
-    EXPECT_EQ(f.recent().entries(), expected);
-    EXPECT_EQ(combo->currentIndex(), 0);
 }
 
 TEST(ExtractorPaneNames, growWithThePaneAndShowWholeAsTooltipsWhenCut) {

@@ -80,7 +80,6 @@ TEST(TracksMenuEntries, followTheStoredListOpenTheirAddressesAndReportAShortRow)
 
 TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
     LoopbackHttpServer good("QXMTL$New One|Race|vault/new.zip*Two|Rumble|vault/two.zip");
-    LoopbackHttpServer unmarked("<html>Not here</html>");
     // The longest list the store reads back, and one character more, which would be lost at the next start.
     const std::string longest = "Long|Race|" + std::string(2549 - 10, 'x');
     LoopbackHttpServer fits(QByteArray::fromStdString("QXMTL$" + longest));
@@ -93,7 +92,6 @@ TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
         QString message;
     } cases[] = {{good.url(), "New One|Race|vault/new.zip*Two|Rumble|vault/two.zip",
                   "New One\t<Race>|Two\t<Rumble>|-|&Update Track List", done},
-                 {unmarked.url(), old, oldShown, failed},
                  {fits.url(), longest, "Long\t<Race>|-|&Update Track List", done},
                  {tooLong.url(), old, oldShown, failed}};
     for (const auto& c : cases) {
@@ -113,32 +111,4 @@ TEST(TracksMenuUpdate, storesAMarkedDownloadAndLeavesTheListOnAnyFailure) {
         ASSERT_EQ(f.drive.dialogs().messages().size(), 1u);
         EXPECT_EQ(f.drive.dialogs().lastMessage().text, c.message);
     }
-}
-
-TEST(TracksMenuAddresses, entriesWithoutTheirAddressDoNothingAndComeBackWhenOneIsSet) {
-    TracksFixture f;
-    f.storeList("A|Rumble|a.zip*B|Rumble|b.zip");
-    f.tracks->setSite(korvel::TrackSite());
-    f.tracks->LoadTrackList();
-    ASSERT_EQ(f.tracks->entries().size(), 2u);
-    for (QAction* entry : f.tracks->entries())
-        EXPECT_TRUE(!entry->isEnabled() && entry->toolTip().contains("KORVEL_TRACK_SITE"));
-    EXPECT_FALSE(f.menus.update()->isEnabled());
-    EXPECT_TRUE(f.menus.update()->toolTip().contains("File > Options > Web"));
-    EXPECT_TRUE(f.menus.tracksMenu()->toolTipsVisible());
-    f.tracks->mnuTrackList_Click(1); // the keyboard's way past a disabled entry
-    f.tracks->mnuUpdate_Click();
-    EXPECT_FALSE(f.tracks->isUpdating());
-    EXPECT_TRUE(f.drive.shell().urls.isEmpty());
-    // Addresses set later bring the entries back, the tracks rebuilt later too.
-    korvel::TrackSite site;
-    site.siteRoot = QStringLiteral("https://tracks.test/");
-    site.listUrl = QUrl(QStringLiteral("https://tracks.test/list.txt"));
-    f.tracks->setSite(site);
-    f.storeList("A|Rumble|a.zip*B|Rumble|b.zip*C|Race|c.zip");
-    f.tracks->LoadTrackList();
-    for (QAction* entry : f.tracks->entries())
-        EXPECT_TRUE(entry->isEnabled() && (entry->toolTip().isEmpty() || entry->toolTip() == entry->text()));
-    f.tracks->entries()[2]->trigger();
-    EXPECT_EQ(f.drive.shell().urls, QStringList{QStringLiteral("https://tracks.test/c.zip")});
 }

@@ -2,6 +2,7 @@
 
 #include "gui/korvel_application.h"
 #include "mounter/widgets/mounter_pane.h"
+#include "pod/widgets/extractor_pane.h"
 #include "startup/association.h"
 #include "startup/game_profiles.h"
 #include "startup/session.h"
@@ -127,6 +128,7 @@ struct AppRig {
     }
     ui::MainWindow& window() { return *app->window(); }
     MounterPane& pane() { return *window().findChild<MounterPane*>(); }
+    ExtractorPane& extractor() { return *window().findChild<ExtractorPane*>(); }
     template <typename T = QWidget> T* find(const char* name) { return child<T>(&window(), name); }
     QAbstractItemView* list(const char* name) { return find<QAbstractItemView>(name); }
     void click(const char* name) { testing::click(find(name)); }
