@@ -1,11 +1,9 @@
 #include "child_run.h"
-#include "leftovers.h"
 
 #include <gtest/gtest.h>
 
 // The game files that more than one program changes: two korvel-cli commands started together
-// over and over never undo each other's change, and what killed saves left behind is cleared by the
-// next save.
+// over and over never undo each other's change.
 
 namespace korvel::testing {
 namespace {
@@ -99,22 +97,6 @@ TEST_P(EditedFiles, twoCommandsStartedTogetherKeepBothChanges) {
     }
     EXPECT_EQ(lost, 0) << "one command's change was lost in " << lost << " of 50 rounds, e.g.:\n"
                        << example.toStdString();
-}
-
-TEST_P(EditedFiles, theNextSaveClearsOldTemporariesAndTheLockOfAKilledSave) {
-    ASSERT_TRUE(writeAged(target() + ".qWeRtY", "killed at the rename", 3600));
-    ASSERT_TRUE(writeAged(target() + ".aSdFgH", "another save, still running", 5));
-    ASSERT_TRUE(plantLockOfEndedProcess(target() + ".lock"));
-
-    ChildLimits limited = limits();
-    limited.timeout = std::chrono::milliseconds(5000); // far less than the wait for a live holder
-    const ChildResult run = runChild(cliProgram(), command(GetParam().first), limited);
-    ASSERT_FALSE(run.timedOut);
-    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_NE(readFile(target()), GetParam().start);
-    EXPECT_FALSE(QFile::exists(target() + ".qWeRtY"));
-    EXPECT_TRUE(QFile::exists(target() + ".aSdFgH"));
-    EXPECT_FALSE(QFile::exists(target() + ".lock"));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryEditedFile, EditedFiles, ::testing::ValuesIn(kFiles),

@@ -163,35 +163,27 @@ protected:
     QStringList m_outside;
 };
 
-TEST_P(LinksInTheDestination, areRefusedByTheCommandLine) {
-    const LinkLayout& row = GetParam();
-    const ChildResult run = runChild(cliProgram(), {QStringLiteral("extract"), m_drive.root() + "/A.POD",
-                                                    QStringLiteral("--to"), m_drive.root() + "/dest"});
-    ASSERT_TRUE(run.started && !run.crashed && !run.timedOut);
-    expectNothingOutsideChanged();
-    if (row.refused) {
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_TRUE(run.err.contains("is a link, and Korvel never writes through links.")) << run.err.toStdString();
-    } else {
-        EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
-        EXPECT_EQ(m_drive.read("C:\\dest\\X.RAW"), "extracted bytes");
-    }
-}
-
-TEST_P(LinksInTheDestination, areRefusedByTheDesktopsInPlaceWrites) {
+// Both rules: the desktop's in-place writes and korvel-cli's temporary file + rename.
+TEST_P(LinksInTheDestination, areRefusedUnderBothExtractionRules) {
     const LinkLayout& row = GetParam();
     Result<PodDirectory> listing = ListPOD(m_drive.files(), "C:\\A.POD");
     ASSERT_TRUE(listing.ok());
-    const Result<ExtractSummary> done = ExtractFiles(m_drive.files(), *listing, {0}, "C:\\dest");
-    expectNothingOutsideChanged();
-    if (row.refused) {
-        ASSERT_FALSE(done.ok());
-        EXPECT_EQ(done.failure().kind, FailureKind::WriteError);
-        EXPECT_TRUE(done.failure().message.startsWith(QString::fromLatin1(row.entry) + " was not extracted: "))
-            << done.failure().message.toStdString();
-    } else {
-        ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
-        EXPECT_EQ(m_drive.read("C:\\dest\\X.RAW"), "extracted bytes");
+    for (bool cli : {false, true}) {
+        SCOPED_TRACE(cli ? "temporary file" : "in place");
+        const Result<ExtractSummary> done =
+            ExtractFiles(m_drive.files(), *listing, {0}, "C:\\dest", ExtractOptions{cli, cli});
+        expectNothingOutsideChanged();
+        if (row.refused) {
+            ASSERT_FALSE(done.ok());
+            EXPECT_EQ(done.failure().kind, FailureKind::WriteError);
+            EXPECT_TRUE(done.failure().message.startsWith(QString::fromLatin1(row.entry) + " was not extracted: "))
+                << done.failure().message.toStdString();
+            EXPECT_TRUE(done.failure().message.contains("is a link, and Korvel never writes through links."))
+                << done.failure().message.toStdString();
+        } else {
+            ASSERT_TRUE(done.ok()) << done.failure().message.toStdString();
+            EXPECT_EQ(m_drive.read("C:\\dest\\X.RAW"), "extracted bytes");
+        }
     }
 }
 

@@ -77,17 +77,6 @@ TEST(GameProfiles, shiftAddChecksTheTypedPathTakesHostPathsAndRefusesNamesOutsid
     EXPECT_EQ(rig.logic.games().size(), 2u);
 }
 
-TEST(GameProfiles, shiftAddFindsACyrillicGameFolderInItsCodePage) {
-    ScopedGameCodec cyrillic(*GameCodec::forCodePage(1251));
-    ProfilesRig rig;
-    rig.drive.write(*encodeGameText(QStringLiteral("C:\\Игры\\Монстры\\MONSTER.EXE")), "MZ");
-    rig.logic.setAddShiftState(1);
-    ASSERT_EQ(rig.addTyped(QStringLiteral("c:\\игры\\монстры\\monster.exe"), QStringLiteral("Грузовики")),
-              GameProfiles::AddOutcome::Added);
-    EXPECT_EQ(rig.profile(*encodeGameText(QStringLiteral("Грузовики")), settings::kLocation),
-              *encodeGameText(QStringLiteral("c:\\игры\\монстры")));
-}
-
 TEST(GameProfiles, loadAndExitSaveTheWorkingListRemoveDoesNot) {
     ProfilesRig rig;
     rig.add("C:\\Games\\MTM2\\monster.exe", QStringLiteral("MTM2"));

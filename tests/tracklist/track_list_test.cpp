@@ -99,27 +99,15 @@ TEST(TrackListUpdate, lineBreaksOfTheReplyStayOutOfTheLastTracksAddress) {
     EXPECT_EQ(menu.entries[1].tag, "b.zip");
 }
 
-TEST(TrackSite, takesTheStoredAddressesUnlessTheEnvironmentOverridesThem) {
+// Which address is in force is the settings' rule; the site only gains its closing "/".
+TEST(TrackSite, joinsTheTagToTheSiteInForceAndGivesNoAddressWithoutOne) {
     ProgramStore s;
-    SettingsStore& store = s.store;
     ScopedEnvironment site("KORVEL_TRACK_SITE", QByteArray());
     ScopedEnvironment list("KORVEL_TRACK_LIST_URL", QByteArray());
-    // Nothing is built in: no site, no address.
-    const TrackSite none = TrackSite::configured(store);
-    EXPECT_FALSE(none.hasSite());
-    EXPECT_FALSE(none.hasList());
-    EXPECT_EQ(none.trackAddress("vault/tracks/carn.zip"), QString());
-
-    store.writeProgram(settings::kTrackSite, "https://tracks.test/mtm2 \r\n");
-    store.writeProgram(settings::kTrackListAddress, "https://tracks.test/list.txt");
-    const TrackSite stored = TrackSite::configured(store);
-    EXPECT_EQ(stored.trackAddress("vault/tracks/carn.zip").toStdString(),
-              "https://tracks.test/mtm2/vault/tracks/carn.zip");
+    EXPECT_EQ(TrackSite::configured(s.store).trackAddress("vault/tracks/carn.zip"), QString());
+    s.store.writeProgram(settings::kTrackSite, "https://tracks.test/mtm2");
+    s.store.writeProgram(settings::kTrackListAddress, "https://tracks.test/list.txt");
+    const TrackSite stored = TrackSite::configured(s.store);
+    EXPECT_EQ(stored.trackAddress("vault/carn.zip").toStdString(), "https://tracks.test/mtm2/vault/carn.zip");
     EXPECT_EQ(stored.listUrl, QUrl(QStringLiteral("https://tracks.test/list.txt")));
-
-    qputenv("KORVEL_TRACK_SITE", "http://mirror.test/");
-    qputenv("KORVEL_TRACK_LIST_URL", "http://mirror.test/l.txt");
-    const TrackSite overridden = TrackSite::configured(store);
-    EXPECT_EQ(overridden.trackAddress("a.zip").toStdString(), "http://mirror.test/a.zip");
-    EXPECT_EQ(overridden.listUrl, QUrl(QStringLiteral("http://mirror.test/l.txt")));
 }
