@@ -137,7 +137,7 @@ FolderListing FileServices::readFolder(const std::string& folder) const {
     found.reserve(64);
     auto add = [&found](std::string name, bool isFile, bool isDir) {
         std::string key = upperGame(name);
-        found.emplace_back(std::move(key), std::move(name), isFile, isDir);
+        found.push_back({std::move(key), std::move(name), isFile, isDir});
     };
 #ifdef Q_OS_WIN
     QDirIterator it(hostFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
