@@ -23,7 +23,9 @@ namespace {
 
 #ifdef Q_OS_UNIX
 // Walks the folder open as `dirFd` (which it closes), each name looked up relative to its folder.
-bool walk(int dirFd, const QString& prefix, std::vector<TreeFile>& found) {
+// `prefix` is the folder's path beneath the root with a trailing "/"; it is grown and restored on
+// the way down.
+bool walk(int dirFd, std::string& prefix, std::vector<TreeFile>& found) {
     DIR* dir = fdopendir(dirFd);
     if (!dir) {
         ::close(dirFd);
@@ -43,17 +45,23 @@ bool walk(int dirFd, const QString& prefix, std::vector<TreeFile>& found) {
         }
         if (isLink && fstatat(dirfd(dir), name, &info, 0) != 0)
             continue; // a dangling link
-        const QString relative = prefix + QFile::decodeName(name);
         if (S_ISDIR(info.st_mode)) {
             if (isLink)
                 continue;
+            const size_t restore = prefix.size();
+            prefix.append(name).push_back('/');
             const int child = openat(dirfd(dir), name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-            if (child < 0 || !walk(child, relative + QLatin1Char('/'), found)) {
+            const bool walked = child >= 0 && walk(child, prefix, found);
+            prefix.resize(restore);
+            if (!walked) {
                 ok = false;
                 break;
             }
         } else if (S_ISREG(info.st_mode)) {
-            found.push_back(TreeFile{relative, qint64(info.st_size), qint64(info.st_mtime)});
+            std::string relative;
+            relative.reserve(prefix.size() + std::strlen(name));
+            relative.append(prefix).append(name);
+            found.push_back(TreeFile{std::move(relative), qint64(info.st_size), qint64(info.st_mtime)});
         }
     }
     closedir(dir);
@@ -70,7 +78,8 @@ Result<std::vector<TreeFile>> listFilesBeneath(const FileServices& files, const 
     std::vector<TreeFile> found;
 #ifdef Q_OS_UNIX
     const int root = ::open(QFile::encodeName(host).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (root < 0 || !walk(root, QString(), found))
+    std::string prefix;
+    if (root < 0 || !walk(root, prefix, found))
         return readError(QStringLiteral("Could not read the folder %1.").arg(QDir::toNativeSeparators(host)));
 #else
     const QDir base(host);
@@ -80,18 +89,20 @@ Result<std::vector<TreeFile>> listFilesBeneath(const FileServices& files, const 
         it.next();
         const QFileInfo info = it.fileInfo();
         if (info.isFile())
-            found.push_back(
-                TreeFile{base.relativeFilePath(info.filePath()), info.size(), info.lastModified().toSecsSinceEpoch()});
+            found.push_back(TreeFile{QFile::encodeName(base.relativeFilePath(info.filePath())).toStdString(),
+                                     info.size(), info.lastModified().toSecsSinceEpoch()});
     }
 #endif
     return found;
 }
 
 struct SequentialReader::Impl {
-    QString name;
+    std::string name;
 #ifdef Q_OS_UNIX
     int fd = -1;
     int error = 0;
+    std::string folder; // the folder of the last file opened, open as folderFd (-1 when it could not be)
+    int folderFd = -1;
 #else
     QFile file;
 #endif
@@ -101,22 +112,43 @@ SequentialReader::SequentialReader() : m_impl(std::make_unique<Impl>()) {}
 
 SequentialReader::~SequentialReader() {
     close();
+#ifdef Q_OS_UNIX
+    if (m_impl->folderFd >= 0)
+        ::close(m_impl->folderFd);
+#endif
 }
 
-bool SequentialReader::open(const QString& hostPath) {
+bool SequentialReader::open(const std::string& hostPath) {
     close();
     m_impl->name = hostPath;
 #ifdef Q_OS_UNIX
-    m_impl->fd = ::open(QFile::encodeName(hostPath).constData(), O_RDONLY | O_CLOEXEC);
+    // Looking the name up in its open folder spares the kernel walking the whole path again.
+    if (const size_t slash = hostPath.rfind('/'); slash != std::string::npos && slash > 0) {
+        const std::string_view folder(hostPath.data(), slash);
+        if (folder != m_impl->folder) {
+            if (m_impl->folderFd >= 0)
+                ::close(m_impl->folderFd);
+            m_impl->folder.assign(folder);
+            m_impl->folderFd = ::open(m_impl->folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        }
+        if (m_impl->folderFd >= 0) {
+            m_impl->fd = ::openat(m_impl->folderFd, hostPath.c_str() + slash + 1, O_RDONLY | O_CLOEXEC);
+            if (m_impl->fd >= 0) {
+                m_impl->error = 0;
+                return true;
+            }
+        }
+    }
+    m_impl->fd = ::open(hostPath.c_str(), O_RDONLY | O_CLOEXEC);
     m_impl->error = m_impl->fd < 0 ? errno : 0;
     return m_impl->fd >= 0;
 #else
-    m_impl->file.setFileName(hostPath);
+    m_impl->file.setFileName(QFile::decodeName(QByteArray::fromStdString(hostPath)));
     return m_impl->file.open(QIODevice::ReadOnly);
 #endif
 }
 
-const QString& SequentialReader::fileName() const {
+const std::string& SequentialReader::fileName() const {
     return m_impl->name;
 }
 

@@ -14,7 +14,7 @@ namespace korvel {
 
 // One ordinary file beneath a folder.
 struct TreeFile {
-    QString relative; // host name relative to the folder, "/"-separated, as the disk spells it
+    std::string relative; // host name relative to the folder, "/"-separated, in the file system's own bytes
     qint64 size = 0;
     qint64 modified = 0; // Unix time, seconds
 };
@@ -33,9 +33,11 @@ public:
     SequentialReader(const SequentialReader&) = delete;
     SequentialReader& operator=(const SequentialReader&) = delete;
 
-    // Opens `hostPath` (closing any file open before). False with errorString() set on failure.
-    bool open(const QString& hostPath);
-    const QString& fileName() const;
+    // Opens `hostPath`, a host path in the file system's own bytes (QFile::encodeName), closing any
+    // file open before. False with errorString() set on failure. Files opened one after another from
+    // the same folder are looked up in that folder, which stays open.
+    bool open(const std::string& hostPath);
+    const std::string& fileName() const;
     bool isOpen() const;
     bool seek(qint64 offset);
     // Up to `length` bytes; 0 at the end of the file, -1 on an error.

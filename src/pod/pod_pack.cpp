@@ -39,6 +39,11 @@ std::optional<std::string> inGameCodePage(const QString& text) {
     return bytes;
 }
 
+// A host path held in the file system's bytes, for messages.
+QString hostText(const std::string& path) {
+    return QDir::toNativeSeparators(QFile::decodeName(QByteArray::fromStdString(path)));
+}
+
 void putInt32(std::string& bytes, qint64 offset, quint32 value) {
     for (int i = 0; i < 4; ++i)
         bytes[static_cast<size_t>(offset + i)] = static_cast<char>((value >> (8 * i)) & 0xFF);
@@ -65,10 +70,28 @@ QString pod1LimitText(const QString& name, size_t bytes) {
         .arg(bytes);
 }
 
+// The checks on an entry name already in the game's code page; `relative` gives the host name for
+// the refusals.
+template <typename HostName>
+Result<std::string> checkedEntryName(std::string name, const HostName& relative, PodFormat format) {
+    if (name.size() > kExtractedNameLimit)
+        return refused(QStringLiteral("%1: names are limited to %2 bytes; this one has %3.")
+                           .arg(relative())
+                           .arg(kExtractedNameLimit)
+                           .arg(name.size()));
+    const std::optional<std::string> extracted = entryRelativePath(name);
+    if (!extracted || *extracted != name)
+        return refused(QStringLiteral("%1: extraction would not write this name back as it is.").arg(relative()));
+    if (format == PodFormat::Pod1 && name.size() > kPod1NameLimit)
+        return refused(pod1LimitText(relative(), name.size()));
+    return name;
+}
+
 // The entries of a listed archive as items that copy their data from it (POD2 keeps each record's
 // timestamp). Refused when an entry lies outside the file.
 Result<std::vector<PackItem>> archiveItems(const FileServices& files, const PodDirectory& listing) {
     const QString host = files.hostPath(listing.path());
+    const std::string hostBytes = QFile::encodeName(host).toStdString();
     std::vector<PackItem> items;
     items.reserve(rowCount(listing));
     std::string records;
@@ -92,7 +115,7 @@ Result<std::vector<PackItem>> archiveItems(const FileServices& files, const PodD
         PackItem item;
         item.name = std::string(rowName(listing, row));
         item.size = size;
-        item.sourceHost = host;
+        item.sourceHost = hostBytes;
         item.sourceOffset = start;
         if (listing.pod2)
             item.modified = int32At(records.data() + row * kPod2Record + 12);
@@ -120,20 +143,11 @@ Result<std::string> packEntryName(const QString& relative, PodFormat format) {
         return refused(QStringLiteral("%1: a file name holding \"\\\" cannot be stored.").arg(relative));
     QString separated = relative;
     separated.replace(QLatin1Char('/'), QLatin1Char('\\'));
-    const std::optional<std::string> name = inGameCodePage(separated);
+    std::optional<std::string> name = inGameCodePage(separated);
     if (!name)
         return refused(QStringLiteral("%1: the game's code page cannot represent this name.").arg(relative));
-    if (name->size() > kExtractedNameLimit)
-        return refused(QStringLiteral("%1: names are limited to %2 bytes; this one has %3.")
-                           .arg(relative)
-                           .arg(kExtractedNameLimit)
-                           .arg(name->size()));
-    const std::optional<std::string> extracted = entryRelativePath(*name);
-    if (!extracted || *extracted != *name)
-        return refused(QStringLiteral("%1: extraction would not write this name back as it is.").arg(relative));
-    if (format == PodFormat::Pod1 && name->size() > kPod1NameLimit)
-        return refused(pod1LimitText(relative, name->size()));
-    return *name;
+    return checkedEntryName(
+        std::move(*name), [&relative] { return relative; }, format);
 }
 
 Result<std::string> typedEntryName(const QString& typed, PodFormat format) {
@@ -165,42 +179,78 @@ Result<std::vector<PackItem>> collectPackItems(const FileServices& files, const 
     const Result<std::vector<TreeFile>> tree = listFilesBeneath(files, folder);
     if (!tree)
         return tree.failure();
-    const QString base = QDir::cleanPath(files.hostPath(folder));
-    const QString skipped = skip.empty() ? QString() : QDir::cleanPath(files.hostPath(skip));
-    struct Keyed {
-        std::string key;
-        PackItem item;
-        const TreeFile* file;
+    const std::string base = QFile::encodeName(QDir::cleanPath(files.hostPath(folder))).toStdString() + '/';
+    // The skipped file as a name beneath the folder, when it lies there.
+    std::optional<std::string> skipped;
+    if (!skip.empty()) {
+        const std::string skipHost = QFile::encodeName(QDir::cleanPath(files.hostPath(skip))).toStdString();
+        if (skipHost.size() > base.size() && skipHost.compare(0, base.size(), base) == 0)
+            skipped = skipHost.substr(base.size());
+    }
+    const auto hostName = [](const TreeFile& file) {
+        return QFile::decodeName(QByteArray::fromStdString(file.relative));
     };
-    std::vector<Keyed> keyed;
-    keyed.reserve(tree->size());
+
+    // Names, their sort keys (all in one buffer) and their files, sorted through an index.
+    std::vector<std::string> names;
+    std::vector<const TreeFile*> sources;
+    std::vector<size_t> keyEnds;
+    std::string keys;
+    names.reserve(tree->size());
+    sources.reserve(tree->size());
+    keyEnds.reserve(tree->size());
     for (const TreeFile& file : *tree) {
-        const QString host = base + QLatin1Char('/') + file.relative;
-        if (host == skipped)
+        if (skipped && file.relative == *skipped)
             continue;
-        Result<std::string> name = packEntryName(file.relative, format);
+        Result<std::string> name = [&]() -> Result<std::string> {
+            if (!isPlainAscii(file.relative))
+                return packEntryName(hostName(file), format);
+            // Plain ASCII is the same bytes on disk and in the game's code page.
+            const auto relative = [&file] {
+                return QString::fromLatin1(file.relative.data(), qsizetype(file.relative.size()));
+            };
+            if (file.relative.find('\\') != std::string::npos)
+                return refused(QStringLiteral("%1: a file name holding \"\\\" cannot be stored.").arg(relative()));
+            std::string separated = file.relative;
+            std::replace(separated.begin(), separated.end(), '/', '\\');
+            return checkedEntryName(std::move(separated), relative, format);
+        }();
         if (!name)
             return name.failure();
-        PackItem item;
-        item.name = std::move(*name);
-        item.size = file.size;
-        item.modified = file.modified;
-        item.sourceHost = host;
-        std::string key = upperGame(item.name);
-        keyed.push_back(Keyed{std::move(key), std::move(item), &file});
+        keys += upperGame(*name);
+        keyEnds.push_back(keys.size());
+        names.push_back(std::move(*name));
+        sources.push_back(&file);
     }
-    if (keyed.empty())
+    if (names.empty())
         return refused(QStringLiteral("%1 holds no files to pack.").arg(fromGameText(folder)));
-    std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
-        return a.key != b.key ? a.key < b.key : a.item.name < b.item.name;
+    const auto key = [&](size_t i) {
+        const size_t start = i == 0 ? 0 : keyEnds[i - 1];
+        return std::string_view(keys).substr(start, keyEnds[i] - start);
+    };
+    std::vector<size_t> order(names.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+        const std::string_view keyA = key(a);
+        const std::string_view keyB = key(b);
+        return keyA != keyB ? keyA < keyB : names[a] < names[b];
     });
     std::vector<PackItem> items;
-    items.reserve(keyed.size());
-    for (size_t i = 0; i < keyed.size(); ++i) {
-        if (i > 0 && keyed[i].key == keyed[i - 1].key)
+    items.reserve(order.size());
+    for (size_t i = 0; i < order.size(); ++i) {
+        const size_t at = order[i];
+        if (i > 0 && key(at) == key(order[i - 1]))
             return refused(QStringLiteral("%1 and %2 would be stored under the same name.")
-                               .arg(keyed[i - 1].file->relative, keyed[i].file->relative));
-        items.push_back(std::move(keyed[i].item));
+                               .arg(hostName(*sources[order[i - 1]]), hostName(*sources[at])));
+        const TreeFile& file = *sources[at];
+        PackItem item;
+        item.name = std::move(names[at]);
+        item.size = file.size;
+        item.modified = file.modified;
+        item.sourceHost.reserve(base.size() + file.relative.size());
+        item.sourceHost.append(base).append(file.relative);
+        items.push_back(std::move(item));
     }
     return items;
 }
@@ -242,12 +292,12 @@ Result<PackSummary> writePodArchive(const FileServices& files, const std::string
         const PackItem& item = items[i];
         if (!source.isOpen() || source.fileName() != item.sourceHost) {
             if (!source.open(item.sourceHost))
-                return readError(QStringLiteral("Could not read %1: %2")
-                                     .arg(QDir::toNativeSeparators(item.sourceHost), source.errorString()));
+                return readError(
+                    QStringLiteral("Could not read %1: %2").arg(hostText(item.sourceHost), source.errorString()));
         }
         if (item.sourceOffset != 0 && !source.seek(item.sourceOffset))
-            return readError(QStringLiteral("Could not read %1: %2")
-                                 .arg(QDir::toNativeSeparators(item.sourceHost), source.errorString()));
+            return readError(
+                QStringLiteral("Could not read %1: %2").arg(hostText(item.sourceHost), source.errorString()));
         quint32 checksum = kPodCrcInit;
         for (qint64 left = item.size; left > 0;) {
             const qint64 want = std::min(left, kCopyChunk);
@@ -256,7 +306,7 @@ Result<PackSummary> writePodArchive(const FileServices& files, const std::string
             const qint64 got = source.read(buffer.data(), want);
             if (got <= 0)
                 return readError(QStringLiteral("%1 changed or could not be read while it was being packed.")
-                                     .arg(QDir::toNativeSeparators(item.sourceHost)));
+                                     .arg(hostText(item.sourceHost)));
             if (Status written = out.write(buffer.data(), got); !written)
                 return written.failure();
             if (pod2) {
@@ -351,7 +401,7 @@ Result<PackSummary> addToArchive(const FileServices& files, const std::string& a
     added.name = *name;
     added.size = source.size();
     added.modified = source.lastModified().toSecsSinceEpoch();
-    added.sourceHost = source.absoluteFilePath();
+    added.sourceHost = QFile::encodeName(source.absoluteFilePath()).toStdString();
     if (const std::optional<size_t> at = findItem(*items, *name))
         (*items)[*at] = std::move(added);
     else

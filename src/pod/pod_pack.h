@@ -41,7 +41,7 @@ struct PackItem {
     std::string name;        // entry name, game text
     qint64 size = 0;         // bytes
     qint64 modified = 0;     // Unix time, the POD2 record's timestamp
-    QString sourceHost;      // host path of the file that holds the data
+    std::string sourceHost;  // host path of the file that holds the data (QFile::encodeName bytes)
     qint64 sourceOffset = 0; // where the data starts in it
 };
 

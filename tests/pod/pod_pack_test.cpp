@@ -227,6 +227,7 @@ TEST(PackFolder, refusesCaseTwinsEmptyFoldersAndExistingTargetsAndCanBeCancelled
 TEST(PackFolder, leavesOutTheArchiveItWritesIntoTheSameFolderAndFollowsLinksToFilesOnly) {
     TempDrive drive;
     drive.write(kFolder + "\\a.txt", "a");
+    drive.write(kFolder + "\\caf\xe9.txt", "c"); // stored in the game's code page, not as on disk
     drive.write("C:\\Outside\\deep\\x.bin", "x");
 #ifdef Q_OS_UNIX
     ASSERT_TRUE(QFile::link(drive.root() + "/Outside/deep/x.bin", drive.root() + "/Mod/linked.bin"));
@@ -237,9 +238,10 @@ TEST(PackFolder, leavesOutTheArchiveItWritesIntoTheSameFolderAndFollowsLinksToFi
     ASSERT_TRUE(packFolder(drive.files(), kFolder, kFolder + "\\SELF.POD", {PodFormat::Pod1, QString(), true}).ok());
 #ifdef Q_OS_UNIX
     EXPECT_EQ(names(*ListPOD(drive.files(), kFolder + "\\SELF.POD")),
-              (std::vector<std::string>{"a.txt", "linked.bin"}));
+              (std::vector<std::string>{"a.txt", "caf\xe9.txt", "linked.bin"}));
 #else
-    EXPECT_EQ(names(*ListPOD(drive.files(), kFolder + "\\SELF.POD")), std::vector<std::string>{"a.txt"});
+    EXPECT_EQ(names(*ListPOD(drive.files(), kFolder + "\\SELF.POD")),
+              (std::vector<std::string>{"a.txt", "caf\xe9.txt"}));
 #endif
 }
 
