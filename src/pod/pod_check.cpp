@@ -16,8 +16,6 @@ namespace korvel {
 
 namespace {
 
-constexpr qint64 kPod2Header = 96;
-constexpr qint64 kPod2Record = 20;
 constexpr qint64 kReadChunk = qint64(1) << 20;
 constexpr int kNamesShown = 5;
 

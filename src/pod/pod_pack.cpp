@@ -21,10 +21,6 @@ namespace korvel {
 
 namespace {
 
-constexpr qint64 kPod1Header = 84;
-constexpr qint64 kPod1Record = 40;
-constexpr qint64 kPod2Header = 96;
-constexpr qint64 kPod2Record = 20;
 constexpr qint64 kCommentField = 80;
 constexpr qint64 kLargestArchive = std::numeric_limits<qint32>::max();
 constexpr qint64 kCopyChunk = qint64(1) << 20;

@@ -11,10 +11,6 @@ namespace korvel {
 
 namespace {
 
-constexpr long long kPod1Header = 84;
-constexpr long long kPod1Record = 40;
-constexpr long long kPod2Header = 96;
-constexpr long long kPod2Record = 20;
 constexpr long long kDirectoryChunk = 256LL << 10; // directory bytes read per call
 constexpr long long kNameChunk = 64LL << 10;       // name-table bytes read per call
 constexpr long long kTrackInfoLimit = 16LL << 20;  // a track-information file is a few kilobytes

@@ -117,6 +117,14 @@ struct PodDirectory {
     std::string totalText() const;
 };
 
+// The directory's layout: a POD1 header of 84 bytes (count, 80-byte comment) and records of 40 bytes
+// (32-byte name, size, offset); a POD2 header of 96 bytes and records of 20 bytes (name offset,
+// size, offset, time, checksum) followed by the name table.
+inline constexpr long long kPod1Header = 84;
+inline constexpr long long kPod1Record = 40;
+inline constexpr long long kPod2Header = 96;
+inline constexpr long long kPod2Record = 20;
+
 // The most entries a listing holds. Real archives hold a few thousand; a directory claiming more
 // than this is refused before anything is read, so a small download can never make a listing take
 // gigabytes.
